@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "orvane/core/clever_ptr.h"
+
+namespace BP {
+
+/// Makes `out` the owner of a new array of `count` plain elements: complex elements are zero, others are not
+/// cleared. A count that no memory can hold, a negative one included, ends in `std::bad_alloc`.
+template <class T>
+void allocatePlain(CleverPtr<T>& out, int count) {
+  out.ptr = new T[static_cast<std::size_t>(count)];
+  out.owned = true;
+}
+
+/// The allocator of classes that live without a host: plain arrays, no state, no messages.
+///
+/// It takes the same calls as `AllocatorTolk`, so that one class template serves both. Role names are dropped.
+class Allocator {
+ public:
+  /// Makes `out` the owner of a new array of `count` elements.
+  template <class T>
+  void allocateArray(CleverPtr<T>& out, int count, const std::string& /*roleName*/,
+                     const std::string& /*arrayName*/ = {}) {
+    allocatePlain(out, count);
+  }
+};
+
+}  // namespace BP

@@ -1,0 +1,36 @@
+#include "orvane/platform/zdloader.h"
+
+#include <dlfcn.h>
+
+#include <vector>
+
+namespace {
+
+std::vector<void*>& libraries() {
+  static std::vector<void*> handles;
+  return handles;
+}
+
+}  // namespace
+
+ZdLoader::ZdLoader(client_tag client) : client_(client) {}
+
+void* ZdLoader::getMethodPointer(const char* name) const {
+  for (void* library : libraries()) {
+    if (void* method = dlsym(library, name)) return method;
+  }
+  return nullptr;
+}
+
+void ZdLoader::zdCheckStatus(IppStatus status) {
+  if (status < 0) lastBadStatus_ = status;
+}
+
+std::string ZdLoader::addLibrary(const std::string& path) {
+  void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (library == nullptr) return dlerror();
+  libraries().push_back(library);
+  return {};
+}
+
+void ZdLoader::clearLibraries() { libraries().clear(); }

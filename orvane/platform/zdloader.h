@@ -1,0 +1,53 @@
+#pragma once
+
+#include <string>
+
+#include "orvane/platform/export.h"
+
+/// Run-time access to a vendor's filter functions: types of their calls and the loader that finds them by name.
+
+/// Outcome of a vendor function: 0 for success, negative for an error, positive for a warning.
+using IppStatus = int;
+
+/// Extent of a rectangle in elements.
+struct IppiSize {
+  int width;
+  int height;
+};
+
+/// Position inside a rectangle, in elements.
+struct IppiPoint {
+  int x;
+  int y;
+};
+
+/// Says which client a loader serves.
+using client_tag = int;
+
+/// Looks functions up by name in shared libraries that the application has named, and keeps the last bad status.
+///
+/// The list of libraries belongs to the process: name them before the first filter is made, from one thread. With
+/// no library named every lookup fails, which is an ordinary state: the library then uses its own code.
+class ORVANE_API ZdLoader {
+ public:
+  explicit ZdLoader(client_tag client);
+
+  /// Address of the function `name` in the first named library that has it; null if none has.
+  void* getMethodPointer(const char* name) const;
+
+  /// Takes note of `status` if it is an error (negative).
+  void zdCheckStatus(IppStatus status);
+
+  /// The last error that `zdCheckStatus` was given; 0 if there was none.
+  IppStatus lastBadStatus() const { return lastBadStatus_; }
+  client_tag client() const { return client_; }
+
+  /// Adds a shared library to those searched, behind the ones before. Returns an empty text, or what went wrong.
+  static std::string addLibrary(const std::string& path);
+  /// Forgets all named libraries; those already handed out stay loaded, so that their functions stay callable.
+  static void clearLibraries();
+
+ private:
+  client_tag client_;
+  IppStatus lastBadStatus_ = 0;
+};
