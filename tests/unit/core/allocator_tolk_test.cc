@@ -1,0 +1,141 @@
+#include "orvane/core/allocator_tolk.h"
+
+#include <gmock/gmock.h>
+
+#include <complex>
+#include <new>
+#include <vector>
+
+#include "orvane/host/reference_host.h"
+
+namespace BP {
+namespace {
+
+using KarnDSPFixpt::DSPDataAttributesHandle;
+using KarnDSPFixpt::Fixpt;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+DSPDataAttributesHandle typeOf(unsigned word, int fraction, brekk::BrekkAdaptorTolk* adaptor, const char* label) {
+  return {word,
+          fraction,
+          word,
+          fraction,
+          word,
+          fraction,
+          adaptor,
+          fxpModeOverflow_tag(1),
+          fxpModeRounding_tag(3),
+          true,
+          false,
+          label,
+          "product",
+          "accumulator",
+          KarnSimCommon::overrideDType(2)};
+}
+
+class AllocatorTolkTest : public testing::Test {
+ protected:
+  ReferenceHost host;
+  AllocatorTolk allocator{host.getAdaptor()};
+};
+
+TEST_F(AllocatorTolkTest, FirstTypeOfARoleStaysAndTheSecondIsReported) {
+  allocator.registerTypeName("input", typeOf(8, 0, host.getAdaptor(), "first"));
+  allocator.registerTypeName("input", typeOf(16, 0, host.getAdaptor(), "second"));
+  EXPECT_THAT(host.getMessages(), ElementsAre("AllocatorTolk: attempted to register duplicate type name"));
+
+  CleverPtr<Fixpt> array;
+  allocator.createFixptArray(array, 3, "input");
+  ASSERT_NE(array.ptr, nullptr);
+  EXPECT_TRUE(array.owned);
+  EXPECT_EQ(array.ptr->attributes().getLabel(), "first");
+}
+
+TEST_F(AllocatorTolkTest, UnknownRoleIsReportedAndLeavesTheHandle) {
+  CleverPtr<Fixpt> array;
+  allocator.createFixptArray(array, 1, "filter");
+  allocator.allocateArray(array, 1, "output");
+  EXPECT_EQ(array.ptr, nullptr);
+  EXPECT_FALSE(array.owned);
+  EXPECT_THAT(host.getMessages(), ElementsAre("AllocatorTolk: specified type name was not registered",
+                                              "AllocatorTolk: specified type name was not registered"));
+}
+
+TEST_F(AllocatorTolkTest, PlainArraysNeedNoRole) {
+  CleverPtr<double> accumulator;
+  allocator.allocateArray(accumulator, 1, "accumulator");
+  EXPECT_TRUE(accumulator.owned);
+  EXPECT_EQ(accumulator.getName(), "unnamed");
+
+  CleverPtr<std::complex<float>> complexArray;
+  allocator.allocateArray(complexArray, 2, "accumulator");
+  EXPECT_EQ(complexArray.ptr[1], std::complex<float>(0, 0));
+  EXPECT_THAT(host.getMessages(), IsEmpty());
+
+  CleverPtr<double> tooLarge;
+  EXPECT_THROW(allocator.allocateArray(tooLarge, -1, "accumulator"), std::bad_alloc);
+  EXPECT_EQ(tooLarge.ptr, nullptr);
+}
+
+TEST_F(AllocatorTolkTest, WorkVectorsAreRegisteredNumberedRefreshedAndBound) {
+  CleverPtr<int> first, second, third;
+  CleverPtr<bool> flags;
+  allocator.registerWorkVector(first, 4, "inSStart", "ignore", 1);
+  allocator.registerWorkVector(flags, 3, "isHgtUpd", "ignore", 1);
+  allocator.registerWorkVector(second, 5, "inSStart", "ignore", 1);
+  allocator.registerWorkVector(third, 6, "inSStart", "ignore", 1);
+  EXPECT_EQ(first.getName(), "inSStart");
+  EXPECT_EQ(second.getName(), "inSStart_2");
+  EXPECT_EQ(third.getName(), "inSStart_3");
+  EXPECT_EQ(first.ptr, nullptr);
+  EXPECT_FALSE(first.owned);
+
+  const WorkVectorRecord& record = *allocator.getWorkVectors().at("inSStart_2");
+  EXPECT_EQ(record.width, 5);
+  EXPECT_EQ(record.dataTypeId, 6);
+  EXPECT_EQ(record.count, 1);
+  EXPECT_EQ(record.label, "");
+  EXPECT_FALSE(record.flagA || record.flagB);
+  EXPECT_EQ(allocator.getWorkVectors().at("isHgtUpd")->dataTypeId, 8);
+
+  host.provideWorkVectors(allocator);
+  allocator.refreshWorkVectors();
+  allocator.attachWorkVector(second);
+  allocator.attachWorkVector(first);
+  allocator.attachWorkVector(flags);
+  for (int i = 0; i < 5; ++i) second.ptr[i] = i;
+  for (int i = 0; i < 4; ++i) first.ptr[i] = -i;
+  flags.ptr[2] = true;
+  EXPECT_EQ(second.ptr[4], 4);
+  EXPECT_EQ(first.ptr, tolkGetWork(host.getAdaptor(), allocator.getWorkVectors().at("inSStart")->workIndex));
+}
+
+TEST_F(AllocatorTolkTest, StatisticsAreFoldedPerLabelOnlyIntoAMap) {
+  allocator.registerTypeName("input", typeOf(4, 0, host.getAdaptor(), "in"));
+  allocator.registerTypeName("accumulator", typeOf(8, 0, host.getAdaptor(), "sum"));
+  CleverPtr<Fixpt> wide, narrow, alike;
+  allocator.createFixptArray(wide, 1, "accumulator");
+  allocator.createFixptArray(narrow, 1, "input");
+  allocator.createFixptArray(alike, 1, "input");
+  FixptLogMap log;
+  allocator.mergeFixptLog(narrow.ptr, true);
+  EXPECT_THAT(log, IsEmpty());
+
+  allocator.setFixptLogMap(&log);
+  allocator.mergeFixptLog(nullptr, true);
+  (*wide.ptr)[0] = 100;
+  (*narrow.ptr)[0] = *wide.ptr;  // 100 does not fit 4 bits: one overflow
+  (*alike.ptr)[0] = *wide.ptr;
+  allocator.mergeFixptLog(narrow.ptr, false);
+  EXPECT_THAT(log, IsEmpty());
+  allocator.mergeFixptLog(narrow.ptr, true);
+  ASSERT_EQ(log.count("in"), 1u);
+  EXPECT_EQ(log["in"]->getLogStruct()->overflows, 1u);
+  allocator.mergeFixptLog(alike.ptr, true);
+  allocator.mergeFixptLog(alike.ptr, true);
+  EXPECT_EQ(log["in"]->getLogStruct()->overflows, 2u) << "what was merged once is not counted again";
+}
+
+}  // namespace
+}  // namespace BP
