@@ -11,9 +11,9 @@ int main() {
   double result[3 * 2];
 
   BP::ReferenceHost host;
-  BP::ConvCorrTolk<double, double, double> convolution(
-      host.getAdaptor(), 2, filterSize, 2, imageSize, BP::PadTypeConstant, BP::OutputModeValid,
-      BP::AlgorithmModeConvolution, BP::NormNone, false);
+  BP::ConvCorrTolk<double, double, double> convolution(host.getAdaptor(), 2, filterSize, 2, imageSize,
+                                                       BP::PadTypeConstant, BP::OutputModeValid,
+                                                       BP::AlgorithmModeConvolution, BP::NormNone, false);
   host.provideWorkVectors(convolution.getAllocator());
   convolution.setup(filter, image, result, nullptr, false);
   convolution.computeOutputs();

@@ -1,0 +1,132 @@
+#include "tool/chart.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <string_view>
+
+#include "tool/glyphs.h"
+#include "tool/portable_math.h"
+
+namespace BP::tool {
+
+namespace {
+
+/// A part of the chart, in pixels.
+struct Cell {
+  int left, top, width, height;
+};
+
+constexpr double paper = 0.92;
+
+/// Sets each pixel of `cell` to value(x, y), of 0 for black to 1 for white, at x and y counted from its corner.
+template <class Value>
+void paint(Image& image, const Cell& cell, const Value& value) {
+  for (int y = 0; y < cell.height; ++y) {
+    for (int x = 0; x < cell.width; ++x) {
+      const double level = std::nearbyint(value(x, y) * image.maximum());
+      image.samples[image.at(cell.left + x, cell.top + y)] = static_cast<std::uint16_t>(level);
+    }
+  }
+}
+
+/// At the distance r from the middle of sides of at most n: phase r^2 / (2 n) turns, so r / n turns a pixel.
+void paintZonePlate(Image& image, const Cell& cell) {
+  const std::int64_t longest = std::max(cell.width, cell.height);
+  paint(image, cell, [&](int x, int y) {
+    const std::int64_t across = 2 * x - (cell.width - 1);
+    const std::int64_t down = 2 * y - (cell.height - 1);
+    // Twice the distances keep this whole; whole turns go before the division rounds.
+    const std::int64_t period = 8 * longest;
+    const std::int64_t phase = (across * across + down * down) % period;
+    return 0.5 + 0.5 * cosineOfTurns(static_cast<double>(phase) / static_cast<double>(period));
+  });
+}
+
+/// Line pairs over a height that shrinks from that of the cell to two pixels for each pair.
+void paintWedge(Image& image, const Cell& cell) {
+  const int pairs = std::clamp(cell.height / 8, 1, 12);
+  const double slope = static_cast<double>(2 * pairs - cell.height) / cell.width;
+  paint(image, cell, [&](int x, int y) {
+    const double height = cell.height + slope * x;
+    const double place = (y + 0.5 - 0.5 * cell.height) / height;
+    if (std::fabs(place) > 0.5) return 1.0;
+    return 0.5 - 0.5 * cosineOfTurns(pairs * place + 0.5 * pairs);
+  });
+}
+
+/// One line of letters of `size` pixels a dot, its upper left corner at column x and row y of `cell`.
+void paintLine(Image& image, const Cell& cell, std::string_view text, int x, int y, int size) {
+  const Cell box{cell.left + x, cell.top + y, std::min(textWidth(text) * size, cell.width - x), glyphHeight * size};
+  paint(image, box, [&](int boxX, int boxY) {
+    const int dot = boxX / size;
+    const int letter = dot / (glyphWidth + 1);
+    const int column = dot % (glyphWidth + 1);
+    const bool ink = column < glyphWidth && glyphDot(text[static_cast<std::size_t>(letter)], column, boxY / size);
+    return ink ? 0.0 : 1.0;
+  });
+}
+
+/// Lines of text from the largest size that fits down to one pixel a dot, which then fills the cell.
+void paintText(Image& image, const Cell& cell) {
+  constexpr std::array<std::string_view, 3> lines{"ORVANE", "0123456789", "SLIDING WINDOWS AND REGIONS AND VALLEYS"};
+  paint(image, cell, [](int, int) { return 1.0; });
+  const int size = std::max(1, std::min((cell.width - 4) / textWidth(lines[0]), cell.height / 3 / glyphHeight));
+  int y = 2;
+  for (std::size_t i = 0; y < cell.height; ++i) {
+    const int dots = std::max(1, i == 0 ? size : size >> i);
+    if (y + glyphHeight * dots > cell.height - 1) break;
+    paintLine(image, cell, lines[std::min(i, lines.size() - 1)], 2, y, dots);
+    y += (glyphHeight + 2) * dots;
+  }
+}
+
+/// A well mixed number that depends on nothing but `index` (splitmix64).
+std::uint64_t scramble(std::uint64_t index) {
+  std::uint64_t z = (index + 1) * 0x9e3779b97f4a7c15u;
+  z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9u;
+  z = (z ^ (z >> 27)) * 0x94d049bb133111ebu;
+  return z ^ (z >> 31);
+}
+
+void paintNoise(Image& image, const Cell& cell) {
+  paint(image, cell, [&](int x, int y) {
+    const auto index = static_cast<std::uint64_t>(y) * static_cast<std::uint64_t>(cell.width);
+    const std::uint64_t percent = scramble(index + static_cast<std::uint64_t>(x)) % 100;
+    if (percent < 5) return 0.0;
+    if (percent >= 95) return 1.0;
+    return 0.3 + 0.4 * x / cell.width;
+  });
+}
+
+void paintGradient(Image& image, const Cell& cell) {
+  constexpr int steps = 16;
+  paint(image, cell, [&](int x, int y) {
+    if (2 * y < cell.height) return static_cast<double>(x) / (cell.width - 1);
+    return static_cast<double>(std::int64_t{x} * steps / cell.width) / (steps - 1);
+  });
+}
+
+}  // namespace
+
+Image drawChart(int width, int height) {
+  Image image = makeImage(width, height, 1, 8);
+  const int gap = std::max(2, std::min(width, height) / 40);
+  const int foot = height / 7;
+  const int bodyHeight = height - foot - 3 * gap;
+  const int plate = (width - 3 * gap) * 11 / 20;
+  const int right = 2 * gap + plate;
+  const int rightWidth = width - gap - right;
+  const int third = (bodyHeight - 2 * gap) / 3;
+
+  paint(image, {0, 0, width, height}, [](int, int) { return paper; });
+  paintZonePlate(image, {gap, gap, plate, bodyHeight});
+  paintWedge(image, {right, gap, rightWidth, third});
+  paintText(image, {right, 2 * gap + third, rightWidth, third});
+  paintNoise(image, {right, 3 * gap + 2 * third, rightWidth, bodyHeight - 2 * (third + gap)});
+  paintGradient(image, {gap, 2 * gap + bodyHeight, width - 2 * gap, foot});
+  return image;
+}
+
+}  // namespace BP::tool

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string_view>
+
+namespace BP::tool {
+
+constexpr int glyphWidth = 5;
+constexpr int glyphHeight = 7;
+
+/// True if the dot in column x and row y, from the upper left, belongs to the letter `c`.
+///
+/// There are the letters A D E G I L N O R S V W, the digits, and the space; others count as the space.
+bool glyphDot(char c, int x, int y);
+
+/// Dots across `text`, with one free column between letters; 0 for no letters.
+constexpr int textWidth(std::string_view text) {
+  return text.empty() ? 0 : static_cast<int>(text.size()) * (glyphWidth + 1) - 1;
+}
+
+}  // namespace BP::tool
