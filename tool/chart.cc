@@ -44,7 +44,7 @@ void paintZonePlate(Image& image, const Cell& cell) {
   });
 }
 
-/// Line pairs over a height that shrinks from that of the cell to two pixels for each pair.
+/// Black lines over a height that shrinks from that of the cell to two pixels for a line and its gap.
 void paintWedge(Image& image, const Cell& cell) {
   const int pairs = std::clamp(cell.height / 8, 1, 12);
   const double slope = static_cast<double>(2 * pairs - cell.height) / cell.width;
@@ -52,33 +52,39 @@ void paintWedge(Image& image, const Cell& cell) {
     const double height = cell.height + slope * x;
     const double place = (y + 0.5 - 0.5 * cell.height) / height;
     if (std::fabs(place) > 0.5) return 1.0;
-    return 0.5 - 0.5 * cosineOfTurns(pairs * place + 0.5 * pairs);
+    return 0.5 + 0.5 * cosineOfTurns(pairs * (place + 0.5));
   });
 }
 
-/// One line of letters of `size` pixels a dot, its upper left corner at column x and row y of `cell`.
-void paintLine(Image& image, const Cell& cell, std::string_view text, int x, int y, int size) {
-  const Cell box{cell.left + x, cell.top + y, std::min(textWidth(text) * size, cell.width - x), glyphHeight * size};
-  paint(image, box, [&](int boxX, int boxY) {
-    const int dot = boxX / size;
-    const int letter = dot / (glyphWidth + 1);
-    const int column = dot % (glyphWidth + 1);
-    const bool ink = column < glyphWidth && glyphDot(text[static_cast<std::size_t>(letter)], column, boxY / size);
-    return ink ? 0.0 : 1.0;
+/// Letters of `text` from number `first` on, again and again, as many as fit into a line of `size` pixels a dot whose
+/// upper left corner is that of `box`. Returns the number of the next letter.
+std::size_t paintLine(Image& image, const Cell& box, std::string_view text, std::size_t first, int size) {
+  const int advance = (glyphWidth + 1) * size;
+  const int count = (box.width + size) / advance;
+  paint(image, {box.left, box.top, count * advance - size, glyphHeight * size}, [&](int x, int y) {
+    const char letter = text[(first + static_cast<std::size_t>(x / advance)) % text.size()];
+    const int column = x % advance / size;
+    return column < glyphWidth && glyphDot(letter, column, y / size) ? 0.0 : 1.0;
   });
+  return first + static_cast<std::size_t>(count);
 }
 
-/// Lines of text from the largest size that fits down to one pixel a dot, which then fills the cell.
+/// A line of large letters, one of half their size, and the rest in letters of one pixel a dot.
 void paintText(Image& image, const Cell& cell) {
-  constexpr std::array<std::string_view, 3> lines{"ORVANE", "0123456789", "SLIDING WINDOWS AND REGIONS AND VALLEYS"};
+  constexpr std::string_view title = "ORVANE ";
+  constexpr std::string_view digits = "0123456789 ";
+  constexpr std::string_view body = "SLIDING WINDOWS AND EDGES IN RAIN OR SNOW ";
+  constexpr int lineDots = glyphHeight + 2;
+  const Cell inner{cell.left + 2, cell.top + 2, cell.width - 4, cell.height - 4};
+  const int size = std::clamp(std::min(inner.width / 36, inner.height / (2 * lineDots)), 1, 64);
   paint(image, cell, [](int, int) { return 1.0; });
-  const int size = std::max(1, std::min((cell.width - 4) / textWidth(lines[0]), cell.height / 3 / glyphHeight));
-  int y = 2;
-  for (std::size_t i = 0; y < cell.height; ++i) {
-    const int dots = std::max(1, i == 0 ? size : size >> i);
-    if (y + glyphHeight * dots > cell.height - 1) break;
-    paintLine(image, cell, lines[std::min(i, lines.size() - 1)], 2, y, dots);
-    y += (glyphHeight + 2) * dots;
+  std::size_t letter = 0;
+  int dots = size;
+  for (int line = 0, y = 0; y + glyphHeight * dots <= inner.height; ++line) {
+    const std::string_view text = line == 0 ? title : line == 1 ? digits : body;
+    letter = paintLine(image, {inner.left, inner.top + y, inner.width, 0}, text, line <= 2 ? 0 : letter, dots);
+    y += lineDots * dots;
+    dots = line == 0 ? std::max(1, size / 2) : 1;
   }
 }
 

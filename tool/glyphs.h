@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string_view>
-
 namespace BP::tool {
 
 constexpr int glyphWidth = 5;
@@ -11,10 +9,5 @@ constexpr int glyphHeight = 7;
 ///
 /// There are the letters A D E G I L N O R S V W, the digits, and the space; others count as the space.
 bool glyphDot(char c, int x, int y);
-
-/// Dots across `text`, with one free column between letters; 0 for no letters.
-constexpr int textWidth(std::string_view text) {
-  return text.empty() ? 0 : static_cast<int>(text.size()) * (glyphWidth + 1) - 1;
-}
 
 }  // namespace BP::tool
