@@ -36,7 +36,8 @@ int run(CLI::App& command, int count, char** arguments) {
   const std::string first = count > 1 ? arguments[1] : "";
   const auto named = command.get_subcommands([&](const CLI::App* app) { return app->get_name() == first; });
   const CLI::App* operation = named.empty() ? nullptr : named.front();
-  if (count > 1 && !first.starts_with("-") && operation == nullptr) {
+  const bool general = first == "--help" || first == "-h" || first == "--version";
+  if (count > 1 && !general && operation == nullptr) {
     return refuse("unknown operation " + inQuotes(first) + "; allowed are " + operationNames(command));
   }
   if (count == 1 || (count == 2 && operation != nullptr)) {
@@ -48,7 +49,7 @@ int run(CLI::App& command, int count, char** arguments) {
   } catch (const CLI::Success& asked) {  // --help, --version
     return command.exit(asked);
   } catch (const CLI::ParseError& error) {
-    return refuse(std::string(error.what()) + "; see orvane " + (operation == nullptr ? "" : first + " ") + "--help");
+    return refuse(std::string(error.what()) + "; see orvane " + (general ? "" : first + " ") + "--help");
   }
   return 0;
 }
