@@ -110,7 +110,8 @@ void paintGradient(Image& image, const Cell& cell) {
   constexpr int steps = 16;
   paint(image, cell, [&](int x, int y) {
     if (2 * y < cell.height) return static_cast<double>(x) / (cell.width - 1);
-    return static_cast<double>(std::int64_t{x} * steps / cell.width) / (steps - 1);
+    const int step = x * steps / cell.width;
+    return static_cast<double>(step) / (steps - 1);
   });
 }
 

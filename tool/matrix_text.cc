@@ -24,6 +24,20 @@ void checkSide(std::size_t side, const std::string& noun, const std::string& wha
   }
 }
 
+/// Adds row `number` (from 1) of the matrix to `kernel`; `noun` is what a row is called.
+void appendRow(Kernel& kernel, std::string_view row, const std::string& noun, std::size_t number) {
+  const std::string place = noun + " " + std::to_string(number);
+  if (trimmed(row).empty()) throw std::runtime_error(place + " is empty; each needs the same count of numbers");
+  const std::vector<std::string_view> elements = split(row, ',');
+  checkSide(elements.size(), "column", place);
+  if (number == 1) kernel.width = static_cast<int>(elements.size());
+  if (elements.size() != static_cast<std::size_t>(kernel.width)) {
+    throw std::runtime_error(place + " has " + counted(elements.size(), "number") + ", but the first has " +
+                             std::to_string(kernel.width) + "; all must have the same count");
+  }
+  for (std::string_view element : elements) kernel.elements.push_back(parseNumber(element, place));
+}
+
 }  // namespace
 
 Kernel parseMatrix(const std::string& text, char rowSeparator, const std::string& what, const std::string& rowName) {
@@ -32,18 +46,7 @@ Kernel parseMatrix(const std::string& text, char rowSeparator, const std::string
   checkSide(rows.size(), rowName, what);
   Kernel kernel;
   kernel.height = static_cast<int>(rows.size());
-  for (std::size_t y = 0; y < rows.size(); ++y) {
-    const std::string place = what + ", " + rowName + " " + std::to_string(y + 1);
-    if (trimmed(rows[y]).empty()) throw std::runtime_error(place + " is empty; each needs the same count of numbers");
-    const std::vector<std::string_view> elements = split(rows[y], ',');
-    checkSide(elements.size(), "column", what);
-    if (y == 0) kernel.width = static_cast<int>(elements.size());
-    if (elements.size() != static_cast<std::size_t>(kernel.width)) {
-      throw std::runtime_error(place + " has " + counted(elements.size(), "number") + ", but " + rowName + " 1 has " +
-                               std::to_string(kernel.width) + "; all must have the same count");
-    }
-    for (std::string_view element : elements) kernel.elements.push_back(parseNumber(element, place));
-  }
+  for (std::size_t y = 0; y < rows.size(); ++y) appendRow(kernel, rows[y], what + ", " + rowName, y + 1);
   return kernel;
 }
 

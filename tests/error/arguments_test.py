@@ -45,7 +45,7 @@ class ArgumentsTest(RefusalCase):
 
     def test_matrices(self):
         for matrix, *words in (
-            ("1,2,3;4,5", "row 2 has 2 numbers", "row 1 has 3"),
+            ("1,2,3;4,5", "row 2 has 2 numbers", "first has 3"),
             ("1,x,3", "row 1", "'x'"),
             ("1,,3", "row 1", "''"),
             ("1,2;", "row 2 is empty"),
