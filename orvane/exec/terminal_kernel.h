@@ -10,8 +10,7 @@ namespace BP {
 template <class Out, class Algo, class Alloc>
 class TerminalKernel : public Kernel<Out, Alloc> {
  public:
-  TerminalKernel(Alloc* allocator, Out* scratch, Algo* algo)
-      : Kernel<Out, Alloc>(allocator, scratch), algorithm(algo) {}
+  TerminalKernel(Alloc* alloc, Out* scratch, Algo* algo) : Kernel<Out, Alloc>(alloc, scratch), algorithm(algo) {}
 
   void setup(setupModeT stage) override {
     this->output->setup(stage);

@@ -10,7 +10,7 @@
 
 namespace BP::test {
 
-/// A table that a vector fills.
+/// A table that a vector fills; write through `ptr`, or assign a list of the same length.
 struct Table : CleverPtr<int> {
   std::vector<int> values;
   explicit Table(std::vector<int> v) : values(std::move(v)) { ptr = values.data(); }

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <functional>
 #include <utility>
 #include <vector>
@@ -72,9 +73,9 @@ struct Scene {
     kernel.setup(setupStart);
     output.setup(setupStart);
   }
-  void cover(std::vector<int> first, std::vector<int> last) {
-    start.values = std::move(first);
-    end.values = std::move(last);
+  void cover(const std::vector<int>& first, const std::vector<int>& last) {
+    std::ranges::copy(first, start.ptr);
+    std::ranges::copy(last, end.ptr);
   }
 };
 

@@ -164,9 +164,9 @@ TEST(PlanTest, SectorsTileTheFittedOutputOverRandomGeometry) {
       h.push_back(pick(1, 9));
       u.push_back(pick(1, 9));
       centre.push_back(pick(0, 3) == 0 ? pick(-3, 12) : h.back() / 2);
-      first.loc.push_back(pick(-12, 8));
+      first.loc.push_back(pick(-10, 4));
       first.dims.push_back(pick(0, 16));
-      second.loc.push_back(pick(-12, 8));
+      second.loc.push_back(pick(-10, 4));
       second.dims.push_back(pick(0, 16));
     }
     const bool hasRoi = pick(0, 1) == 1;

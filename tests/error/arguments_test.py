@@ -1,0 +1,108 @@
+"""Bad arguments."""
+
+import unittest
+
+from refusal_case import RefusalCase
+
+
+class ArgumentsTest(RefusalCase):
+    def filter_refused(self, options, *words):
+        self.refused(["convolve", "in.png", "old.png", *options], *words)
+
+    def test_operations_and_options(self):
+        for arguments, *words in (
+            (["blur", "in.png", "old.png"], "'blur'", "convolve, correlate, chart"),
+            (["convolve", "in.png"], "OUT is required", "orvane convolve --help"),
+            (["convolve", "in.png", "old.png"], "--kernel is required"),
+            (["convolve", "in.png", "old.png", "--kernel"], "--kernel"),
+            (["convolve", "in.png", "old.png", "more.png", "--kernel", "1"], "more.png"),
+            (["correlate", "in.png", "old.png", "--kernel", "1", "--sigma", "3"], "--sigma"),
+            (["--quiet", "convolve"], "'--quiet'", "convolve, correlate, chart"),
+            (["convolve", "in.png", "out.jpg", "--kernel", "1"], "'out.jpg'", ".png"),
+            (["chart", "out"], "'out'", ".png"),
+        ):
+            self.refused(arguments, *words)
+
+    def test_named_kernels(self):
+        for kernel, *words in (
+            ("bok:3", "'bok:3'", "box:N", "gaussian:N:SIGMA", "sobel-y", "CSV"),
+            ("", "empty"),
+            ("  ", "empty"),
+            ("box", "'box'", "box:N"),
+            ("box:3:4", "'box:3:4'", "box:N"),
+            ("sharpen:3", "'sharpen:3'"),
+            ("box:0", "'0'", "1 to 1023"),
+            ("box:-3", "'-3'"),
+            ("box:1024", "'1024'", "1 to 1023"),
+            ("box:99999999999999999999", "1 to 1023"),
+            ("box:2.5", "'2.5'"),
+            ("gaussian:5", "gaussian:N:SIGMA"),
+            ("gaussian:5:0", "SIGMA", "'0'", "0.01"),
+            ("gaussian:5:nan", "SIGMA", "'nan'"),
+            ("gaussian:4:0.01", "SIGMA", "too small"),
+        ):
+            self.filter_refused(["--kernel", kernel], *words)
+
+    def test_matrices(self):
+        for matrix, *words in (
+            ("1,2,3;4,5", "row 2 has 2 numbers", "first has 3"),
+            ("1,x,3", "row 1", "'x'"),
+            ("1,,3", "row 1", "''"),
+            ("1,2;", "row 2 is empty"),
+            (";", "row 1 is empty"),
+            ("1,nan", "'nan'", "finite"),
+            ("1;-inf", "row 2", "'-inf'"),
+            ("1e999,1", "'1e999'"),
+            ("1/0,1", "'1/0'"),
+            ("1 2;3 4", "'1 2'"),
+            ("0x10,1", "'0x10'"),
+            (",".join("1" * 1024), "1024 columns", "1023"),
+            (";".join("1" * 1024), "1024 rows", "1023"),
+            ("1,2\n3,4", "row 1"),
+        ):
+            self.filter_refused(["--kernel", matrix], *words)
+
+    def test_kernel_files(self):
+        for text, *words in (
+            ("", "'k.csv' is empty"),
+            ("\n \n", "'k.csv' is empty"),
+            ("1,2\n3\n", "'k.csv', line 2 has 1 number"),
+            ("1,2\n\n3,4\n", "'k.csv', line 2 is empty"),
+            ("1,2\n3,four\n", "'k.csv', line 2", "'four'"),
+            ("1;2\n", "'k.csv', line 1", "'1;2'"),
+            ("1,\0", "'k.csv', line 1"),
+        ):
+            (self.folder / "k.csv").write_text(text)
+            self.filter_refused(["--kernel", "k.csv"], *words)
+        self.filter_refused(["--kernel", "missing.csv"], "'missing.csv'", "No such file")
+        self.filter_refused(["--kernel", "."], "'.'", "Is a directory")
+        self.filter_refused(["--kernel", "/dev/zero"], "'/dev/zero'", "longer than")
+
+    def test_kernel_larger_than_the_image(self):
+        for kernel, extents in (("box:7", "7x7"), ("1,1,1,1,1,1,1", "7x1"), ("1;1;1;1;1;1", "1x6")):
+            self.filter_refused(["--kernel", kernel], f"kernel of {extents}", "image of 6x5")
+
+    def test_numbers(self):
+        for option in ("--scale", "--scale-output", "--offset"):
+            for value in ("big", "nan", "1e999", "1/0", "", "1/2/3"):
+                self.filter_refused(["--kernel", "1", option, value], option, f"'{value}'", "1/16")
+        for options in (["--kernel", "1e300,-1e300"], ["--kernel", "1", "--scale-output", "1e299"],
+                        ["--kernel", "1", "--offset", "-1.7e308"]):
+            self.filter_refused(options, "too large", "1e300")
+        self.filter_refused(["--kernel", "1e300", "--scale", "1e300"], "--scale 1e+300")
+
+    def test_chart_sizes(self):
+        for size, *words in (
+            ("640", "'640'", "WIDTHxHEIGHT"),
+            ("640x", "height", "''"),
+            ("640x480x3", "'640x480x3'"),
+            ("127x480", "width", "'127'", "128 to 16384"),
+            ("640x95", "height", "'95'", "96 to 16384"),
+            ("99999999999x480", "width"),
+            ("-640x480", "'-640'"),
+        ):
+            self.refused(["chart", "old.png", "--size", size], "--size", *words)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,71 @@
+"""What all tests of the orvane command share."""
+
+import os
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+import numpy
+import png
+
+TOOL = os.environ["ORVANE_TOOL"]
+# Channels of a picture: grey, grey and alpha, colour, colour and alpha.
+CHANNELS = (1, 2, 3, 4)
+
+
+class CommandCase(unittest.TestCase):
+    """A test in a folder of its own, in which the command runs."""
+
+    def setUp(self):
+        holder = tempfile.TemporaryDirectory()
+        self.addCleanup(holder.cleanup)
+        self.folder = Path(holder.name)
+        self.random = numpy.random.default_rng(1)
+
+    def run_tool(self, *arguments, prefix=(), **settings):
+        return subprocess.run([*prefix, TOOL, *map(str, arguments)], cwd=self.folder, capture_output=True, text=True,
+                              check=False, **settings)
+
+    def succeed(self, *arguments, **settings):
+        """Runs the command, which must succeed, and returns what it said on stderr."""
+        done = self.run_tool(*arguments, **settings)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        return done.stderr
+
+    def random_image(self, width, height, channels=1, depth=8):
+        """Samples over the full range, as an array of rows, columns and channels."""
+        return self.random.integers(0, 2**depth, (height, width, channels))
+
+    def write(self, name, image, depth=8, **settings):
+        height, width, channels = image.shape
+        writer = png.Writer(width, height, greyscale=channels < 3, alpha=channels % 2 == 0, bitdepth=depth, **settings)
+        with open(self.folder / name, "wb") as file:
+            writer.write(file, image.reshape(height, -1).tolist())
+
+    def read(self, name):
+        """The samples of a picture, and its bit depth."""
+        width, height, rows, info = png.Reader(bytes=(self.folder / name).read_bytes()).read()
+        return numpy.array([list(row) for row in rows]).reshape(height, width, info["planes"]), info["bitdepth"]
+
+
+def filtered(image, kernel, operation, depth=8, scale=1.0, offset=0.0):
+    """The expected samples and the count of clipped ones: one sum for each output, strictly in the stated order."""
+    kernel = numpy.array(kernel, dtype=float)
+    rows, columns = kernel.shape
+    height, width = image.shape[0] - rows + 1, image.shape[1] - columns + 1
+    taps = list(kernel.flat if operation == "correlate" else kernel.flat[::-1])
+    result = image[(rows - 1) // 2:][:height, (columns - 1) // 2:][:, :width].copy()
+    colours = image.shape[2] - (image.shape[2] % 2 == 0)
+    total = numpy.zeros((height, width, colours))
+    for index, tap in enumerate(taps):
+        y, x = divmod(index, columns)
+        total = total + image[y:y + height, x:x + width, :colours].astype(float) * tap
+    rounded = numpy.rint(total * scale + offset)
+    inside = rounded.clip(0, 2**depth - 1)
+    result[..., :colours] = inside.astype(int)
+    return result, int((rounded != inside).sum())
+
+
+def matrix_text(kernel):
+    return ";".join(",".join(repr(float(element)) for element in row) for row in kernel)

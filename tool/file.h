@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <span>
+#include <string>
+
+/// Files by name. Failures throw `std::runtime_error` with the name and the system's reason.
+namespace BP::tool {
+
+struct CloseFile {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
+/// Opens a file, or a pipe or device, for reading; a folder is refused.
+File openForReading(const std::string& path);
+
+/// Size in bytes of a regular file, -1 of anything else.
+std::int64_t sizeOf(const File& file);
+
+/// All of a file; refused if it is longer than `limit` bytes.
+std::string readText(const std::string& path, std::size_t limit);
+
+/// Puts `bytes` under the name `path`, whole or not at all.
+///
+/// They go to a temporary file in the same folder, which then takes the name; a file of that name stays as it is until
+/// this moment, keeps its access rights, and is refused if it is write-protected. On failure the temporary file is
+/// removed; signals that ask to end wait meanwhile. A link is followed; a pipe or device is written straight.
+void replaceFile(const std::string& path, std::span<const std::uint8_t> bytes);
+
+/// True if `path` is there but neither a regular file nor a folder: a pipe or a device.
+bool isStream(const std::string& path);
+
+}  // namespace BP::tool

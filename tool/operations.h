@@ -1,0 +1,16 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace BP::tool {
+
+// Each function adds operations to the command: a subcommand with its options, and as its callback the work itself,
+// which throws `std::runtime_error` with one line of text when it cannot be done.
+
+/// `convolve` and `correlate`.
+void addConvolution(CLI::App& command);
+
+/// `chart`.
+void addChart(CLI::App& command);
+
+}  // namespace BP::tool

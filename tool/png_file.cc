@@ -1,0 +1,226 @@
+#include "tool/png_file.h"
+
+#include <png.h>
+
+#include <array>
+#include <csetjmp>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <stdexcept>
+#include <vector>
+
+#include "tool/file.h"
+#include "tool/text.h"
+
+namespace BP::tool {
+
+namespace {
+
+using Message = std::array<char, 160>;
+
+[[noreturn]] void onError(png_structp png, png_const_charp text) {
+  auto* message = static_cast<Message*>(png_get_error_ptr(png));
+  std::snprintf(message->data(), message->size(), "%s", text);
+  png_longjmp(png, 1);
+}
+
+void onWarning(png_structp /*png*/, png_const_charp /*text*/) {}
+
+/// Runs `body`, which calls libpng; false if libpng gave up in it.
+///
+/// libpng leaves by longjmp, so nothing in `body` may have a destructor: what it works on belongs to the caller. This
+/// function holds the only frame that setjmp returns to, and nothing in it changes.
+template <class Body>
+bool succeeds(png_structp png, const Body& body) {
+  if (setjmp(png_jmpbuf(png)) != 0) return false;
+  body();
+  return true;
+}
+
+/// libpng's state for reading one file.
+struct Reader {
+  explicit Reader(std::FILE* file)
+      : png(png_create_read_struct(PNG_LIBPNG_VER_STRING, &message, onError, onWarning)),
+        info(png == nullptr ? nullptr : png_create_info_struct(png)) {
+    if (info == nullptr) {
+      png_destroy_read_struct(&png, nullptr, nullptr);
+      throw std::bad_alloc();
+    }
+    png_set_read_fn(png, file, readBytes);
+  }
+  ~Reader() { png_destroy_read_struct(&png, &info, nullptr); }
+  Reader(const Reader&) = delete;
+  Reader& operator=(const Reader&) = delete;
+
+  static void readBytes(png_structp png, png_bytep bytes, std::size_t count) {
+    if (std::fread(bytes, 1, count, static_cast<std::FILE*>(png_get_io_ptr(png))) != count) {
+      png_error(png, "the file ends too early");
+    }
+  }
+
+  Message message{};
+  png_structp png;
+  png_infop info;
+};
+
+/// libpng's state for writing into memory.
+struct Writer {
+  Writer()
+      : png(png_create_write_struct(PNG_LIBPNG_VER_STRING, &message, onError, onWarning)),
+        info(png == nullptr ? nullptr : png_create_info_struct(png)) {
+    if (info == nullptr) {
+      png_destroy_write_struct(&png, nullptr);
+      throw std::bad_alloc();
+    }
+    png_set_write_fn(png, &bytes, appendBytes, nullptr);
+  }
+  ~Writer() { png_destroy_write_struct(&png, &info); }
+  Writer(const Writer&) = delete;
+  Writer& operator=(const Writer&) = delete;
+
+  static void appendBytes(png_structp png, png_bytep from, std::size_t count) {
+    if (!append(*static_cast<std::vector<png_byte>*>(png_get_io_ptr(png)), from, count)) {
+      png_error(png, "not enough memory");
+    }
+  }
+
+  /// False if memory ran out: no exception may pass through libpng's frames.
+  static bool append(std::vector<png_byte>& bytes, const png_byte* from, std::size_t count) {
+    try {
+      bytes.insert(bytes.end(), from, from + count);
+    } catch (const std::bad_alloc&) {
+      return false;
+    }
+    return true;
+  }
+
+  Message message{};
+  std::vector<png_byte> bytes;
+  png_structp png;
+  png_infop info;
+};
+
+[[noreturn]] void damaged(const std::string& path, const std::string& reason) {
+  throw std::runtime_error(inQuotes(path) + " is damaged or truncated: " + reason);
+}
+
+void checkSignature(const File& file, const std::string& path) {
+  std::array<png_byte, 8> signature{};
+  const std::size_t count = std::fread(signature.data(), 1, signature.size(), file.get());
+  if (count != signature.size() || png_sig_cmp(signature.data(), 0, signature.size()) != 0) {
+    throw std::runtime_error(inQuotes(path) + " is not a PNG file");
+  }
+}
+
+/// Refuses what the core cannot index, and a file that is too short for what its header says before memory is taken.
+void checkExtents(Reader& reader, const File& file, const std::string& path) {
+  const std::uint64_t width = png_get_image_width(reader.png, reader.info);
+  const std::uint64_t height = png_get_image_height(reader.png, reader.info);
+  constexpr std::uint64_t most = std::numeric_limits<int>::max();
+  if (width * height > most) {
+    throw std::runtime_error(inQuotes(path) + " has " + std::to_string(width) + "x" + std::to_string(height) +
+                             " pixels; at most " + std::to_string(most) + " are allowed");
+  }
+  constexpr std::uint64_t bestCompression = 1032;  // a bound of the deflate format
+  const std::int64_t size = sizeOf(file);
+  const std::uint64_t plain = png_get_rowbytes(reader.png, reader.info) * height;
+  if (size >= 0 && plain / bestCompression > static_cast<std::uint64_t>(size)) {
+    damaged(path, "it is too short for " + std::to_string(width) + "x" + std::to_string(height) + " pixels");
+  }
+}
+
+/// The stored bytes of one row, high byte first, to samples or back.
+void unpackRow(const png_byte* bytes, Image& image, int y) {
+  std::uint16_t* sample = &image.samples[image.at(0, y)];
+  const std::size_t count = image.rowSamples();
+  for (std::size_t i = 0; i < count; ++i) {
+    sample[i] = image.bitDepth == 8 ? bytes[i] : static_cast<std::uint16_t>(bytes[2 * i] << 8 | bytes[2 * i + 1]);
+  }
+}
+
+void packRow(const Image& image, int y, png_byte* bytes) {
+  const std::uint16_t* sample = &image.samples[image.at(0, y)];
+  const std::size_t count = image.rowSamples();
+  for (std::size_t i = 0; i < count; ++i) {
+    if (image.bitDepth == 16) *bytes++ = static_cast<png_byte>(sample[i] >> 8);
+    *bytes++ = static_cast<png_byte>(sample[i] & 0xff);
+  }
+}
+
+/// Bytes of a row as PNG stores it.
+std::size_t rowBytes(const Image& image) { return image.rowSamples() * static_cast<std::size_t>(image.bitDepth / 8); }
+
+int colourType(const Image& image) {
+  return (image.colours() == 3 ? PNG_COLOR_MASK_COLOR : 0) | (image.hasAlpha() ? PNG_COLOR_MASK_ALPHA : 0);
+}
+
+}  // namespace
+
+Image readPng(const std::string& path) {
+  const File file = openForReading(path);
+  checkSignature(file, path);
+  Reader reader(file.get());
+  const bool begun = succeeds(reader.png, [&] {
+    png_set_user_limits(reader.png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+    png_set_sig_bytes(reader.png, 8);
+    png_read_info(reader.png, reader.info);
+  });
+  if (!begun) damaged(path, reader.message.data());
+  checkExtents(reader, file, path);
+
+  int passes = 0;
+  const bool prepared = succeeds(reader.png, [&] {
+    png_set_expand(reader.png);
+    passes = png_set_interlace_handling(reader.png);
+    png_read_update_info(reader.png, reader.info);
+  });
+  if (!prepared) damaged(path, reader.message.data());
+  Image image = makeImage(static_cast<int>(png_get_image_width(reader.png, reader.info)),
+                          static_cast<int>(png_get_image_height(reader.png, reader.info)),
+                          png_get_channels(reader.png, reader.info), png_get_bit_depth(reader.png, reader.info));
+
+  // An interlaced file gives every row several times, each time with more of its pixels.
+  const std::size_t stride = passes == 1 ? 0 : rowBytes(image);
+  std::vector<png_byte> bytes(rowBytes(image) + stride * static_cast<std::size_t>(image.height - 1));
+  const bool finished = succeeds(reader.png, [&] {
+    for (int pass = 1; pass <= passes; ++pass) {
+      for (int y = 0; y < image.height; ++y) {
+        png_byte* row = bytes.data() + stride * static_cast<std::size_t>(y);
+        png_read_row(reader.png, row, nullptr);
+        if (pass == passes) unpackRow(row, image, y);
+      }
+    }
+    png_read_end(reader.png, nullptr);
+  });
+  if (!finished) damaged(path, reader.message.data());
+  return image;
+}
+
+void writePng(const std::string& path, const Image& image) {
+  Writer writer;
+  std::vector<png_byte> row(rowBytes(image));
+  const bool written = succeeds(writer.png, [&] {
+    png_set_user_limits(writer.png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+    png_set_IHDR(writer.png, writer.info, static_cast<png_uint_32>(image.width), static_cast<png_uint_32>(image.height),
+                 image.bitDepth, colourType(image), PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
+                 PNG_FILTER_TYPE_DEFAULT);
+    png_write_info(writer.png, writer.info);
+    for (int y = 0; y < image.height; ++y) {
+      packRow(image, y, row.data());
+      png_write_row(writer.png, row.data());
+    }
+    png_write_end(writer.png, nullptr);
+  });
+  if (!written) throw std::runtime_error("cannot write " + inQuotes(path) + ": " + writer.message.data());
+  replaceFile(path, writer.bytes);
+}
+
+void checkPngName(const std::string& path) {
+  if (!lowered(path).ends_with(".png") && !isStream(path)) {
+    throw std::runtime_error("cannot write " + inQuotes(path) + ": the name must end in .png");
+  }
+}
+
+}  // namespace BP::tool
