@@ -82,7 +82,7 @@ std::string describe(const Fixpt& v) {
          value(const_cast<Fixpt&>(v)).get_str();
 }
 
-constexpr int rounds = 6000;
+constexpr int rounds = 10000;
 
 TEST(FixptModel, RealOperationsOfAnyTypes) {
   Dice dice(1);
