@@ -62,7 +62,7 @@ void Fixpt::adoptType(const DSPDataAttributesHandle& attributes) {
   isComplex_ = attributes.isComplex();
   const bool fits = !attributes.isFloating() && detail::signedBits(attributes.type()) <= detail::narrowBits;
   range_ = fits ? detail::makeRange<std::int64_t>(attributes.type(), attributes.overflowMode()) : decltype(range_){};
-  isNarrow_ = fits && !isComplex_;
+  isNarrow_ = fits;
   access_ = accessOf(values_ == nullptr || values_ == few_.data() || values_ == many_.get());
   assignPlan_ = sumPlan_ = productPlan_ = normPlan_ = Plan{};
   preparedFor_ = 0;
