@@ -107,11 +107,19 @@ inline int Fixpt::compare(const Fixpt& v) const {
   return (a > b) - (a < b);
 }
 
+inline void Fixpt::clear() {
+  if (!isNarrow_) return clearAny();
+  storeNarrow(cursor_, 0);
+  if (isComplex_) storeNarrow(cursor_ + 1, 0);
+}
+
 inline Fixpt& Fixpt::operator=(const int& v) {
   if (v == 0) {
     clear();
+  } else if (integerPlan_.key != 0) {
+    putNarrow(cursor_, static_cast<std::int64_t>(v) << integerPlan_.append, integerPlan_.rounder);
   } else {
-    *this = static_cast<double>(v);  // exact
+    assignInteger(v);
   }
   return *this;
 }

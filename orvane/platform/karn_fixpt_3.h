@@ -233,6 +233,8 @@ class ORVANE_API Fixpt {
   double componentToDouble(int component) const;
   void putDouble(int component, double exact);
   void clear();
+  void clearAny();
+  void assignInteger(int v);
   bool planCast(Plan& plan, std::uint64_t key, bool isReal, int bits, std::int64_t fraction) const;
   bool planAssign(const Fixpt& v);
   bool planSum(const Fixpt& v);
@@ -270,6 +272,7 @@ class ORVANE_API Fixpt {
   std::uint64_t key_ = 0;  // equal keys: equal word, fraction, sign, complexity and override
   detail::Range<std::int64_t> range_;
   Plan assignPlan_;
+  Plan integerPlan_;
   Plan sumPlan_;
   mutable Plan productPlan_;
   mutable Plan partialSumPlan_;

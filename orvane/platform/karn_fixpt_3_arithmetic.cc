@@ -108,6 +108,20 @@ Fixpt& Fixpt::assignAny(const Fixpt& v) {
   return *this;
 }
 
+void Fixpt::assignInteger(int v) {
+  constexpr std::uint64_t anyKey = 1;
+  if (planCast(integerPlan_, anyKey, !isComplex_, 32, 0) && !isComplex_) {
+    *this = v;
+    return;
+  }
+  if (floating(*this)) {
+    putDouble(cursor_, v);
+  } else {
+    inTier(32, 0, [&]<class I>() { put<I>(cursor_, I(v), 0); });
+  }
+  if (isComplex_) store(cursor_ + 1, 0);
+}
+
 bool Fixpt::planSum(const Fixpt& v) {
   if (sumPlan_.partsKey == v.key_) return true;
   if (!isNarrow_ || !v.isNarrow_) return false;
