@@ -26,6 +26,20 @@ class Allocator {
                      const std::string& /*arrayName*/ = {}) {
     allocatePlain(out, count);
   }
+
+  /// Without a host a work vector is an array like any other: makes `out` the owner of `width` elements.
+  template <class T>
+  void registerWorkVector(CleverPtr<T>& out, int width, const std::string& /*name*/, const std::string& /*roleName*/,
+                          int /*count*/) {
+    allocatePlain(out, width);
+  }
+
+  /// There is no host whose vector could be attached: `out` loses its array, unreleased. Stand-alone classes never
+  /// issue the stage that calls this.
+  template <class T>
+  void attachWorkVector(CleverPtr<T>& out) {
+    out.ptr = nullptr;
+  }
 };
 
 }  // namespace BP

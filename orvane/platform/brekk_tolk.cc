@@ -13,6 +13,8 @@ void* BrekkAdaptorTolk::work(int index) const {
   return found == work_.end() ? nullptr : found->second;
 }
 
+void BrekkAdaptorTolk::keepAlive(std::shared_ptr<void> object) { kept_.push_back(std::move(object)); }
+
 void tolkSetErrorStatus(BrekkAdaptorTolk* adaptor, const char* message) {
   if (adaptor != nullptr) adaptor->addMessage(message);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -30,9 +31,13 @@ class ORVANE_API BrekkAdaptorTolk {
   /// Address of work vector `index`; null for a number that was never bound.
   void* work(int index) const;
 
+  /// Holds `object` until this object's own end.
+  void keepAlive(std::shared_ptr<void> object);
+
  private:
   std::vector<std::string> messages_;
   std::unordered_map<int, void*> work_;
+  std::vector<std::shared_ptr<void>> kept_;
 };
 
 /// Records an error message with the host and returns; the host decides when to stop. A null adaptor drops it.

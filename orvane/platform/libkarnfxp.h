@@ -1,17 +1,20 @@
 #pragma once
 
+#include <limits>
+
 #include "orvane/platform/export.h"
 
 /// Statistics of fixed-point values, gathered per label.
 
-/// What was counted on the values of one label. The range is meaningful while `logRange` is not 0.
+/// What was counted on the values of one label. The range is kept while `logRange` is not 0; that of a fresh record
+/// is empty (its minimum exceeds its maximum), so that folding it into another changes nothing.
 struct fxpLogStruct_tag {
-  unsigned overflows = 0;       ///< values that did not fit their type
-  unsigned casts = 0;           ///< values cast into the type
-  unsigned lossyRoundings = 0;  ///< casts whose rounding lost bits
-  unsigned logRange = 0;        ///< 0: `minimum` and `maximum` are not kept
-  double minimum = 0;           ///< least value after the cast
-  double maximum = 0;           ///< greatest value after the cast
+  unsigned overflows = 0;                                     ///< values that did not fit their type
+  unsigned casts = 0;                                         ///< values cast into the type
+  unsigned lossyRoundings = 0;                                ///< casts whose rounding lost bits
+  unsigned logRange = 1;                                      ///< 0: `minimum` and `maximum` are not kept
+  double minimum = std::numeric_limits<double>::infinity();   ///< least value after the cast
+  double maximum = -std::numeric_limits<double>::infinity();  ///< greatest value after the cast
 };
 
 /// The statistics record of one label.

@@ -1,0 +1,7 @@
+#include "orvane/exec/kernel.h"
+
+namespace BP {
+
+AnyKernel::~AnyKernel() = default;
+
+}  // namespace BP

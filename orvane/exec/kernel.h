@@ -1,0 +1,49 @@
+#pragma once
+
+#include "orvane/core/clever_ptr.h"
+#include "orvane/core/enums.h"
+#include "orvane/input/output.h"
+#include "orvane/plan/sector.h"
+
+namespace BP {
+
+/// Abstract root of the kernels.
+class AnyKernel {
+ public:
+  AnyKernel() = default;
+  AnyKernel(const AnyKernel&) = delete;
+  AnyKernel& operator=(const AnyKernel&) = delete;
+  virtual void setup(setupModeT stage) = 0;
+  virtual ~AnyKernel();
+};
+
+/// Runs one sector: three kinds of sector by three uses of the results. Here all nine operations are empty.
+///
+/// `run` stores a result at each position, `search` scores each position and keeps the best, `stepSearch` scores a
+/// shrinking pattern. `result` is the plan's output, `bestIndex` two entries that receive the best position. A sector
+/// must not be kept. `Out` is the `Output` class of results; the kernel's own one is a scratch output of one element.
+template <class Out, class Alloc>
+class Kernel : public AnyKernel {
+ public:
+  Kernel(Alloc* alloc, Out* scratch) : allocator(alloc), output(scratch) {}
+
+  void setup(setupModeT stage) override { output->setup(stage); }
+  ~Kernel() override = default;
+  virtual void searchOutside(OutsideSector&, Out& /*result*/, CleverPtr<int>& /*bestIndex*/) {}
+  virtual void searchBoundary(BoundarySector&, Out& /*result*/, CleverPtr<int>& /*bestIndex*/) {}
+  virtual void searchInside(InsideSector&, Out& /*result*/, CleverPtr<int>& /*bestIndex*/) {}
+  virtual void runOutside(OutsideSector&, Out& /*result*/) {}
+  virtual void runBoundary(BoundarySector&, Out& /*result*/) {}
+  virtual void runInside(InsideSector&, Out& /*result*/) {}
+  virtual void stepSearchOutside(OutsideSector&, Out& /*result*/, CleverPtr<int>& /*bestIndex*/) {}
+  virtual void stepSearchBoundary(BoundarySector&, Out& /*result*/, CleverPtr<int>& /*bestIndex*/) {}
+  virtual void stepSearchInside(InsideSector&, Out& /*result*/, CleverPtr<int>& /*bestIndex*/) {}
+
+  Out& getScratch() const { return *output; }
+
+ protected:
+  Alloc* allocator;
+  Out* output;
+};
+
+}  // namespace BP

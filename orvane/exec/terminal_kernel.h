@@ -1,0 +1,69 @@
+#pragma once
+
+#include "orvane/exec/kernel.h"
+#include "orvane/exec/sector_walk.h"
+
+namespace BP {
+
+/// The kernel of an algorithm with scores at two-dimensional positions: each operation is one walk (see sector_walk.h)
+/// compiled for the sector's kind, the use of the results, the pad and the algorithm, without a branch on any of them.
+template <class Out, class Algo, class Alloc>
+class TerminalKernel : public Kernel<Out, Alloc> {
+ public:
+  TerminalKernel(Alloc* alloc, Out* scratch, Algo* algo) : Kernel<Out, Alloc>(alloc, scratch), algorithm(algo) {}
+
+  void setup(setupModeT stage) override {
+    this->output->setup(stage);
+    algorithm->setup(stage);
+  }
+
+  void searchOutside(OutsideSector& s, Out& result, CleverPtr<int>& best) override { search(s, result, best); }
+  void searchBoundary(BoundarySector& s, Out& result, CleverPtr<int>& best) override { search(s, result, best); }
+  void searchInside(InsideSector& s, Out& result, CleverPtr<int>& best) override { search(s, result, best); }
+  void runOutside(OutsideSector& s, Out& result) override { run(s, result); }
+  void runBoundary(BoundarySector& s, Out& result) override { run(s, result); }
+  void runInside(InsideSector& s, Out& result) override {
+    if constexpr (requires { algorithm->runWholeSector(s, result); }) {
+      if (algorithm->runWholeSector(s, result)) return;
+    }
+    run(s, result);
+  }
+  void stepSearchOutside(OutsideSector& s, Out& result, CleverPtr<int>& best) override { stepSearch(s, result, best); }
+  void stepSearchBoundary(BoundarySector& s, Out& result, CleverPtr<int>& best) override {
+    stepSearch(s, result, best);
+  }
+  void stepSearchInside(InsideSector& s, Out& result, CleverPtr<int>& best) override { stepSearch(s, result, best); }
+
+  Algo& getAlgorithm() const { return *algorithm; }
+
+ private:
+  auto scorerOf(InsideSector& sector, const WalkGeometry& walk) {
+    return InsideScorer<Algo, Out>(*algorithm, sector, *this->output, walk);
+  }
+  template <class SectorT>
+  auto scorerOf(SectorT& sector, const WalkGeometry& walk) {
+    return OuterScorer<Algo, Out, SectorT>(*algorithm, sector, *this->output, walk);
+  }
+
+  template <class SectorT>
+  void run(SectorT& sector, Out& result) {
+    const WalkGeometry walk = walkGeometry(*algorithm, sector, result);
+    runWalk(scorerOf(sector, walk), walk, *this->output, result);
+  }
+
+  template <class SectorT>
+  void search(SectorT& sector, Out& result, CleverPtr<int>& bestIndex) {
+    const WalkGeometry walk = walkGeometry(*algorithm, sector, result);
+    searchWalk(scorerOf(sector, walk), walk, BestMatch<Algo, Out>(*algorithm, *this->output, bestIndex));
+  }
+
+  template <class SectorT>
+  void stepSearch(SectorT& sector, Out& result, CleverPtr<int>& bestIndex) {
+    const WalkGeometry walk = walkGeometry(*algorithm, sector, result);
+    stepSearchWalk(scorerOf(sector, walk), walk, BestMatch<Algo, Out>(*algorithm, *this->output, bestIndex), bestIndex);
+  }
+
+  Algo* algorithm;
+};
+
+}  // namespace BP

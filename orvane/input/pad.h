@@ -1,0 +1,117 @@
+#pragma once
+
+#include <algorithm>
+
+#include "orvane/algorithm/element.h"
+#include "orvane/core/clever_ptr.h"
+#include "orvane/core/enums.h"
+#include "orvane/input/pad_redirector.h"
+#include "orvane/plan/block.h"
+#include "orvane/plan/sector.h"
+
+/// Pads: what a coordinate beyond the input's edge reads as.
+///
+/// Both reads take the input's block, the sector being run, and the coordinates of a tap: `rank` entries, the sector's
+/// edge lists counting only below that. They return the element's address; for fixed point the array with its cursor
+/// set. No read makes a virtual call.
+namespace BP {
+
+/// Base of the pads over elements UT.
+template <class UT, class AllocT>
+class Pad {
+ public:
+  Pad(AllocT* alloc, bool distanceBased) : allocator(alloc), isDistanceBased(distanceBased) {}
+  Pad(const Pad&) = delete;
+  Pad& operator=(const Pad&) = delete;
+  virtual ~Pad() = default;
+
+  bool getIsDistanceBased() const { return isDistanceBased; }
+
+ protected:
+  AllocT* allocator;
+
+ private:
+  bool isDistanceBased;
+};
+
+/// The element of `block` at the first `rank` coordinates of `index`.
+template <class UT, class AllocT>
+inline UT* elementOf(const TraversableDataBlock<UT, AllocT>& block, int rank, const int* index) {
+  return &elementAt(block.getData().ptr, linearIndex(block.getStrides().ptr, rank, index));
+}
+
+/// One stored value beyond every edge.
+template <class UT, class YT, class AllocT>
+class ConstantPad : public Pad<UT, AllocT> {
+ public:
+  explicit ConstantPad(AllocT* alloc) : Pad<UT, AllocT>(alloc, false) { alloc->allocateArray(padValue, 1, "input"); }
+
+  /// The pad value if `index` lies beyond a listed edge, otherwise the element at `index`, which stays as it is. There
+  /// is no outside read: outputs whose window is all pad take the input's pad output.
+  UT* readBoundary(const TraversableDataBlock<UT, AllocT>& block, const OuterSector& sector, int rank, int* index) {
+    bool isBeyond = false;
+    forEachEdge(sector, rank, [&](int d, bool below) {
+      isBeyond = isBeyond || (below ? index[d] < 0 : index[d] > block.getEnd().ptr[d]);
+    });
+    return isBeyond ? &elementAt(padValue.ptr, 0) : elementOf(block, rank, index);
+  }
+
+  CleverPtr<UT>& getPadValue() { return padValue; }
+
+ private:
+  CleverPtr<UT> padValue;
+};
+
+/// The rule of a data-based pad type.
+template <int padType>
+struct RedirectorOf;
+template <>
+struct RedirectorOf<PadTypeReplicate> {
+  using type = ReplicatePadRedirector;
+};
+template <>
+struct RedirectorOf<PadTypeSymmetric> {
+  using type = SymmetricPadRedirector;
+};
+template <>
+struct RedirectorOf<PadTypeCircular> {
+  using type = CircularPadRedirector;
+};
+
+/// Another element of the input beyond every edge, chosen by a redirector. Reads change `index` in place, and a
+/// coordinate that the caller does not write anew enters its next read as it was left.
+template <class UT, class YT, class AllocT, int padType>
+class DataBasedPad : public Pad<UT, AllocT> {
+ public:
+  using Redirector = typename RedirectorOf<padType>::type;
+
+  explicit DataBasedPad(AllocT* alloc) : Pad<UT, AllocT>(alloc, Redirector().getIsDistanceBased()) {}
+
+  /// Redirects what lies beyond a listed edge, and reads there.
+  UT* readBoundary(const TraversableDataBlock<UT, AllocT>& block, const OuterSector& sector, int rank, int* index) {
+    redirectBoundary<Redirector>(block, sector, rank, index);
+    return elementOf(block, rank, index);
+  }
+
+  /// Redirects every listed coordinate without a test, and reads there.
+  ///
+  /// A coordinate that was redirected before, and not written anew since, can come out beyond the array under the
+  /// symmetric and the circular rule. `index` then keeps what the formula made of it, so that later reads go on from
+  /// there, while the element returned is the nearest one of the array: memory beyond it is never touched.
+  UT* readOutside(const TraversableDataBlock<UT, AllocT>& block, const OuterSector& sector, int rank, int* index) {
+    redirectOutside<Redirector>(block, sector, rank, index);
+    int linear = 0;
+    for (int d = 0; d < rank; ++d) {
+      const int nearest = std::clamp(index[d], block.getStart().ptr[d], block.getEnd().ptr[d]);
+      linear += block.getStrides().ptr[d] * nearest;
+    }
+    return &elementAt(block.getData().ptr, linear);
+  }
+
+  const Redirector& getRedirector() const { return redirector; }
+
+ private:
+  Redirector redirector;
+};
+
+}  // namespace BP

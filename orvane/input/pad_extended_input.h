@@ -1,0 +1,59 @@
+#pragma once
+
+#include <memory>
+#include <type_traits>
+
+#include "orvane/core/clever_ptr.h"
+#include "orvane/core/enums.h"
+#include "orvane/input/input.h"
+#include "orvane/input/pad.h"
+
+namespace BP {
+
+/// What an input of a data-based pad type holds: the pad, and a pad value that no read uses, so that setting one is the
+/// same operation for all pad types.
+template <class UT, class YT, class AllocT, int padType>
+class PadRecord : public DataBasedPad<UT, YT, AllocT, padType> {
+ public:
+  explicit PadRecord(AllocT* alloc) : DataBasedPad<UT, YT, AllocT, padType>(alloc) {
+    alloc->allocateArray(padValue, 1, "input");
+  }
+  CleverPtr<UT>& getPadValue() { return padValue; }
+
+ private:
+  CleverPtr<UT> padValue;
+};
+
+/// An input that reads as if it continued without end; `N` is a `PadTypeEnum` (see there for the rules).
+///
+/// No padded copy of the array exists: windows wholly inside read the array, windows that cross an edge read tap by tap
+/// through the pad, and outputs whose window misses the array take the pad output (constant pad) or again go tap by
+/// tap.
+template <class UT, class YT, class AllocT, int N>
+class PadExtendedInput : public Input<UT, YT, AllocT> {
+ public:
+  static constexpr int padType = N;
+  static constexpr bool isConstant = N == PadTypeConstant;
+  using PadT = std::conditional_t<isConstant, ConstantPad<UT, YT, AllocT>, PadRecord<UT, YT, AllocT, N>>;
+
+  PadExtendedInput(AllocT* alloc, int numDims, CleverPtr<int>& dims, CleverPtr<int>& origin, CleverPtr<int>& loc,
+                   CleverPtr<UT>& data)
+      : Input<UT, YT, AllocT>(alloc, numDims, dims, origin, loc, data), pad(std::make_unique<PadT>(alloc)) {}
+
+  bool isDistanceBased() const override { return pad->getIsDistanceBased(); }
+  UT* padValueAt(int i) override { return &elementAt(pad->getPadValue().ptr, i); }
+  CleverPtr<UT>& padValues() override { return pad->getPadValue(); }
+  void setPadValueAt(int i, const UT& v) override {
+    if constexpr (isConstant) assign(elementAt(pad->getPadValue().ptr, i), v);
+  }
+  void setPadValue(const CleverPtr<UT>& v) override {
+    if constexpr (isConstant) assign(elementAt(pad->getPadValue().ptr, 0), elementAt(v.ptr, 0));
+  }
+
+  PadT& getPad() { return *pad; }
+
+ private:
+  std::unique_ptr<PadT> pad;
+};
+
+}  // namespace BP

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "orvane/plan/block.h"
+#include "orvane/plan/sector.h"
+
+/// Redirectors: which element of the input a coordinate beyond its edge stands for, one dimension at a time.
+///
+///     replicate  a a a | a b c | c c c
+///     symmetric  c b a | a b c | c b a
+///     circular   a b c | a b c | a b c
+///
+/// Each rule gives two formulas: for a coordinate below the first element, lo, and for one beyond the last, hi, of n
+/// elements. They hold however far the coordinate lies from the array; remainders truncate. n is at least 1: a plan has
+/// no sector that would redirect into an empty input.
+namespace BP {
+
+/// Base of the redirectors. `isDistanceBased` tells that a read beyond the edge yields an element of the input.
+class PadRedirector {
+ public:
+  explicit PadRedirector(bool distanceBased) : isDistanceBased(distanceBased) {}
+  virtual ~PadRedirector();
+  bool getIsDistanceBased() const { return isDistanceBased; }
+
+ private:
+  bool isDistanceBased;
+};
+
+/// The edge element, at any distance.
+class ReplicatePadRedirector : public PadRedirector {
+ public:
+  /// Its sectors in which outside and boundary mix go to the boundary loop, whose test comes first.
+  ReplicatePadRedirector() : PadRedirector(true) {}
+  static int fromBelow(int /*i*/, int lo, int /*hi*/, int /*n*/) { return lo; }
+  static int fromAbove(int /*i*/, int /*lo*/, int hi, int /*n*/) { return hi; }
+};
+
+/// Base of the rules that depend on how far a coordinate lies beyond the edge.
+class DistanceBasedPadRedirector : public PadRedirector {
+ public:
+  DistanceBasedPadRedirector() : PadRedirector(true) {}
+};
+
+/// Reflection with the edge element repeated: the first n steps beyond an edge walk back through the array, the next n
+/// walk forth, and so on.
+class SymmetricPadRedirector : public DistanceBasedPadRedirector {
+ public:
+  static int fromBelow(int i, int lo, int hi, int n) {
+    const int r = (lo - i - 1) % (2 * n);
+    return r < n ? lo + r : hi - r % n;
+  }
+  static int fromAbove(int i, int lo, int hi, int n) {
+    const int r = (i - hi - 1) % (2 * n);
+    return r < n ? hi - r : lo + r % n;
+  }
+};
+
+/// Wrap-around.
+class CircularPadRedirector : public DistanceBasedPadRedirector {
+ public:
+  static int fromBelow(int i, int lo, int hi, int n) { return hi - (lo - i - 1) % n; }
+  static int fromAbove(int i, int lo, int hi, int n) { return lo + (i - hi - 1) % n; }
+};
+
+/// Applies `move(d, below)` to the dimensions of the sector's edge lists that are below `rank`, low edges first.
+template <class MoveT>
+inline void forEachEdge(const OuterSector& sector, int rank, MoveT&& move) {
+  const int* preEdge = sector.getPreEdge().ptr;
+  for (int k = 0; k < sector.getPreEdgeCount() && preEdge[k] < rank; ++k) move(preEdge[k], true);
+  const int* postEdge = sector.getPostEdge().ptr;
+  for (int k = 0; k < sector.getPostEdgeCount() && postEdge[k] < rank; ++k) move(postEdge[k], false);
+}
+
+/// Redirects coordinate `d` of `index` by the rule's formula for one edge of `block`.
+template <class RedirectorT>
+inline void redirect(const TraversableBlock& block, int d, bool below, int* index) {
+  const int lo = block.getStart().ptr[d], hi = block.getEnd().ptr[d], n = block.getDims().ptr[d];
+  index[d] = below ? RedirectorT::fromBelow(index[d], lo, hi, n) : RedirectorT::fromAbove(index[d], lo, hi, n);
+}
+
+/// Boundary form: redirects those coordinates of `index`, in place, that lie beyond a listed edge. The low edge is
+/// tested against 0, where every processor has its input begin.
+template <class RedirectorT>
+inline void redirectBoundary(const TraversableBlock& block, const OuterSector& sector, int rank, int* index) {
+  forEachEdge(sector, rank, [&](int d, bool below) {
+    const bool isBeyond = below ? index[d] < 0 : index[d] > block.getEnd().ptr[d];
+    if (isBeyond) redirect<RedirectorT>(block, d, below, index);
+  });
+}
+
+/// Outside form: redirects every listed coordinate without a test. Applied to a coordinate that is already inside, the
+/// symmetric and the circular rule leave the array.
+template <class RedirectorT>
+inline void redirectOutside(const TraversableBlock& block, const OuterSector& sector, int rank, int* index) {
+  forEachEdge(sector, rank, [&](int d, bool below) { redirect<RedirectorT>(block, d, below, index); });
+}
+
+}  // namespace BP

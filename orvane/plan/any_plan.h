@@ -1,0 +1,28 @@
+#pragma once
+
+#include "orvane/core/enums.h"
+
+namespace BP {
+
+class Block;
+class Region;
+
+/// A plan as regions see it: something whose output they fit.
+class AnyPlan {
+ public:
+  AnyPlan() = default;
+  AnyPlan(const AnyPlan&) = delete;
+  AnyPlan& operator=(const AnyPlan&) = delete;
+  virtual ~AnyPlan();
+
+  /// Runs one stage of set-up.
+  virtual void setup(setupModeT stage) = 0;
+  /// Leaves the output as it is: neither region restricts it.
+  virtual void restrictNone(AnyPlan& plan, const Region& second) = 0;
+  /// Gives the output the extent and the place of `block`.
+  virtual void restrictByBlock(const Block& block, const void* unused) = 0;
+  /// Gives the output the extent and the place of the meeting of two blocks.
+  virtual void restrictByBlocks(const Block& firstBlock, const Block& secondBlock) = 0;
+};
+
+}  // namespace BP

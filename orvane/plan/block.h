@@ -1,0 +1,129 @@
+#pragma once
+
+#include "orvane/core/clever_ptr.h"
+
+/// Shapes and where they lie.
+///
+/// All blocks of a processor share one frame of reference, whose zero is the input's first element. In each
+/// dimension, element i of a block lies at position
+///
+///     origin + loc + i
+///
+/// of that frame. Tables of extents and places are arrays of 32-bit integers with an entry per dimension. They belong
+/// to the maker of the block, which refers to the maker's handles: a table that is rewritten or rebound moves every
+/// block that refers to it. Nothing is checked. Dimension 0 is contiguous in memory.
+namespace BP {
+
+/// The shape of something, and its place.
+class Block {
+ public:
+  /// `rank` entries in each table.
+  Block(int rank, CleverPtr<int>& extents, CleverPtr<int>& originTable, CleverPtr<int>& locTable)
+      : numDims(rank), dims(extents), origin(originTable), loc(locTable) {}
+  Block(const Block&) = delete;
+  Block& operator=(const Block&) = delete;
+  virtual ~Block();
+
+  int getNumDims() const { return numDims; }
+  CleverPtr<int>& getDims() const { return dims; }
+  CleverPtr<int>& getOrigin() const { return origin; }
+  CleverPtr<int>& getLoc() const { return loc; }
+
+ private:
+  int numDims;
+  CleverPtr<int>& dims;
+  CleverPtr<int>& origin;
+  CleverPtr<int>& loc;
+};
+
+/// An index range to be walked: from `start` to `end`, both inclusive.
+class Traversable {
+ public:
+  Traversable(CleverPtr<int>& first, CleverPtr<int>& last) : start(first), end(last) {}
+  virtual ~Traversable();
+
+  CleverPtr<int>& getStart() const { return start; }
+  CleverPtr<int>& getEnd() const { return end; }
+
+ private:
+  CleverPtr<int>& start;
+  CleverPtr<int>& end;
+};
+
+/// A shape with a range in it.
+class TraversableBlock : public Block, public Traversable {
+ public:
+  TraversableBlock(int rank, CleverPtr<int>& extents, CleverPtr<int>& originTable, CleverPtr<int>& locTable,
+                   CleverPtr<int>& first, CleverPtr<int>& last)
+      : Block(rank, extents, originTable, locTable), Traversable(first, last) {}
+  ~TraversableBlock() override;
+
+  /// Lets the range be the whole block: from `loc` to `loc` + extent - 1.
+  void traverseWhole();
+};
+
+/// strides[0] = 1, strides[d] = strides[d-1] * dims[d-1]; returns the product of all extents, 0 without dimensions.
+int computeStrides(int numDims, const int* dims, int* strides);
+
+/// The elements of a block of type T, and the steps in memory between them.
+template <class T, class Alloc>
+class ElementStore {
+ public:
+  ElementStore(Alloc* alloc, int rank, CleverPtr<T>& elements) : allocator(alloc), data(elements) {
+    allocator->allocateArray(strides, rank, "ignore");
+  }
+
+  Alloc* getAllocator() const { return allocator; }
+  int getNumElements() const { return numElements; }
+  const CleverPtr<int>& getStrides() const { return strides; }
+  CleverPtr<T>& getData() const { return data; }
+
+  /// Works out strides and element count from the extents of `block`.
+  void layOut(const Block& block) {
+    numElements = computeStrides(block.getNumDims(), block.getDims().ptr, strides.ptr);
+  }
+
+ private:
+  Alloc* allocator;
+  int numElements = 0;
+  CleverPtr<int> strides;
+  CleverPtr<T>& data;
+};
+
+/// A shape with elements.
+template <class T, class Alloc>
+class DataBlock : public Block, public ElementStore<T, Alloc> {
+ public:
+  DataBlock(Alloc* alloc, int rank, CleverPtr<int>& extents, CleverPtr<int>& originTable, CleverPtr<int>& locTable,
+            CleverPtr<T>& elements)
+      : Block(rank, extents, originTable, locTable), ElementStore<T, Alloc>(alloc, rank, elements) {}
+
+  void computeStrides() { this->layOut(*this); }
+};
+
+/// A shape with elements and a range.
+template <class T, class Alloc>
+class TraversableDataBlock : public TraversableBlock, public ElementStore<T, Alloc> {
+ public:
+  TraversableDataBlock(Alloc* alloc, int rank, CleverPtr<int>& extents, CleverPtr<int>& originTable,
+                       CleverPtr<int>& locTable, CleverPtr<int>& first, CleverPtr<int>& last, CleverPtr<T>& elements)
+      : TraversableBlock(rank, extents, originTable, locTable, first, last),
+        ElementStore<T, Alloc>(alloc, rank, elements) {}
+
+  void computeStrides() { this->layOut(*this); }
+};
+
+/// Place in memory of the element with index vector `index`, of which the first `numDims` entries count.
+inline int linearIndex(const int* strides, int numDims, const int* index) {
+  int linear = 0;
+  for (int d = 0; d < numDims; ++d) linear += strides[d] * index[d];
+  return linear;
+}
+
+/// Place in memory of the element of `block` with index vector `index`; 0 for a block without dimensions.
+template <class DataBlockT>
+int linearIndex(const DataBlockT& block, const CleverPtr<int>& index) {
+  return linearIndex(block.getStrides().ptr, block.getNumDims(), index.ptr);
+}
+
+}  // namespace BP

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "orvane/core/clever_ptr.h"
+#include "orvane/core/enums.h"
+
+/// Sectors: rectangles of output positions over which the window behaves the same way.
+///
+/// The tables behind a sector belong to the plan. A kernel receives non-empty sectors only, and must not keep them.
+namespace BP {
+
+/// A rectangle of output positions; `start` and `end` are absolute and inclusive.
+class Sector {
+ public:
+  Sector(int rank, CleverPtr<int>& first, CleverPtr<int>& last) : start(&first), end(&last), numDims(rank) {}
+  Sector(const Sector&) = delete;
+  Sector& operator=(const Sector&) = delete;
+  virtual ~Sector();
+
+  CleverPtr<int>& getStart() const { return *start; }
+  CleverPtr<int>& getEnd() const { return *end; }
+  int getNumDims() const { return numDims; }
+  bool getIsEmpty() const { return isEmpty; }
+  void setIsEmpty(bool value) { isEmpty = value; }
+
+  /// Forgets the last filling, at `setupStart` and `setupInvoke`.
+  void reset(setupModeT stage);
+
+ private:
+  CleverPtr<int>* start;
+  CleverPtr<int>* end;
+  int numDims;
+  bool isEmpty = false;
+};
+
+/// Positions whose window lies wholly in the input.
+class InsideSector : public Sector {
+ public:
+  using Sector::Sector;
+};
+
+/// A sector with the dimensions in which its windows leave the input: `preEdge` lists those where they can fall below
+/// the first element, `postEdge` those where they can pass the last one, both in ascending order. Where a window is
+/// wider than the input, its dimension stands in both.
+class OuterSector : public Sector {
+ public:
+  OuterSector(int rank, CleverPtr<int>& first, CleverPtr<int>& last, CleverPtr<int>& preEdges,
+              CleverPtr<int>& postEdges)
+      : Sector(rank, first, last), preEdge(&preEdges), postEdge(&postEdges) {}
+
+  int getPreEdgeCount() const { return preEdgeCount; }
+  CleverPtr<int>& getPreEdge() const { return *preEdge; }
+  int getPostEdgeCount() const { return postEdgeCount; }
+  CleverPtr<int>& getPostEdge() const { return *postEdge; }
+  void setPreEdgeCount(int count) { preEdgeCount = count; }
+  void setPostEdgeCount(int count) { postEdgeCount = count; }
+
+  void reset(setupModeT stage);
+
+ private:
+  int preEdgeCount = 0;
+  CleverPtr<int>* preEdge;
+  int postEdgeCount = 0;
+  CleverPtr<int>* postEdge;
+};
+
+/// Positions whose window crosses an edge of the input.
+class BoundarySector : public OuterSector {
+ public:
+  using OuterSector::OuterSector;
+};
+
+/// Positions whose window misses the input in some dimension.
+class OutsideSector : public OuterSector {
+ public:
+  using OuterSector::OuterSector;
+};
+
+}  // namespace BP

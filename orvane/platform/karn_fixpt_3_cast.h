@@ -1,0 +1,117 @@
+#pragma once
+
+#include <cstdint>
+
+#include "orvane/platform/karn_fixpt_3_type.h"
+#include "orvane/platform/karn_fixpt_3_wide.h"
+
+/// The one mechanism by which an exact integer becomes a value of a type: round, then fit into the range.
+///
+/// It is written once for three integers I: `std::int64_t` where all that can occur fits 62 bits, `Int128` where it
+/// fits 126, `Wide` for the rest. The margin of two bits takes the rounding term without overflow.
+namespace KarnDSPFixpt::detail {
+
+inline constexpr int narrowBits = 62;
+inline constexpr int mediumBits = 126;
+
+/// Rounding that was prepared for one number of bits to drop and one mode.
+///
+/// Every mode is "add a term, then shift towards -infinity"; the modes differ in the term, of which one part may
+/// depend on the sign of the value and one on the parity of the result.
+template <class I>
+struct Rounder {
+  int left = 0;    ///< bits to append first
+  int right = 0;   ///< bits to drop
+  I term = 0;      ///< added always
+  I negative = 0;  ///< added to negative values
+  I odd = 0;       ///< 1: add the lowest bit that is kept
+  I dropped = 0;   ///< mask of the bits that are dropped
+};
+
+/// The rounder that drops `bits` bits (negative: appends) by `mode`.
+template <class I>
+Rounder<I> makeRounder(int bits, fxpModeRounding_tag mode) {
+  Rounder<I> r;
+  if (bits <= 0) {
+    r.left = -bits;
+    return r;
+  }
+  const I unit = I(1) << bits;
+  const I half = unit >> 1;
+  r.right = bits;
+  r.dropped = unit - I(1);
+  switch (mode) {
+    case fxpRoundCeiling: r.term = r.dropped; break;
+    case fxpRoundConvergent:
+      r.term = half - I(1);
+      r.odd = I(1);
+      break;
+    case fxpRoundFloor: break;
+    case fxpRoundNearest: r.term = half; break;
+    case fxpRoundRound:
+      r.term = half;
+      r.negative = I(-1);
+      break;
+    case fxpRoundZero: r.negative = r.dropped; break;
+  }
+  return r;
+}
+
+/// The range of a type, and what stands for the values outside it. `I` has at least two bits more than the type.
+template <class I>
+struct Range {
+  I least = 0;
+  I greatest = 0;
+  I below = 0;  ///< in place of what is less than `least`
+  I above = 0;  ///< in place of what exceeds `greatest`
+  I mask = 0;   ///< the bits of the word
+  I sign = 0;   ///< its sign bit; 0 for an unsigned type
+  bool wraps = false;
+
+  /// The value that the low bits of `v` stand for.
+  I reduce(const I& v) const { return ((v & mask) ^ sign) - sign; }
+};
+
+template <class I>
+Range<I> makeRange(const FixptType& type, fxpModeOverflow_tag mode) {
+  Range<I> r;
+  const int word = static_cast<int>(type.word);
+  r.mask = (I(1) << word) - I(1);
+  r.sign = type.isSigned ? I(1) << (word - 1) : I(0);
+  r.greatest = r.mask ^ r.sign;
+  r.least = -r.sign;
+  if (mode == fxpOverflowSymmetric && type.isSigned) r.least = -r.greatest;
+  r.wraps = mode == fxpOverflowWrap;
+  if (mode == fxpOverflowSaturate || mode == fxpOverflowSymmetric) {
+    r.below = r.least;
+    r.above = r.greatest;
+  }
+  return r;
+}
+
+/// The outcome of a cast.
+template <class I>
+struct Cast {
+  I value;
+  bool overflow;  ///< the rounded value did not fit
+  bool lossy;     ///< rounding dropped bits that were not 0
+};
+
+/// Casts `exact`, an integer in the unit that `rounder` starts from, into `range`.
+template <class I>
+inline Cast<I> castInto(const I& exact, const Rounder<I>& rounder, const Range<I>& range) {
+  const I v = exact << rounder.left;
+  const I signTerm = v < I(0) ? rounder.negative : I(0);
+  const I oddTerm = (v >> rounder.right) & rounder.odd;
+  const I rounded = (v + rounder.term + signTerm + oddTerm) >> rounder.right;
+  const bool below = rounded < range.least;
+  const bool above = rounded > range.greatest;
+  const bool lossy = !((v & rounder.dropped) == I(0));
+  if (range.wraps) return {range.reduce(rounded), below || above, lossy};
+  return {below ? range.below : above ? range.above : rounded, below || above, lossy};
+}
+
+/// Bits of a signed integer that holds every value of `type`.
+inline int signedBits(const FixptType& type) { return static_cast<int>(type.word) + (type.isSigned ? 0 : 1); }
+
+}  // namespace KarnDSPFixpt::detail

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+
+#include "orvane/platform/karn_fixpt_3.h"
+
+/// Loads, casts and stores of any component, in the narrowest integer that holds the exact value. Internal.
+namespace KarnDSPFixpt {
+
+namespace detail {
+
+// Beyond these many bits a shift changes no outcome: what is dropped is already less than a quarter of the unit, what
+// is appended already puts every value but 0 outside every range and clears every word.
+inline constexpr std::int64_t greatestAppend = 160;
+inline constexpr std::int64_t greatestDrop = 400;
+
+/// v / 2^fraction.
+inline double scaled(double v, std::int64_t fraction) {
+  return std::ldexp(v, static_cast<int>(std::clamp<std::int64_t>(-fraction, -10000, 10000)));
+}
+
+/// Whether `limit` bits hold a value of `bits` bits while `drop` bits are dropped (negative: appended).
+inline bool holds(int limit, int bits, std::int64_t drop) {
+  return drop >= 0 ? bits <= limit && drop <= limit : bits - std::max(drop, -2 * greatestAppend) <= limit;
+}
+
+}  // namespace detail
+
+/// Calls op.operator()<I>() with the narrowest integer I in which an exact value of `bits` bits, in units of
+/// 2^-fraction, can be cast into this array's type.
+template <class Op>
+void Fixpt::inTier(int bits, std::int64_t fraction, Op op) const {
+  const FixptType type = attributes_.type();
+  const std::int64_t drop = fraction - type.fraction;
+  const int own = detail::signedBits(type);
+  if (own <= detail::narrowBits && detail::holds(detail::narrowBits, bits, drop)) {
+    op.template operator()<std::int64_t>();
+  } else if (own <= detail::mediumBits && detail::holds(detail::mediumBits, bits, drop)) {
+    op.template operator()<detail::Int128>();
+  } else {
+    op.template operator()<detail::Wide>();
+  }
+}
+
+template <class I>
+I Fixpt::load(int component) const {
+  detail::Uint128 bits = 0;
+  std::memcpy(&bits, address(component), std::size_t{1} << bytesLog_);
+  const FixptType type = attributes_.type();
+  const int spare = static_cast<int>(greatestWord - type.word);
+  bits <<= spare;
+  if (type.isSigned) return static_cast<I>(static_cast<detail::Int128>(bits) >> spare);
+  return static_cast<I>(bits >> spare);
+}
+
+inline void Fixpt::store(int component, detail::Uint128 bits) {
+  std::memcpy(address(component), &bits, std::size_t{1} << bytesLog_);
+}
+
+/// Casts `exact` in units of 2^-fraction into this array's type and stores it. I is what `inTier` chose.
+template <class I>
+void Fixpt::put(int component, const I& exact, std::int64_t fraction) {
+  const FixptType type = attributes_.type();
+  const std::int64_t drop = std::clamp(fraction - type.fraction, -detail::greatestAppend, detail::greatestDrop);
+  const auto rounder = detail::makeRounder<I>(static_cast<int>(drop), attributes_.roundingMode());
+  if constexpr (std::is_same_v<I, std::int64_t>) {
+    putNarrow(component, exact, rounder);
+  } else {
+    const auto cast = detail::castInto(exact, rounder, detail::makeRange<I>(type, attributes_.overflowMode()));
+    if constexpr (std::is_same_v<I, detail::Wide>) {
+      store(component, cast.value.low());
+    } else {
+      store(component, static_cast<detail::Uint128>(cast.value));
+    }
+    if (!counting_) return;
+    const double value = componentToDouble(component);
+    addStatistics({cast.overflow, 1, cast.lossy, 1, value, value});
+  }
+}
+
+}  // namespace KarnDSPFixpt
