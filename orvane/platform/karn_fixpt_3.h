@@ -164,6 +164,7 @@ class ORVANE_API Fixpt {
   bool isComplex() const { return isComplex_; }
   /// Elements of the array's own memory.
   int count() const { return count_; }
+  /// The first component. What is written to the array's own memory must fit the word.
   void* data() const { return values_; }
   /// Bits that one component takes in memory.
   int containerBits() const { return 8 << bytesLog_; }
@@ -189,10 +190,13 @@ class ORVANE_API Fixpt {
   /// How a narrow operation with a second value of one type goes; the key of that type says for which it holds.
   struct Plan {
     std::uint64_t key = 0;
-    int ownShift = 0;    // brings this value to the common unit
-    int otherShift = 0;  // the same for the other value
+    int append = 0;       // bits to append to the value before it is rounded; of a sum, to this array's value
+    int otherAppend = 0;  // of a sum, to the other value
     detail::Rounder<std::int64_t> rounder;
   };
+
+  /// How a narrow component is read: as the integer of its container where that is the value, else by its word.
+  enum class Access : unsigned char { s8, s16, s32, s64, u8, u16, u32, byWord };
 
   struct Counters {
     unsigned overflows = 0;
@@ -208,10 +212,12 @@ class ORVANE_API Fixpt {
   Fixpt(const DSPDataAttributesHandle& attributes, int count, bool counting);
 
   void adoptType(const DSPDataAttributesHandle& attributes);
+  Access accessOf(bool isOwn) const;
   std::byte* address(int component) const { return values_ + (static_cast<std::ptrdiff_t>(component) << bytesLog_); }
 
   // Narrow values: real, fixed point, and no more than detail::narrowBits bits.
   std::int64_t loadNarrow(int component) const;
+  std::int64_t loadReduced(int component) const;
   void storeNarrow(int component, std::int64_t v);
   void putNarrow(int component, std::int64_t exact, const detail::Rounder<std::int64_t>& rounder);
   template <bool subtracts>
@@ -226,6 +232,7 @@ class ORVANE_API Fixpt {
   double componentToDouble(int component) const;
   void putDouble(int component, double exact);
   void clear();
+  bool planCast(Plan& plan, std::uint64_t key, int bits, std::int64_t fraction) const;
   bool planAssign(const Fixpt& v);
   bool planSum(const Fixpt& v);
   bool planProduct(const Fixpt& v) const;
@@ -254,6 +261,7 @@ class ORVANE_API Fixpt {
 
   int cursor_ = 0;
   unsigned char bytesLog_ = 0;
+  Access access_ = Access::byWord;
   bool isComplex_ = false;
   bool isNarrow_ = false;
   bool counting_ = true;

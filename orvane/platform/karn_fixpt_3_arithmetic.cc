@@ -72,12 +72,19 @@ void Fixpt::putDouble(int component, double exact) {
   inTier(54, fraction, [&]<class I>() { put<I>(component, I(mantissa), fraction); });
 }
 
-bool Fixpt::planAssign(const Fixpt& v) {
-  const std::int64_t drop = fractionOf(v) - fractionOf(*this);
-  if (!isNarrow_ || !v.isNarrow_ || !detail::holds(detail::narrowBits, bitsOf(v), drop)) return false;
-  assignPlan_.rounder = detail::makeRounder<std::int64_t>(static_cast<int>(drop), attributes_.roundingMode());
-  assignPlan_.key = v.key_;
+/// Prepares the narrow cast of exact values of `bits` bits in units of 2^-fraction into this array, for operands with
+/// `key`. False: it is not narrow.
+bool Fixpt::planCast(Plan& plan, std::uint64_t key, int bits, std::int64_t fraction) const {
+  const std::int64_t drop = fraction - fractionOf(*this);
+  if (!isNarrow_ || !detail::holds(detail::narrowBits, bits, drop)) return false;
+  plan.append = static_cast<int>(std::max<std::int64_t>(-drop, 0));
+  plan.rounder = detail::makeRounder<std::int64_t>(static_cast<int>(drop), attributes_.roundingMode());
+  plan.key = key;
   return true;
+}
+
+bool Fixpt::planAssign(const Fixpt& v) {
+  return v.isNarrow_ && planCast(assignPlan_, v.key_, bitsOf(v), fractionOf(v));
 }
 
 Fixpt& Fixpt::assignAny(const Fixpt& v) {
@@ -138,13 +145,8 @@ void Fixpt::prepareProduct(const Fixpt& v) const {
 }
 
 bool Fixpt::planProduct(const Fixpt& v) const {
-  const Fixpt& product = *subordinates_[0];
-  const std::int64_t drop = fractionOf(*this) + fractionOf(v) - fractionOf(product);
-  const int bits = bitsOf(*this) + bitsOf(v);
-  if (!isNarrow_ || !v.isNarrow_ || !product.isNarrow_ || !detail::holds(detail::narrowBits, bits, drop)) return false;
-  productPlan_.rounder = detail::makeRounder<std::int64_t>(static_cast<int>(drop), attributes_.roundingMode());
-  productPlan_.key = v.key_;
-  return true;
+  return isNarrow_ && v.isNarrow_ &&
+         subordinates_[0]->planCast(productPlan_, v.key_, bitsOf(*this) + bitsOf(v), fractionOf(*this) + fractionOf(v));
 }
 
 Fixpt& Fixpt::productFor(const Fixpt& v) const {
@@ -187,12 +189,7 @@ void Fixpt::putProduct(int component, const Fixpt& a, int i, const Fixpt& b, int
 }
 
 bool Fixpt::planNorm() const {
-  const Fixpt& square = *subordinates_[2];
-  const std::int64_t drop = 2 * fractionOf(*this) - fractionOf(square);
-  if (!isNarrow_ || !square.isNarrow_ || !detail::holds(detail::narrowBits, 2 * bitsOf(*this), drop)) return false;
-  normPlan_.rounder = detail::makeRounder<std::int64_t>(static_cast<int>(drop), attributes_.roundingMode());
-  normPlan_.key = key_;
-  return true;
+  return isNarrow_ && subordinates_[2]->planCast(normPlan_, key_, 2 * bitsOf(*this), 2 * fractionOf(*this));
 }
 
 Fixpt& Fixpt::normAny() const {

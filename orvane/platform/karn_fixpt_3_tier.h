@@ -63,11 +63,13 @@ template <class I>
 void Fixpt::put(int component, const I& exact, std::int64_t fraction) {
   const FixptType type = attributes_.type();
   const std::int64_t drop = std::clamp(fraction - type.fraction, -detail::greatestAppend, detail::greatestDrop);
+  const int append = static_cast<int>(std::max<std::int64_t>(-drop, 0));
   const auto rounder = detail::makeRounder<I>(static_cast<int>(drop), attributes_.roundingMode());
   if constexpr (std::is_same_v<I, std::int64_t>) {
-    putNarrow(component, exact, rounder);
+    putNarrow(component, exact << append, rounder);
   } else {
-    const auto cast = detail::castInto(exact, rounder, detail::makeRange<I>(type, attributes_.overflowMode()));
+    const auto cast =
+        detail::castInto(exact << append, rounder, detail::makeRange<I>(type, attributes_.overflowMode()));
     if constexpr (std::is_same_v<I, detail::Wide>) {
       store(component, cast.value.low());
     } else {
