@@ -59,7 +59,8 @@ void addOperation(CLI::App& command, const std::string& name, AlgorithmModeEnum 
   operation->add_flag("--quiet", arguments->quiet, "Does not say how many values were clipped");
   operation->footer("Kernels:\n" + kernelForms() +
                     "\nOutput samples are round(sum * scale-output + offset), ties to even, clipped to the range of "
-                    "IN's bit depth.\nAlpha is cropped, not filtered.\nExample: orvane " +
+                    "IN's bit depth.\nAlpha is cropped, not filtered; gamma, colour profile and texts are "
+                    "dropped.\nExample: orvane " +
                     name + " photo.png filtered.png --kernel gaussian:9:2\n");
   operation->callback([arguments, mode] { run(*arguments, mode); });
 }

@@ -46,7 +46,8 @@ Kernel parseMatrix(const std::string& text, char rowSeparator, const std::string
   checkSide(rows.size(), rowName, what);
   Kernel kernel;
   kernel.height = static_cast<int>(rows.size());
-  for (std::size_t y = 0; y < rows.size(); ++y) appendRow(kernel, rows[y], what + ", " + rowName, y + 1);
+  const std::string noun = what + ", " + rowName;
+  for (std::size_t y = 0; y < rows.size(); ++y) appendRow(kernel, rows[y], noun, y + 1);
   return kernel;
 }
 

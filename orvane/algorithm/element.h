@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cmath>
 #include <complex>
 
+#include "orvane/core/clever_ptr.h"
 #include "orvane/platform/karn_fixpt_3.h"
 
 /// The one place where plain and fixed-point elements differ.
@@ -66,5 +68,124 @@ inline void multiplyAdd(std::complex<T>& sum, const std::complex<T>& tap, const 
 }
 /// The product is cast into the tap's product type, the sum into the type of `sum`.
 inline void multiplyAdd(Fixpt& sum, Fixpt& tap, Fixpt& h) { sum += tap * h; }
+
+/// product := a * b, for real elements and for complex ones in full.
+template <class T>
+inline void multiply(T& product, const T& a, const T& b) {
+  product = a * b;
+}
+template <class T>
+inline void multiply(std::complex<T>& product, const std::complex<T>& a, const std::complex<T>& b) {
+  product = {a.real() * b.real() - a.imag() * b.imag(), a.real() * b.imag() + b.real() * a.imag()};
+}
+/// A real factor scales both parts.
+template <class T>
+inline void multiply(std::complex<T>& product, const std::complex<T>& a, const T& b) {
+  product = {a.real() * b, a.imag() * b};
+}
+/// The product is cast into the product type of `a`, then into the type of `product`.
+inline void multiply(Fixpt& product, Fixpt& a, Fixpt& b) { product = a * b; }
+
+/// energy := energy + |x|^2.
+template <class T>
+inline void addEnergy(T& energy, const T& x) {
+  energy = x * x + energy;
+}
+template <class T>
+inline void addEnergy(std::complex<T>& energy, const T& x) {
+  energy.real(energy.real() + x * x);
+}
+/// x times its conjugate, as a complex product.
+template <class T>
+inline void addEnergy(std::complex<T>& energy, const std::complex<T>& x) {
+  const T a = x.real(), b = x.imag();
+  energy = {energy.real() + (a * a - b * (-b)), energy.imag() + (b * a + a * (-b))};
+}
+inline void addEnergy(Fixpt& energy, Fixpt& x) { energy += x.norm(); }
+
+/// root := square root of x; of a complex x, of its real part.
+template <class T>
+inline void setRoot(T& root, const T& x) {
+  root = std::sqrt(x);
+}
+template <class T>
+inline void setRoot(std::complex<T>& root, const std::complex<T>& x) {
+  root = {std::sqrt(x.real()), T(0)};
+}
+inline void setRoot(Fixpt& root, Fixpt& x) { x.sqrtInto(&root); }
+
+/// Whether x is 0, in both parts of a complex element.
+template <class T>
+inline bool isZero(const T& x) {
+  return x == T(0);
+}
+inline bool isZero(Fixpt& x) { return x.isZero(); }
+
+/// x := x / divisor.
+template <class T>
+inline void divideBy(T& x, const T& divisor) {
+  x = x / divisor;
+}
+inline void divideBy(Fixpt& x, Fixpt& divisor) { x.divideInto(x, divisor); }
+
+/// Sets `to` from host memory: one real element, or for complex elements a real part and, if `isComplex`, an imaginary
+/// one; for fixed point a `Fixpt`.
+template <class T>
+inline void assignFrom(T& to, const void* value, bool /*isComplex*/) {
+  to = *static_cast<const T*>(value);
+}
+template <class T>
+inline void assignFrom(std::complex<T>& to, const void* value, bool isComplex) {
+  const T* parts = static_cast<const T*>(value);
+  to = {parts[0], isComplex ? parts[1] : T(0)};
+}
+inline void assignFrom(Fixpt& to, const void* value, bool /*isComplex*/) { to = *static_cast<const Fixpt*>(value); }
+
+/// The element that a loop adds into: plain elements are kept in a local until the loop ends, so that no store comes
+/// between two additions; fixed point adds in its own array.
+template <class T>
+class RunningElement {
+ public:
+  explicit RunningElement(T* store) : target(store), value(*store) {}
+  RunningElement(const RunningElement&) = delete;
+  RunningElement& operator=(const RunningElement&) = delete;
+  ~RunningElement() { *target = value; }
+  T& get() { return value; }
+
+ private:
+  T* target;
+  T value;
+};
+template <>
+class RunningElement<Fixpt> {
+ public:
+  explicit RunningElement(Fixpt* store) : target(&elementAt(store, 0)) {}
+  Fixpt& get() { return *target; }
+
+ private:
+  Fixpt* target;
+};
+
+/// One element that lives for one computation; fixed point takes the type of a role, through the allocator.
+template <class T, class AllocT>
+class TemporaryElement {
+ public:
+  TemporaryElement(AllocT& /*allocator*/, const char* /*roleName*/) {}
+  T* getStore() { return &value; }
+  T& get() { return value; }
+
+ private:
+  T value{};
+};
+template <class AllocT>
+class TemporaryElement<Fixpt, AllocT> {
+ public:
+  TemporaryElement(AllocT& allocator, const char* roleName) { allocator.createFixptArray(handle, 1, roleName); }
+  Fixpt* getStore() { return handle.ptr; }
+  Fixpt& get() { return elementAt(handle.ptr, 0); }
+
+ private:
+  CleverPtr<Fixpt> handle;
+};
 
 }  // namespace BP

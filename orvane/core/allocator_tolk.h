@@ -38,9 +38,10 @@ class ORVANE_API AllocatorTolk {
   /// registered is reported, and `out` stays as it is.
   void createFixptArray(CleverPtr<KarnDSPFixpt::Fixpt>& out, int count, std::string roleName);
 
-  /// Makes `out` the owner of a new array of `count` elements; fixed-point arrays go by their role.
+  /// Makes `out` the owner of a new array of `count` elements; fixed-point arrays go by their role. The name of the
+  /// array is for the reader of the call.
   template <class T>
-  void allocateArray(CleverPtr<T>& out, int count, std::string roleName) {
+  void allocateArray(CleverPtr<T>& out, int count, std::string roleName, const std::string& /*arrayName*/ = {}) {
     if constexpr (std::is_same_v<T, KarnDSPFixpt::Fixpt>) {
       createFixptArray(out, count, std::move(roleName));
     } else {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "orvane/plan/plan.h"
+// Bodies of plan.h, which includes this file.
 
 namespace BP {
 

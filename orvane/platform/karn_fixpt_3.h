@@ -130,8 +130,9 @@ class ORVANE_API Fixpt {
 
   Fixpt& operator+=(const Fixpt& v);
   Fixpt& operator-=(const Fixpt& v);
-  /// The product, cast into this array's product type. A complex product casts each of its four partial products
-  /// into the product type and casts their sums into the accumulator type.
+  /// The product, cast into this array's product type. The product of two complex values casts each of its four
+  /// partial products into the product type and their two sums into the accumulator type; that of a real and a complex
+  /// one is two products, with nothing to add.
   Fixpt& operator*(const Fixpt& v) const;
   /// The squared magnitude, exact before its one cast into the product type; real.
   Fixpt& norm() const;

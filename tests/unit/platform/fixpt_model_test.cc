@@ -7,7 +7,7 @@
 #include <functional>
 #include <random>
 
-#include "unit/platform/fixpt_model.h"
+#include "tests/support/fixpt_model.h"
 
 namespace {
 

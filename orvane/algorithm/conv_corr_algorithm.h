@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cfloat>
+#include <type_traits>
+
+#include "orvane/algorithm/algorithm.h"
+#include "orvane/algorithm/element.h"
+#include "orvane/algorithm/tap_reader.h"
+#include "orvane/core/clever_ptr.h"
+#include "orvane/core/enums.h"
+#include "orvane/input/output.h"
+#include "orvane/plan/sector.h"
+
+namespace BP {
+
+static_assert(FLT_EVAL_METHOD == 0, "sums must round to their own type after every operation");
+
+/// Sum of products of the window's values and the filter: convolution (`flipFilter` 1, the filter walked from its last
+/// element to its first) or correlation (0, in storage order; nothing is conjugated), plain or normalised.
+///
+///     y = sum over j1, then j0, of u(j0, j1) * h(f)
+///     normalised: y / (sqrt(sum of h^2) * sqrt(sum of u^2)), or 0 where that divisor is 0
+///
+/// HT, UT and YT are the element types of filter, input and output. There is no wider accumulator: sums run in YT in
+/// the order given, with one rounding for each operation, and zero taps count. The walk covers dimensions 0 and 1; the
+/// filter's norm covers all its elements. Fixed point makes each cast where element.h says.
+template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
+class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT, YT, UT> {
+ public:
+  using Base = DistanceMetricAlgorithm<AllocT, BlockT, InputT, YT, UT>;
+  using Out = Output<YT, AllocT>;
+
+  ConvCorrAlgorithm(AllocT* alloc, BlockT* filterBlock, InputT* in) : Base(alloc, filterBlock, in) {
+    alloc->allocateArray(accumulator, 1, "accumulator");
+    if constexpr (normalise != 0) alloc->allocateArray(filterNorm, 1, "sqrt");
+  }
+
+  /// The common set-up; the filter's norm is computed at `setupStart` and at `setupInvoke`, so that a tuned filter
+  /// takes effect at once. Fixed point hands its statistics over at `setupFinish`.
+  void setup(setupModeT mode);
+
+  /// The sample of a window wholly inside the input, whose first element has linear index `imageIndex`.
+  void scoreAt(const InsideSector& /*region*/, Out& y1, int imageIndex) {
+    accumulate(InsideTaps<UT>(this->input->getBlock(), imageIndex), y1);
+  }
+  /// The sample of a window that crosses an edge; `windowOrigin` holds the coordinates of its first element.
+  void boundaryAt(const BoundarySector& sector, Out& y1,
+                  const CleverPtr<int>& windowOrigin) requires(InputT::padType != 0) {
+    accumulate(BoundaryTaps<UT, InputT>(*this->input, sector, windowOrigin), y1);
+  }
+  /// The sample of a window that misses the input.
+  void outsideAt(const OutsideSector& sector, Out& y1,
+                 const CleverPtr<int>& windowOrigin) requires(InputT::padType > PadTypeConstant) {
+    accumulate(OutsideTaps<UT, InputT>(*this->input, sector, windowOrigin), y1);
+  }
+
+  /// filterNorm := square root of the filter's energy.
+  void computeFilterNorm();
+
+ private:
+  struct NoNorm {};
+
+  template <class TapsT>
+  void accumulate(TapsT taps, Out& y1);
+  template <class TapsT, class ActionT>
+  void sumProducts(TapsT& taps, ActionT&& beforeProduct);
+  void normaliseSample(YT& sample, YT& energy);
+
+  CleverPtr<YT> accumulator;
+  std::conditional_t<normalise != 0, CleverPtr<YT>, NoNorm> filterNorm;
+};
+
+}  // namespace BP
+
+#include "orvane/algorithm/conv_corr_algorithm-inl.h"

@@ -1,0 +1,13 @@
+#include <complex>
+
+#include "orvane/convcorr/conv_corr-inl.h"
+#include "orvane/convcorr/conv_corr_separable-inl.h"
+#include "orvane/convcorr/conv_corr_tolk-inl.h"
+
+namespace BP {
+
+template class ConvCorr<double, std::complex<double>, std::complex<double>, AllocatorTolk>;
+template class ConvCorrSeparable<double, std::complex<double>, std::complex<double>, AllocatorTolk>;
+template class ConvCorrTolk<double, std::complex<double>, std::complex<double>>;
+
+}  // namespace BP

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "orvane/convcorr/conv_corr.h"
+
+namespace BP {
+
+/// Filtering with a separable filter: a column filter along dimension 0 into an intermediate array, then a row filter
+/// along dimension 1 from there into the output. Each pass is a `ConvCorr`, whose rules on sums, modes, pads and
+/// ownership hold for it; for the price of one array of YT a product of extents becomes a sum.
+///
+/// The intermediate has the element type of the output, so fixed point is quantised to that between the passes. It is
+/// made once, of extents `midMaxDims` (read in the constructor only); should an intermediate outgrow it, nothing is
+/// computed. A constant pad looks to the second pass like what the first pass makes of it far from the data: the first
+/// filter's sum times the value.
+template <class HT, class UT, class YT, class AllocT>
+class ORVANE_API ConvCorrSeparable : public AnyCorrelation {
+ public:
+  /// `isHgtU1` and `isHgtU2` tell that the first filter exceeds the input, and the second the intermediate.
+  ConvCorrSeparable(AllocT* allocator, int nDims, CleverPtr<int>& hDims, bool isHgtU1, CleverPtr<int>& h2Dims,
+                    bool isHgtU2, CleverPtr<int>& uDims, CleverPtr<int>& midMaxDims, OutputModeEnum outputMode,
+                    AlgorithmModeEnum algorithmMode, NormEnum norm, PadTypeEnum padType, CleverPtr<int>& hCentre,
+                    CleverPtr<HT>& h, CleverPtr<int>& h2Centre, CleverPtr<HT>& h2, CleverPtr<UT>& u, CleverPtr<YT>& y);
+
+  void setup(setupModeT mode) override;
+  ~ConvCorrSeparable() override;
+  void invoke() override;
+  void assignPadValue(const void* value, bool isComplex) override;
+  const AnyCorrelation* getConvCorr1() const override;
+  const AnyCorrelation* getConvCorr2() const override;
+
+ private:
+  bool intermediateFits() const;
+
+  AllocT* allocator;
+  int nDims;
+  std::unique_ptr<ConvCorr<HT, UT, YT, AllocT>> pass1;
+  std::unique_ptr<ConvCorr<HT, YT, YT, AllocT>> pass2;
+  CleverPtr<YT> midData;
+  std::int64_t midCapacity;
+  CleverPtr<int> midDims;
+};
+
+#define ORVANE_DECLARE(HT, UT, YT) extern template class ConvCorrSeparable<HT, UT, YT, AllocatorTolk>;
+ORVANE_FOR_CONV_CORR_TRIPLES(ORVANE_DECLARE)
+#undef ORVANE_DECLARE
+
+}  // namespace BP
