@@ -96,14 +96,8 @@ TEST(StationaryROIPlanTest, ListsExistAsFarAsTheScopeReaches) {
   EXPECT_EQ(rooms(1, true, false), std::tuple(9, true, false)) << "no inside, but the all-centre combination";
   EXPECT_EQ(rooms(2, false, false), std::tuple(8, true, true));
   EXPECT_EQ(rooms(0, false, true), std::tuple(8, true, true));
-}
-
-TEST(StationaryROIPlanTest, RanksThatNoMemoryHoldsAreRefused) {
-  PlanScene scene({1}, {0}, {1}, {{0}, {1}}, {}, 1, false);
-  using Plan = StationaryROIPlan<double, double, AllocatorTolk>;
-  EXPECT_THROW(
-      Plan(&scene.allocator, 30, &scene.filter, false, scene.input.get(), &scene.output, scene.scope.get(), false),
-      std::bad_alloc);
+  AllocatorTolk allocator(nullptr);
+  EXPECT_THROW(SectorList<BoundarySector>(&allocator, 30, 1 << 30, {"a", "b", "c", "d"}), std::bad_alloc);
 }
 
 }  // namespace
