@@ -4,6 +4,19 @@
 
 namespace BP::tool {
 
+namespace {
+
+constexpr int greatest = std::numeric_limits<int>::max();
+
+/// `what` is how errors begin.
+std::vector<int> extentsIn(std::string_view text, const std::string& what) {
+  std::vector<int> extents;
+  for (const std::string_view extent : split(text, 'x')) extents.push_back(parseWhole(extent, 1, greatest, what));
+  return extents;
+}
+
+}  // namespace
+
 OutputModeEnum parseMode(std::string_view text) { return choose(outputModes, text, "--mode"); }
 
 NormEnum parseNormalise(std::string_view text) { return choose(normalisations, text, "--normalise"); }
@@ -26,11 +39,7 @@ Pad parsePad(std::string_view text) {
 }
 
 std::vector<int> parseExtents(std::string_view text, const std::string& option) {
-  std::vector<int> extents;
-  for (const std::string_view extent : split(text, 'x')) {
-    extents.push_back(parseWhole(extent, 1, std::numeric_limits<int>::max(), option + " " + inQuotes(text)));
-  }
-  return extents;
+  return extentsIn(text, option + " " + inQuotes(text));
 }
 
 std::string extentsText(const std::vector<int>& extents) {
@@ -40,15 +49,15 @@ std::string extentsText(const std::vector<int>& extents) {
 }
 
 Rectangle parseRectangle(std::string_view text, const std::string& option) {
+  const std::string what = option + " " + inQuotes(text);
   const auto parts = split(text, ',');
   Rectangle rectangle;
-  rectangle.extents = parseExtents(parts.back(), option);
+  rectangle.extents = extentsIn(parts.back(), what);
   if (parts.size() != rectangle.extents.size() + 1) {
-    throw std::runtime_error(option + " " + inQuotes(text) + ": allowed is X,Y,WIDTHxHEIGHT, such as 2,3,20x10");
+    throw std::runtime_error(what + ": allowed is X,Y,WIDTHxHEIGHT, such as 2,3,20x10");
   }
   for (std::size_t d = 0; d + 1 < parts.size(); ++d) {
-    rectangle.first.push_back(parseWhole(parts[d], std::numeric_limits<int>::min(), std::numeric_limits<int>::max(),
-                                         option + " " + inQuotes(text)));
+    rectangle.first.push_back(parseWhole(parts[d], std::numeric_limits<int>::min(), greatest, what));
   }
   return rectangle;
 }

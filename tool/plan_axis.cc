@@ -9,11 +9,11 @@ namespace BP::tool {
 
 namespace {
 
-/// A long run grows by a little each time that its count doubles.
+/// A long run grows by a little each time that its count is four times as large.
 int shownLength(int count) {
   constexpr int longest = 12;
   if (count <= longest) return count;
-  return longest + static_cast<int>(std::bit_width(static_cast<unsigned>(count / longest)));
+  return longest + static_cast<int>(std::bit_width(static_cast<unsigned>(count / longest)) + 1) / 2;
 }
 
 }  // namespace

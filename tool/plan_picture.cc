@@ -21,14 +21,14 @@ namespace {
 
 constexpr std::string_view style =
     ".page{fill:#fff}.input{fill:#e4e8ee}.inside{fill:#7fcbaa}.boundary{fill:#f5bb62}.outside{fill:#bcabea}"
-    ".unreached{fill:#fff;stroke:#8a93a0;stroke-dasharray:2 3}.grid{fill:none;stroke:#fff;stroke-opacity:.55}"
+    ".unreached{fill:#eef0f4;stroke:#8a93a0;stroke-dasharray:2 3}.grid{fill:none;stroke:#fff;stroke-opacity:.55}"
     ".sector{fill:none;stroke:#fff;stroke-width:3}.frame{fill:none;stroke:#1d2430;stroke-width:3}"
     ".window{fill:none;stroke:#1d2430;stroke-width:1.6;stroke-dasharray:5 3}"
     ".pill{fill:none;stroke:#8a93a0}.ring{fill:none;stroke:#1d2430;stroke-width:1.6}"
     "text{fill:#1d2430;font:12px system-ui,'DejaVu Sans',sans-serif}.title{font-size:15px;font-weight:600}"
     ".small{font-size:11px}.number{paint-order:stroke;stroke:#fff;stroke-width:4;stroke-opacity:.6}.quiet{fill:#566070}"
     "@media (prefers-color-scheme:dark){.page{fill:#14181d}.input{fill:#303844}.inside{fill:#23795a}"
-    ".boundary{fill:#94600f}.outside{fill:#6653a8}.unreached{fill:#14181d}.grid{stroke:#14181d}"
+    ".boundary{fill:#94600f}.outside{fill:#6653a8}.unreached{fill:#20262e}.grid{stroke:#14181d}"
     ".sector,.number{stroke:#14181d}.frame,.window,.ring{stroke:#eef1f5}text{fill:#eef1f5}.quiet{fill:#a9b2bf}}";
 
 constexpr int left = 120;  // of the cells
@@ -113,7 +113,7 @@ class Picture {
   bool hasOutputs() const { return outputsOf(plan) > 0; }
 
   std::string title() const {
-    const std::string mode(nameOf(outputModes, request.mode));
+    const std::string mode(modeName(request, plan));
     return "A window of " + extentsText(request.window) + " on an input of " + extentsText(request.input) + ": mode " +
            mode + ", reach " + std::to_string(plan.reach);
   }

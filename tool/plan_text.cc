@@ -81,9 +81,9 @@ std::string sectorsText(const PlanDescription& plan) {
 std::string geometryText(const PlanRequest& request, const PlanDescription& plan) {
   const std::int64_t outputs = outputsOf(plan);
   std::string text = "input   " + extentsText(request.input) + "\nwindow  " + extentsText(request.window) +
-                     ", centre " + listText(plan.centre) + "\nmode    " +
-                     std::string(nameOf(outputModes, request.mode)) + ", pad " +
-                     std::string(nameOf(padTypes, request.pad)) + ", reach " + std::to_string(plan.reach) + "\n";
+                     ", centre " + listText(plan.centre) + "\nmode    " + std::string(modeName(request, plan)) +
+                     ", pad " + std::string(nameOf(padTypes, request.pad)) + ", reach " + std::to_string(plan.reach) +
+                     "\n";
   if (request.region) {
     text += "region  " + listText(request.region->first) + "," + extentsText(request.region->extents) + "\n";
   }
@@ -120,6 +120,10 @@ std::int64_t outputsOf(const PlanDescription& plan) {
   std::int64_t count = 1;
   for (const int extent : plan.output.extents) count *= std::max(extent, 0);
   return count;
+}
+
+std::string_view modeName(const PlanRequest& request, const PlanDescription& plan) {
+  return request.region && plan.reach == 2 ? "any" : nameOf(outputModes, request.mode);
 }
 
 std::string planText(const PlanRequest& request, const PlanDescription& plan) {

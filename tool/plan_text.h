@@ -24,6 +24,9 @@ std::int64_t outputsOf(const PlanSector& sector);
 /// Number of outputs of a plan, whether a sector reaches them or not.
 std::int64_t outputsOf(const PlanDescription& plan);
 
+/// The mode that says where outputs lie: its name, or "any" if the region of interest alone does.
+std::string_view modeName(const PlanRequest& request, const PlanDescription& plan);
+
 /// Tables of the sections of each dimension and of the sectors, behind a line or two on the geometry.
 std::string planText(const PlanRequest& request, const PlanDescription& plan);
 

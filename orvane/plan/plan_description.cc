@@ -23,9 +23,11 @@ void require(bool condition, const std::string& message) {
   if (!condition) throw std::invalid_argument(message);
 }
 
+std::string dimensions(std::size_t rank) { return std::to_string(rank) + (rank == 1 ? " dimension" : " dimensions"); }
+
 void checkRange(const std::string& what, const std::vector<int>& values, std::size_t rank, int least) {
-  require(values.size() == rank, what + " has " + std::to_string(values.size()) + " dimensions, but the input has " +
-                                     std::to_string(rank) + "; they must be the same");
+  require(values.size() == rank, what + " has " + dimensions(values.size()) + ", but the input has " +
+                                     std::to_string(rank) + "; they must have the same number");
   for (const int value : values) {
     require(value >= least && value <= longestPlanExtent, what + ": " + std::to_string(value) + " is not one of " +
                                                               std::to_string(least) + " to " +
@@ -46,7 +48,7 @@ void checkElements(const std::string& what, const std::vector<int>& extents) {
 void check(const PlanRequest& request) {
   const std::size_t rank = request.input.size();
   require(rank >= 1 && rank <= highestPlanRank,
-          "input has " + std::to_string(rank) + " dimensions; allowed are 1 to " + std::to_string(highestPlanRank));
+          "input has " + dimensions(rank) + "; allowed are 1 to " + std::to_string(highestPlanRank));
   checkRange("input", request.input, rank, 1);
   checkRange("window", request.window, rank, 1);
   checkElements("input", request.input);

@@ -21,12 +21,12 @@ struct PlanRegion {
 
 /// The geometry to plan for.
 struct PlanRequest {
-  std::vector<int> input;   ///< extents of the input
-  std::vector<int> window;  ///< extents of the window; its centre is the middle element, the lower of two
+  std::vector<int> input = {};   ///< extents of the input
+  std::vector<int> window = {};  ///< extents of the window; its centre is the middle element, the lower of two
   OutputModeEnum mode = OutputModeValid;
   PadTypeEnum pad = PadTypeConstant;
-  std::optional<int> reach;          ///< 0 to 2 (see `Scope`); else that of the mode
-  std::optional<PlanRegion> region;  ///< where outputs are wanted; else everywhere that the mode has them
+  std::optional<int> reach = {};          ///< 0 to 2 (see `Scope`); else that of the mode
+  std::optional<PlanRegion> region = {};  ///< where outputs are wanted; else everywhere that the mode has them
 };
 
 /// A section of a dimension: the outputs from `first` on.
