@@ -47,14 +47,11 @@ void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise
   int f = flipFilter != 0 ? height * width - 1 : 0;
   RunningElement<YT> sum(accumulator.ptr);
   putZero(sum.get());
-  for (int j = 0; j < height; ++j) {
-    taps.beginRow(j);
-    for (int i = 0; i < width; ++i, f += step) {
-      taps.goTo(i);
-      beforeProduct();
-      multiplyAdd(sum.get(), taps.read(), elementAt(h, f));
-    }
-  }
+  forEachTap(taps, *this->filter, [&] {
+    beforeProduct();
+    multiplyAdd(sum.get(), taps.read(), elementAt(h, f));
+    f += step;
+  });
 }
 
 /// sample := sample / (norm of the filter * norm of the window); an energy that is no number gives no number.
