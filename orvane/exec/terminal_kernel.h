@@ -7,6 +7,7 @@ namespace BP {
 
 /// The kernel of an algorithm with scores at two-dimensional positions: each operation is one walk (see sector_walk.h)
 /// compiled for the sector's kind, the use of the results, the pad and the algorithm, without a branch on any of them.
+/// An algorithm can refuse a sector, by `canRun`; nothing is read or written then.
 template <class Out, class Algo, class Alloc>
 class TerminalKernel : public Kernel<Out, Alloc> {
  public:
@@ -23,6 +24,7 @@ class TerminalKernel : public Kernel<Out, Alloc> {
   void runOutside(OutsideSector& s, Out& result) override { run(s, result); }
   void runBoundary(BoundarySector& s, Out& result) override { run(s, result); }
   void runInside(InsideSector& s, Out& result) override {
+    if (!canRun()) return;
     if constexpr (requires { algorithm->runWholeSector(s, result); }) {
       if (algorithm->runWholeSector(s, result)) return;
     }
@@ -37,6 +39,10 @@ class TerminalKernel : public Kernel<Out, Alloc> {
   Algo& getAlgorithm() const { return *algorithm; }
 
  private:
+  bool canRun() const {
+    if constexpr (requires { algorithm->canRun(); }) return algorithm->canRun();
+    return true;
+  }
   auto scorerOf(InsideSector& sector, const WalkGeometry& walk) {
     return InsideScorer<Algo, Out>(*algorithm, sector, *this->output, walk);
   }
@@ -47,18 +53,21 @@ class TerminalKernel : public Kernel<Out, Alloc> {
 
   template <class SectorT>
   void run(SectorT& sector, Out& result) {
+    if (!canRun()) return;
     const WalkGeometry walk = walkGeometry(*algorithm, sector, result);
     runWalk(scorerOf(sector, walk), walk, *this->output, result);
   }
 
   template <class SectorT>
   void search(SectorT& sector, Out& result, CleverPtr<int>& bestIndex) {
+    if (!canRun()) return;
     const WalkGeometry walk = walkGeometry(*algorithm, sector, result);
     searchWalk(scorerOf(sector, walk), walk, BestMatch<Algo, Out>(*algorithm, *this->output, bestIndex));
   }
 
   template <class SectorT>
   void stepSearch(SectorT& sector, Out& result, CleverPtr<int>& bestIndex) {
+    if (!canRun()) return;
     const WalkGeometry walk = walkGeometry(*algorithm, sector, result);
     stepSearchWalk(scorerOf(sector, walk), walk, BestMatch<Algo, Out>(*algorithm, *this->output, bestIndex), bestIndex);
   }
