@@ -89,12 +89,11 @@ class MedianFilterAlgorithm : public DistanceMetricAlgorithm<AllocT, Traversable
     YT& result = elementAt(y1.getBlock().getData().ptr, 0);
     if constexpr (isCounting) {
       std::int64_t trueCount = 0;
-      forEachTap(taps, *this->filter, [&] { trueCount += taps.read() ? 1 : 0; });
+      forEachTap(taps, *this->filter, [&](int /*n*/) { trueCount += taps.read() ? 1 : 0; });
       result = 2 * trueCount >= count();
     } else {
-      int n = 0;
-      forEachTap(taps, *this->filter, [&] { assign(values->at(n++), taps.read()); });
-      selectMiddle(n, result);
+      forEachTap(taps, *this->filter, [&](int n) { assign(values->at(n), taps.read()); });
+      selectMiddle(static_cast<int>(count()), result);
     }
   }
 
