@@ -48,8 +48,10 @@ inline void Fixpt::putNarrow(int component, std::int64_t exact, const detail::Ro
   if (cast.overflow) [[unlikely]]
     ++counters_.overflows;
   counters_.lossy += cast.lossy;
-  if (cast.value < counters_.least) [[unlikely]] counters_.least = cast.value;
-  if (cast.value > counters_.greatest) [[unlikely]] counters_.greatest = cast.value;
+  if (cast.value < counters_.least) [[unlikely]]
+    counters_.least = cast.value;
+  if (cast.value > counters_.greatest) [[unlikely]]
+    counters_.greatest = cast.value;
 }
 
 inline Fixpt& Fixpt::operator=(const Fixpt& v) {
