@@ -112,6 +112,15 @@ void each(benchmark::State& state, const FixptType& operand, const FixptType& ta
 constexpr FixptType narrow = {16, 12};
 constexpr FixptType wide = {128, 100};
 
+/// What a normalised sample does after its sums: two temporaries, a root, a product and a division.
+void normalisation(Fixpt& y, Fixpt& a, Fixpt& b) {
+  const std::unique_ptr<Fixpt> energy(FixptFactory::createFixpt(y.attributes(), 1, 0));
+  const std::unique_ptr<Fixpt> root(FixptFactory::createFixpt(b.attributes(), 1, 0));
+  *energy = a.norm();
+  energy->sqrtInto(root.get());
+  *energy = *root * b;
+  if (!energy->isZero()) y.divideInto(y, *energy);
+}
 void product(Fixpt&, Fixpt& a, Fixpt& b) { benchmark::DoNotOptimize(&(a * b)); }
 void assignment(Fixpt& y, Fixpt& a, Fixpt&) { y = a; }
 void comparison(Fixpt&, Fixpt& a, Fixpt& b) { benchmark::DoNotOptimize(a > b); }
@@ -123,6 +132,7 @@ BENCHMARK_CAPTURE(each, product_32_to_64, FixptType{32, 24}, FixptType{64, 48}, 
 BENCHMARK_CAPTURE(each, product_128, wide, wide, product);
 BENCHMARK_CAPTURE(each, division_32, FixptType{32, 20}, FixptType{32, 20}, division);
 BENCHMARK_CAPTURE(each, division_128, wide, wide, division);
+BENCHMARK_CAPTURE(each, normalisation_16_in_40, narrow, FixptType{40, 20}, normalisation);
 BENCHMARK_CAPTURE(each, square_root_40, FixptType{40, 30}, FixptType{32, 20}, squareRoot);
 
 }  // namespace

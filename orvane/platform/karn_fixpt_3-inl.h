@@ -61,24 +61,24 @@ inline Fixpt& Fixpt::operator=(const Fixpt& v) {
   return *this;
 }
 
-template <bool subtracts>
-inline Fixpt& Fixpt::addNarrow(const Fixpt& v) {
-  const std::int64_t own = loadNarrow(cursor_) << sumPlan_.append;
-  const std::int64_t other = v.loadNarrow(v.cursor_) << sumPlan_.otherAppend;
-  putNarrow(cursor_, subtracts ? own - other : own + other, sumPlan_.rounder);
-  return *this;
+inline void Fixpt::addNarrow(int component, const Fixpt& v, int other, bool subtracts) {
+  const std::int64_t a = loadNarrow(component) << sumPlan_.append;
+  const std::int64_t b = v.loadNarrow(other) << sumPlan_.otherAppend;
+  putNarrow(component, subtracts ? a - b : a + b, sumPlan_.rounder);
 }
 
 inline Fixpt& Fixpt::operator+=(const Fixpt& v) {
   if (v.key_ != sumPlan_.key) [[unlikely]]
     return addAny(v, false);
-  return addNarrow<false>(v);
+  addNarrow(cursor_, v, v.cursor_, false);
+  return *this;
 }
 
 inline Fixpt& Fixpt::operator-=(const Fixpt& v) {
   if (v.key_ != sumPlan_.key) [[unlikely]]
     return addAny(v, true);
-  return addNarrow<true>(v);
+  addNarrow(cursor_, v, v.cursor_, true);
+  return *this;
 }
 
 inline Fixpt& Fixpt::operator*(const Fixpt& v) const {
@@ -101,17 +101,25 @@ inline Fixpt& Fixpt::norm() const {
 }
 
 inline int Fixpt::compare(const Fixpt& v) const {
-  if (!isNarrow_ || v.key_ != key_) return compareAny(v);
+  if (v.key_ != key_ || !isNarrow_ || isComplex_) return compareAny(v);
   const std::int64_t a = loadNarrow(cursor_);
   const std::int64_t b = v.loadNarrow(v.cursor_);
   return (a > b) - (a < b);
 }
 
+inline void Fixpt::clear() {
+  if (!isNarrow_) return clearAny();
+  storeNarrow(cursor_, 0);
+  if (isComplex_) storeNarrow(cursor_ + 1, 0);
+}
+
 inline Fixpt& Fixpt::operator=(const int& v) {
   if (v == 0) {
     clear();
+  } else if (integerPlan_.key != 0) {
+    putNarrow(cursor_, static_cast<std::int64_t>(v) << integerPlan_.append, integerPlan_.rounder);
   } else {
-    *this = static_cast<double>(v);  // exact
+    assignInteger(v);
   }
   return *this;
 }

@@ -62,9 +62,9 @@ void Fixpt::adoptType(const DSPDataAttributesHandle& attributes) {
   isComplex_ = attributes.isComplex();
   const bool fits = !attributes.isFloating() && detail::signedBits(attributes.type()) <= detail::narrowBits;
   range_ = fits ? detail::makeRange<std::int64_t>(attributes.type(), attributes.overflowMode()) : decltype(range_){};
-  isNarrow_ = fits && !isComplex_;
+  isNarrow_ = fits;
   access_ = accessOf(values_ == nullptr || values_ == few_.data() || values_ == many_.get());
-  assignPlan_ = sumPlan_ = productPlan_ = normPlan_ = Plan{};
+  assignPlan_ = integerPlan_ = sumPlan_ = productPlan_ = normPlan_ = Plan{};
   preparedFor_ = 0;
 }
 
@@ -148,7 +148,7 @@ void Fixpt::setStored(Int128 v) {
   store(cursor_, type.isSigned ? static_cast<Uint128>(static_cast<Int128>(high) >> spare) : high >> spare);
 }
 
-void Fixpt::clear() {
+void Fixpt::clearAny() {
   store(cursor_, 0);  // also the pattern of 0.0
   if (isComplex_) store(cursor_ + 1, 0);
 }

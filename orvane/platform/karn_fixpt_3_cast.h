@@ -105,6 +105,7 @@ struct Cast {
   bool lossy;     ///< rounding dropped bits that were not 0
 };
 
+/// `v` without the bits that `rounder` drops, rounded.
 template <class I>
 inline I roundBy(const Rounder<I>& rounder, const I& v) {
   if (rounder.isPlain) return (v + rounder.term) >> rounder.right;

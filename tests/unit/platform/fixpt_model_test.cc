@@ -7,7 +7,7 @@
 #include <functional>
 #include <random>
 
-#include "unit/platform/fixpt_model.h"
+#include "tests/support/fixpt_model.h"
 
 namespace {
 
@@ -88,12 +88,13 @@ TEST(FixptModel, RealOperationsOfAnyTypes) {
   Dice dice(1);
   for (int round = 0; round < rounds && !HasFailure(); ++round) {
     const auto a = dice.array(false, true);
-    const auto b = dice.array(false, true);
+    const std::unique_ptr<Fixpt> others[] = {dice.array(false, true), dice.array(false, true)};
     const auto d = dice.array(false, true);
-    SCOPED_TRACE(describe(*a) + " | " + describe(*b) + " | " + describe(*d));
     const auto& to = d->attributes();
-    // Twice: the first use of a pair of types prepares what the second uses.
-    for (int use = 0; use < 2; ++use) {
+    // The first use of a pair of types prepares what the second uses; then another pair comes between.
+    for (const std::size_t other : {0U, 0U, 1U, 0U}) {
+      const auto& b = others[other];
+      SCOPED_TRACE(describe(*a) + " | " + describe(*b) + " | " + describe(*d));
       const mpq_class x = value(*a);
       const mpq_class y = value(*b);
       EXPECT_EQ(*a > *b, x > y);
@@ -146,6 +147,27 @@ TEST(FixptModel, DivisionAndRoot) {
   }
 }
 
+/// The product by its definition: four partial products where both operands are complex, else one or two.
+void checkProduct(Fixpt& left, Fixpt& right) {
+  const bool sums = left.isComplex() && right.isComplex();
+  const mpq_class a = value(left);
+  const mpq_class c = value(right);
+  const mpq_class b = left.isComplex() ? value(left, 1) : mpq_class(0);
+  const mpq_class d = right.isComplex() ? value(right, 1) : mpq_class(0);
+  Fixpt& result = left * right;
+  const auto& type = left.subordinate(0)->attributes();
+  const auto part = [&](const mpq_class& exact) { return model::cast(exact, type); };
+  if (!left.isComplex() && !right.isComplex()) return check(result, {part(a * c)}, "real product");
+  if (!sums) return check(result, {part(a * c), part(a * d + b * c)}, "mixed product");
+  const auto cast = [&](const mpq_class& exact) {
+    return model::scale(part(exact).stored, -long{type.type().fraction});
+  };
+  const auto& to = result.attributes();
+  check(result, {model::cast(cast(a * c) - cast(b * d), to), model::cast(cast(a * d) + cast(b * c), to)},
+        "complex product");
+  EXPECT_EQ(left.subordinate(0)->takeProperties()->getLogStruct()->casts, 4U);
+}
+
 TEST(FixptModel, ComplexOperations) {
   Dice dice(3);
   for (int round = 0; round < rounds && !HasFailure(); ++round) {
@@ -161,31 +183,24 @@ TEST(FixptModel, ComplexOperations) {
     EXPECT_EQ(*a < *b, re * re + im * im < c * c + e * e);
     EXPECT_EQ(*r > *a, value(*r) * value(*r) > re * re + im * im);
 
-    Fixpt& sum = *a * *b;
-    Fixpt& product = *a->subordinate(0);
-    const auto& partial = product.attributes();
-    const auto part = [&](const mpq_class& exact) { return model::cast(exact, partial); };
-    const std::vector<Outcome> parts = {part(re * c), part(im * e), part(re * e), part(im * c)};
-    const auto exact = [&](int i) {
-      return model::scale(parts[static_cast<std::size_t>(i)].stored, -long{partial.type().fraction});
-    };
-    check(sum, {model::cast(exact(0) - exact(1), sum.attributes()), model::cast(exact(2) + exact(3), sum.attributes())},
-          "complex product");
-    EXPECT_EQ(product.takeProperties()->getLogStruct()->casts, 4U);
-
-    Fixpt& mixed = *r * *a;
-    check(mixed, {model::cast(value(*r) * re, mixed.attributes()), model::cast(value(*r) * im, mixed.attributes())},
-          "real times complex");
+    // One operand meets others of other kinds, so that what was prepared for one must not serve the next.
+    for (Fixpt* left : {a.get(), r.get()}) {
+      for (Fixpt* right : {b.get(), b.get(), r.get(), b.get(), a.get()}) checkProduct(*left, *right);
+    }
     Fixpt& norm = a->norm();
     check(norm, {model::cast(re * re + im * im, norm.attributes())}, "complex norm");
     Fixpt& conjugate = a->conjugate();
     check(conjugate, {model::cast(re, a->attributes()), model::cast(-im, a->attributes())}, "conjugate");
 
     const auto& to = d->attributes();
-    mpq_class x = value(*d);
-    mpq_class y = value(*d, 1);
-    *d -= *a;
-    check(*d, {model::cast(x - re, to), model::cast(y - im, to)}, "complex difference");
+    for (int use = 0; use < 2; ++use) {
+      const mpq_class x = value(*d);
+      const mpq_class y = value(*d, 1);
+      *d -= *a;
+      check(*d, {model::cast(x - re, to), model::cast(y - im, to)}, "complex difference");
+    }
+    *d = *b;
+    check(*d, {model::cast(c, to), model::cast(e, to)}, "complex assignment");
     const mpq_class square = c * c + e * e;
     if (square != 0 && to.overflowMode() != fxpOverflowWrap) {
       d->divideInto(*a, *b);
