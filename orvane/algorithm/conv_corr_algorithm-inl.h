@@ -52,8 +52,19 @@ void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise
     for (int i = 0; i < width; ++i, f += step) {
       taps.goTo(i);
       beforeProduct();
-      multiplyAdd(sum.get(), taps.read(), elementAt(h, f));
+      addProduct(sum.get(), taps.read(), elementAt(h, f));
     }
+  }
+}
+
+template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
+void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise>::addProduct(YT& sum, UT& tap, HT& h) {
+  if constexpr (isBoolean) {
+    YT& both = elementAt(product.ptr, 0);
+    both = static_cast<int>(tap && h);
+    add(sum, both);
+  } else {
+    multiplyAdd(sum, tap, h);
   }
 }
 

@@ -7,6 +7,7 @@ namespace BP {
 
 /// The kernel of an algorithm with scores at two-dimensional positions: each operation is one walk (see sector_walk.h)
 /// compiled for the sector's kind, the use of the results, the pad and the algorithm, without a branch on any of them.
+/// With an algorithm that is walked by an iterator (it says so by `walksByIterator`) all operations are empty.
 template <class Out, class Algo, class Alloc>
 class TerminalKernel : public Kernel<Out, Alloc> {
  public:
@@ -37,6 +38,8 @@ class TerminalKernel : public Kernel<Out, Alloc> {
   Algo& getAlgorithm() const { return *algorithm; }
 
  private:
+  static constexpr bool isEmpty = requires { Algo::walksByIterator; };
+
   auto scorerOf(InsideSector& sector, const WalkGeometry& walk) {
     return InsideScorer<Algo, Out>(*algorithm, sector, *this->output, walk);
   }
@@ -47,20 +50,27 @@ class TerminalKernel : public Kernel<Out, Alloc> {
 
   template <class SectorT>
   void run(SectorT& sector, Out& result) {
-    const WalkGeometry walk = walkGeometry(*algorithm, sector, result);
-    runWalk(scorerOf(sector, walk), walk, *this->output, result);
+    if constexpr (!isEmpty) {
+      const WalkGeometry walk = walkGeometry(*algorithm, sector, result);
+      runWalk(scorerOf(sector, walk), walk, *this->output, result);
+    }
   }
 
   template <class SectorT>
   void search(SectorT& sector, Out& result, CleverPtr<int>& bestIndex) {
-    const WalkGeometry walk = walkGeometry(*algorithm, sector, result);
-    searchWalk(scorerOf(sector, walk), walk, BestMatch<Algo, Out>(*algorithm, *this->output, bestIndex));
+    if constexpr (!isEmpty) {
+      const WalkGeometry walk = walkGeometry(*algorithm, sector, result);
+      searchWalk(scorerOf(sector, walk), walk, BestMatch<Algo, Out>(*algorithm, *this->output, bestIndex));
+    }
   }
 
   template <class SectorT>
   void stepSearch(SectorT& sector, Out& result, CleverPtr<int>& bestIndex) {
-    const WalkGeometry walk = walkGeometry(*algorithm, sector, result);
-    stepSearchWalk(scorerOf(sector, walk), walk, BestMatch<Algo, Out>(*algorithm, *this->output, bestIndex), bestIndex);
+    if constexpr (!isEmpty) {
+      const WalkGeometry walk = walkGeometry(*algorithm, sector, result);
+      stepSearchWalk(scorerOf(sector, walk), walk, BestMatch<Algo, Out>(*algorithm, *this->output, bestIndex),
+                     bestIndex);
+    }
   }
 
   Algo* algorithm;
