@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <complex>
+#include <type_traits>
 
 #include "orvane/core/clever_ptr.h"
 #include "orvane/platform/karn_fixpt_3.h"
@@ -44,6 +45,37 @@ inline bool isGreater(const T& a, const T& b) {
 template <class T>
 inline bool isGreater(const std::complex<T>& a, const std::complex<T>& b) {
   return a.real() * a.real() + a.imag() * a.imag() > b.real() * b.real() + b.imag() * b.imag();
+}
+
+/// a[i] > a[j], of one array; `spare` holds an element meanwhile where they cannot be had at once.
+template <class T>
+inline bool isGreaterElement(T* a, int i, int j, T* /*spare*/) {
+  return isGreater(a[i], a[j]);
+}
+inline bool isGreaterElement(Fixpt* a, int i, int j, Fixpt* spare) {
+  Fixpt& first = elementAt(spare, 0);
+  first = elementAt(a, i);
+  return first > elementAt(a, j);
+}
+
+/// Swaps a[i] and a[j]; `spare` holds two elements of the same type meanwhile.
+template <class T>
+inline void swapElements(T* a, int i, int j, T* spare) {
+  assign(elementAt(spare, 0), elementAt(a, i));
+  assign(elementAt(spare, 1), elementAt(a, j));
+  assign(elementAt(a, i), elementAt(spare, 1));
+  assign(elementAt(a, j), elementAt(spare, 0));
+}
+
+/// lower := mean of `lower` and `upper`, each halved before the sum, which so cannot overflow.
+template <class T>
+inline void averageInto(T& lower, const T& upper) {
+  lower = upper * T(0.5) + lower * T(0.5);
+}
+/// The sum is cast into the type of `lower`, its half again.
+inline void averageInto(Fixpt& lower, const Fixpt& upper) {
+  lower += upper;
+  lower >>= 1;
 }
 
 /// sum := sum + tap * h, for real elements.
@@ -127,6 +159,60 @@ inline void divideBy(T& x, const T& divisor) {
   x = x / divisor;
 }
 inline void divideBy(Fixpt& x, Fixpt& divisor) { x.divideInto(x, divisor); }
+
+/// d := a - t; a real operand beside a complex one counts as complex with imaginary part 0.
+template <class T>
+inline void subtract(T& d, const T& a, const T& t) {
+  d = a - t;
+}
+template <class T>
+inline void subtract(std::complex<T>& d, const T& a, const std::complex<T>& t) {
+  d = {a - t.real(), T(0) - t.imag()};
+}
+template <class T>
+inline void subtract(std::complex<T>& d, const std::complex<T>& a, const T& t) {
+  d = {a.real() - t, a.imag() - T(0)};
+}
+inline void subtract(Fixpt& d, Fixpt& a, Fixpt& t) {
+  d = a;
+  d -= t;
+}
+/// Booleans differ by 1 or not at all.
+inline void subtract(Fixpt& d, bool a, bool t) { d = static_cast<int>(a != t); }
+
+/// d := the difference of a and t, the greater one (see `isGreater`) first; of equals a comes second. A difference of
+/// complex values stays complex, so it can have any sign.
+template <class YT, class UT, class HT>
+inline void orientedDifference(YT& d, UT& a, HT& t) {
+  bool aIsGreater;
+  if constexpr (std::is_same_v<UT, HT>) {
+    aIsGreater = isGreater(a, t);
+  } else {
+    aIsGreater = isGreater(YT(a), YT(t));
+  }
+  if (aIsGreater) {
+    subtract(d, a, t);
+  } else {
+    subtract(d, t, a);
+  }
+}
+
+/// sum := sum + d.
+template <class T>
+inline void add(T& sum, const T& d) {
+  sum += d;
+}
+
+/// sum := d * d + sum; of a complex d the complex square, without a conjugate.
+template <class T>
+inline void addSquare(T& sum, const T& d) {
+  sum = d * d + sum;
+}
+template <class T>
+inline void addSquare(std::complex<T>& sum, const std::complex<T>& d) {
+  sum = {sum.real() + (d.real() * d.real() - d.imag() * d.imag()), sum.imag() + T(2) * d.real() * d.imag()};
+}
+inline void addSquare(Fixpt& sum, Fixpt& d) { sum += d * d; }
 
 /// Sets `to` from host memory: one real element, or for complex elements a real part and, if `isComplex`, an imaginary
 /// one; for fixed point a `Fixpt`.

@@ -12,24 +12,30 @@ namespace KarnDSPFixpt {
 static_assert(std::endian::native == std::endian::little, "components are written by their low bytes");
 
 inline std::int64_t Fixpt::loadNarrow(int component) const {
-  const auto read = [p = address(component)]<class U>(U bits) {
-    std::memcpy(&bits, p, sizeof bits);
-    return static_cast<std::int64_t>(bits);
+  const auto read = [this, component]<class T>(T v) {
+    std::memcpy(&v, values_ + static_cast<std::ptrdiff_t>(component) * static_cast<std::ptrdiff_t>(sizeof v), sizeof v);
+    return static_cast<std::int64_t>(v);
   };
-  switch (bytesLog_) {
-    case 0: return range_.reduce(read(std::uint8_t{}));
-    case 1: return range_.reduce(read(std::uint16_t{}));
-    case 2: return range_.reduce(read(std::uint32_t{}));
-    default: return range_.reduce(read(std::uint64_t{}));
-  }
+  // In the order of what is common; a chain of branches is quicker here than the jump table of a switch.
+  if (access_ == Access::s16) return read(std::int16_t{});
+  if (access_ == Access::s32) return read(std::int32_t{});
+  if (access_ == Access::s64) return read(std::int64_t{});
+  if (access_ == Access::u8) return read(std::uint8_t{});
+  if (access_ == Access::s8) return read(std::int8_t{});
+  if (access_ == Access::u16) return read(std::uint16_t{});
+  if (access_ == Access::u32) return read(std::uint32_t{});
+  return loadReduced(component);
 }
 
 inline void Fixpt::storeNarrow(int component, std::int64_t v) {
-  const auto write = [p = address(component)](auto bits) { std::memcpy(p, &bits, sizeof bits); };
+  const auto write = [this, component](auto bits) {
+    std::memcpy(values_ + static_cast<std::ptrdiff_t>(component) * static_cast<std::ptrdiff_t>(sizeof bits), &bits,
+                sizeof bits);
+  };
   switch (bytesLog_) {
-    case 0: write(static_cast<std::uint8_t>(v)); break;
-    case 1: write(static_cast<std::uint16_t>(v)); break;
-    case 2: write(static_cast<std::uint32_t>(v)); break;
+    case 0: write(static_cast<std::int8_t>(v)); break;
+    case 1: write(static_cast<std::int16_t>(v)); break;
+    case 2: write(static_cast<std::int32_t>(v)); break;
     default: write(v); break;
   }
 }
@@ -39,37 +45,40 @@ inline void Fixpt::putNarrow(int component, std::int64_t exact, const detail::Ro
   storeNarrow(component, cast.value);
   if (!counting_) return;
   ++counters_.casts;
-  counters_.overflows += cast.overflow;
+  if (cast.overflow) [[unlikely]]
+    ++counters_.overflows;
   counters_.lossy += cast.lossy;
-  counters_.least = std::min(counters_.least, cast.value);
-  counters_.greatest = std::max(counters_.greatest, cast.value);
+  if (cast.value < counters_.least) [[unlikely]]
+    counters_.least = cast.value;
+  if (cast.value > counters_.greatest) [[unlikely]]
+    counters_.greatest = cast.value;
 }
 
 inline Fixpt& Fixpt::operator=(const Fixpt& v) {
   if (v.key_ != assignPlan_.key) [[unlikely]]
     return assignAny(v);
-  putNarrow(cursor_, v.loadNarrow(v.cursor_), assignPlan_.rounder);
+  putNarrow(cursor_, v.loadNarrow(v.cursor_) << assignPlan_.append, assignPlan_.rounder);
   return *this;
 }
 
-template <bool subtracts>
-inline Fixpt& Fixpt::addNarrow(const Fixpt& v) {
-  const std::int64_t own = loadNarrow(cursor_) << sumPlan_.ownShift;
-  const std::int64_t other = v.loadNarrow(v.cursor_) << sumPlan_.otherShift;
-  putNarrow(cursor_, subtracts ? own - other : own + other, sumPlan_.rounder);
-  return *this;
+inline void Fixpt::addNarrow(int component, const Fixpt& v, int other, bool subtracts) {
+  const std::int64_t a = loadNarrow(component) << sumPlan_.append;
+  const std::int64_t b = v.loadNarrow(other) << sumPlan_.otherAppend;
+  putNarrow(component, subtracts ? a - b : a + b, sumPlan_.rounder);
 }
 
 inline Fixpt& Fixpt::operator+=(const Fixpt& v) {
   if (v.key_ != sumPlan_.key) [[unlikely]]
     return addAny(v, false);
-  return addNarrow<false>(v);
+  addNarrow(cursor_, v, v.cursor_, false);
+  return *this;
 }
 
 inline Fixpt& Fixpt::operator-=(const Fixpt& v) {
   if (v.key_ != sumPlan_.key) [[unlikely]]
     return addAny(v, true);
-  return addNarrow<true>(v);
+  addNarrow(cursor_, v, v.cursor_, true);
+  return *this;
 }
 
 inline Fixpt& Fixpt::operator*(const Fixpt& v) const {
@@ -77,7 +86,7 @@ inline Fixpt& Fixpt::operator*(const Fixpt& v) const {
     return productAny(v);
   Fixpt& product = *subordinates_[0];
   product.cursor_ = 0;
-  product.putNarrow(0, loadNarrow(cursor_) * v.loadNarrow(v.cursor_), productPlan_.rounder);
+  product.putNarrow(0, (loadNarrow(cursor_) * v.loadNarrow(v.cursor_)) << productPlan_.append, productPlan_.rounder);
   return product;
 }
 
@@ -87,22 +96,30 @@ inline Fixpt& Fixpt::norm() const {
   Fixpt& square = *subordinates_[2];
   square.cursor_ = 0;
   const std::int64_t value = loadNarrow(cursor_);
-  square.putNarrow(0, value * value, normPlan_.rounder);
+  square.putNarrow(0, (value * value) << normPlan_.append, normPlan_.rounder);
   return square;
 }
 
 inline int Fixpt::compare(const Fixpt& v) const {
-  if (!isNarrow_ || v.key_ != key_) return compareAny(v);
+  if (v.key_ != key_ || !isNarrow_ || isComplex_) return compareAny(v);
   const std::int64_t a = loadNarrow(cursor_);
   const std::int64_t b = v.loadNarrow(v.cursor_);
   return (a > b) - (a < b);
 }
 
+inline void Fixpt::clear() {
+  if (!isNarrow_) return clearAny();
+  storeNarrow(cursor_, 0);
+  if (isComplex_) storeNarrow(cursor_ + 1, 0);
+}
+
 inline Fixpt& Fixpt::operator=(const int& v) {
   if (v == 0) {
     clear();
+  } else if (integerPlan_.key != 0) {
+    putNarrow(cursor_, static_cast<std::int64_t>(v) << integerPlan_.append, integerPlan_.rounder);
   } else {
-    *this = static_cast<double>(v);  // exact
+    assignInteger(v);
   }
   return *this;
 }

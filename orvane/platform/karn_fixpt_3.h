@@ -130,8 +130,9 @@ class ORVANE_API Fixpt {
 
   Fixpt& operator+=(const Fixpt& v);
   Fixpt& operator-=(const Fixpt& v);
-  /// The product, cast into this array's product type. A complex product casts each of its four partial products
-  /// into the product type and casts their sums into the accumulator type.
+  /// The product, cast into this array's product type. The product of two complex values casts each of its four
+  /// partial products into the product type and their two sums into the accumulator type; that of a real and a complex
+  /// one is two products, with nothing to add.
   Fixpt& operator*(const Fixpt& v) const;
   /// The squared magnitude, exact before its one cast into the product type; real.
   Fixpt& norm() const;
@@ -164,6 +165,7 @@ class ORVANE_API Fixpt {
   bool isComplex() const { return isComplex_; }
   /// Elements of the array's own memory.
   int count() const { return count_; }
+  /// The first component. What is written to the array's own memory must fit the word.
   void* data() const { return values_; }
   /// Bits that one component takes in memory.
   int containerBits() const { return 8 << bytesLog_; }
@@ -186,13 +188,18 @@ class ORVANE_API Fixpt {
  private:
   friend class FixptFactory;
 
-  /// How a narrow operation with a second value of one type goes; the key of that type says for which it holds.
+  /// How a narrow operation with a second value of one type goes; the key of that type says for which it holds. The
+  /// inline operations ask for `key`, which is set where neither value is complex.
   struct Plan {
     std::uint64_t key = 0;
-    int ownShift = 0;    // brings this value to the common unit
-    int otherShift = 0;  // the same for the other value
+    std::uint64_t partsKey = 0;
+    int append = 0;       // bits to append to the value before it is rounded; of a sum, to this array's value
+    int otherAppend = 0;  // of a sum, to the other value
     detail::Rounder<std::int64_t> rounder;
   };
+
+  /// How a narrow component is read: as the integer of its container where that is the value, else by its word.
+  enum class Access : unsigned char { s8, s16, s32, s64, u8, u16, u32, byWord };
 
   struct Counters {
     unsigned overflows = 0;
@@ -208,14 +215,15 @@ class ORVANE_API Fixpt {
   Fixpt(const DSPDataAttributesHandle& attributes, int count, bool counting);
 
   void adoptType(const DSPDataAttributesHandle& attributes);
+  Access accessOf(bool isOwn) const;
   std::byte* address(int component) const { return values_ + (static_cast<std::ptrdiff_t>(component) << bytesLog_); }
 
-  // Narrow values: real, fixed point, and no more than detail::narrowBits bits.
+  // Narrow components: fixed point, and no more than detail::narrowBits bits.
   std::int64_t loadNarrow(int component) const;
+  std::int64_t loadReduced(int component) const;
   void storeNarrow(int component, std::int64_t v);
   void putNarrow(int component, std::int64_t exact, const detail::Rounder<std::int64_t>& rounder);
-  template <bool subtracts>
-  Fixpt& addNarrow(const Fixpt& v);
+  void addNarrow(int component, const Fixpt& v, int other, bool subtracts);
 
   // All values.
   template <class I>
@@ -226,14 +234,17 @@ class ORVANE_API Fixpt {
   double componentToDouble(int component) const;
   void putDouble(int component, double exact);
   void clear();
+  void clearAny();
+  void assignInteger(int v);
+  bool planCast(Plan& plan, std::uint64_t key, bool isReal, int bits, std::int64_t fraction) const;
   bool planAssign(const Fixpt& v);
   bool planSum(const Fixpt& v);
-  bool planProduct(const Fixpt& v) const;
-  bool planNorm() const;
   Fixpt& assignAny(const Fixpt& v);
   Fixpt& addAny(const Fixpt& v, bool subtracts);
   void putSum(int target, const Fixpt& a, int i, const Fixpt& b, int j, bool subtracts);
   Fixpt& productAny(const Fixpt& v) const;
+  void putPartialProduct(int component, int own, const Fixpt& v, int other) const;
+  void putPartialSum(int component, int i, int j, bool subtracts) const;
   void putProduct(int component, const Fixpt& a, int i, const Fixpt& b, int j);
   Fixpt& normAny() const;
   template <class I>
@@ -254,6 +265,7 @@ class ORVANE_API Fixpt {
 
   int cursor_ = 0;
   unsigned char bytesLog_ = 0;
+  Access access_ = Access::byWord;
   bool isComplex_ = false;
   bool isNarrow_ = false;
   bool counting_ = true;
@@ -261,8 +273,10 @@ class ORVANE_API Fixpt {
   std::uint64_t key_ = 0;  // equal keys: equal word, fraction, sign, complexity and override
   detail::Range<std::int64_t> range_;
   Plan assignPlan_;
+  Plan integerPlan_;
   Plan sumPlan_;
   mutable Plan productPlan_;
+  mutable Plan partialSumPlan_;
   mutable Plan normPlan_;
   mutable std::uint64_t preparedFor_ = 0;  // key of the right operand that the product subordinates are typed for
   mutable std::array<std::unique_ptr<Fixpt>, 5> subordinates_;

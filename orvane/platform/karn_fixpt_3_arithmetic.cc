@@ -72,43 +72,78 @@ void Fixpt::putDouble(int component, double exact) {
   inTier(54, fraction, [&]<class I>() { put<I>(component, I(mantissa), fraction); });
 }
 
-bool Fixpt::planAssign(const Fixpt& v) {
-  const std::int64_t drop = fractionOf(v) - fractionOf(*this);
-  if (!isNarrow_ || !v.isNarrow_ || !detail::holds(detail::narrowBits, bitsOf(v), drop)) return false;
-  assignPlan_.rounder = detail::makeRounder<std::int64_t>(static_cast<int>(drop), attributes_.roundingMode());
-  assignPlan_.key = v.key_;
+/// Prepares the narrow cast of exact components of `bits` bits in units of 2^-fraction into this array, for operands
+/// with `key`. False: it is not narrow.
+bool Fixpt::planCast(Plan& plan, std::uint64_t key, bool isReal, int bits, std::int64_t fraction) const {
+  const std::int64_t drop = fraction - fractionOf(*this);
+  if (!isNarrow_ || !detail::holds(detail::narrowBits, bits, drop)) return false;
+  plan.key = isReal ? key : 0;
+  plan.partsKey = key;
+  plan.append = static_cast<int>(std::max<std::int64_t>(-drop, 0));
+  plan.rounder = detail::makeRounder<std::int64_t>(static_cast<int>(drop), attributes_.roundingMode());
   return true;
 }
 
+bool Fixpt::planAssign(const Fixpt& v) {
+  if (assignPlan_.partsKey == v.key_) return true;
+  return v.isNarrow_ && planCast(assignPlan_, v.key_, !isComplex_ && !v.isComplex_, bitsOf(v), fractionOf(v));
+}
+
 Fixpt& Fixpt::assignAny(const Fixpt& v) {
-  if (planAssign(v)) return *this = v;
+  const bool isPlanned = planAssign(v);
   const std::int64_t fraction = fractionOf(v);
   for (int part = 0; part <= (isComplex_ ? 1 : 0); ++part) {
+    const int target = cursor_ + part;
+    const int source = v.cursor_ + part;
     if (part == 1 && !v.isComplex_) {
-      store(cursor_ + 1, 0);
+      store(target, 0);
+    } else if (isPlanned) {
+      putNarrow(target, v.loadNarrow(source) << assignPlan_.append, assignPlan_.rounder);
     } else if (floating(*this) || floating(v)) {
-      putDouble(cursor_ + part, v.componentToDouble(v.cursor_ + part));
+      putDouble(target, v.componentToDouble(source));
     } else {
-      inTier(bitsOf(v), fraction, [&]<class I>() { put<I>(cursor_ + part, v.load<I>(v.cursor_ + part), fraction); });
+      inTier(bitsOf(v), fraction, [&]<class I>() { put<I>(target, v.load<I>(source), fraction); });
     }
   }
   return *this;
 }
 
+void Fixpt::assignInteger(int v) {
+  constexpr std::uint64_t anyKey = 1;
+  if (planCast(integerPlan_, anyKey, !isComplex_, 32, 0) && !isComplex_) {
+    *this = v;
+    return;
+  }
+  if (floating(*this)) {
+    putDouble(cursor_, v);
+  } else {
+    inTier(32, 0, [&]<class I>() { put<I>(cursor_, I(v), 0); });
+  }
+  if (isComplex_) store(cursor_ + 1, 0);
+}
+
 bool Fixpt::planSum(const Fixpt& v) {
+  if (sumPlan_.partsKey == v.key_) return true;
+  if (!isNarrow_ || !v.isNarrow_) return false;
   const Alignment shifts = align(fractionOf(*this), fractionOf(v), detail::greatestAppend);
   const int bits = std::max(bitsOf(*this) + shifts.own, bitsOf(v) + shifts.other) + 1;
-  if (!isNarrow_ || !v.isNarrow_ || bits > detail::narrowBits) return false;
-  sumPlan_ = {v.key_, shifts.own, shifts.other,
-              detail::makeRounder<std::int64_t>(shifts.own, attributes_.roundingMode())};
+  Plan plan;
+  if (!planCast(plan, v.key_, !isComplex_ && !v.isComplex_, bits, shifts.fraction)) return false;
+  sumPlan_ = plan;
+  sumPlan_.append = shifts.own;
+  sumPlan_.otherAppend = shifts.other;
   return true;
 }
 
 Fixpt& Fixpt::addAny(const Fixpt& v, bool subtracts) {
-  if (planSum(v)) return subtracts ? *this -= v : *this += v;
-  const int right = v.cursor_;
-  putSum(cursor_, *this, cursor_, v, right, subtracts);
-  if (isComplex_ && v.isComplex_) putSum(cursor_ + 1, *this, cursor_ + 1, v, right + 1, subtracts);
+  const bool isPlanned = planSum(v);
+  for (int part = 0; part <= (isComplex_ && v.isComplex_ ? 1 : 0); ++part) {
+    if (isPlanned) {
+      addNarrow(cursor_ + part, v, v.cursor_ + part, subtracts);
+    } else {
+      putSum(cursor_ + part, *this, cursor_ + part, v, v.cursor_ + part, subtracts);
+    }
+  }
   return *this;
 }
 
@@ -128,23 +163,25 @@ void Fixpt::putSum(int target, const Fixpt& a, int i, const Fixpt& b, int j, boo
   });
 }
 
-/// Gives the subordinate values of products with a value like `v` their types.
+/// Gives the subordinate values of products with a value like `v` their types, and the plans that go with them.
 void Fixpt::prepareProduct(const Fixpt& v) const {
   if (preparedFor_ == v.key_) return;
   const bool isSigned = attributes_.isSigned() || v.attributes_.isSigned();
-  subordinateAs(0, attributes_.derived(FixptRole::product, isSigned, isComplex_ || v.isComplex_));
-  if (isComplex_ && v.isComplex_) subordinateAs(1, attributes_.derived(FixptRole::accumulator, isSigned, true));
+  const bool hasSums = isComplex_ && v.isComplex_;
+  const Fixpt& product =
+      subordinateAs(0, attributes_.derived(FixptRole::product, isSigned, isComplex_ || v.isComplex_));
+  productPlan_ = partialSumPlan_ = Plan{};
+  if (isNarrow_ && v.isNarrow_) {
+    product.planCast(productPlan_, v.key_, !product.isComplex_, bitsOf(*this) + bitsOf(v),
+                     fractionOf(*this) + fractionOf(v));
+  }
+  if (hasSums) {
+    const Fixpt& sum = subordinateAs(1, attributes_.derived(FixptRole::accumulator, isSigned, true));
+    if (product.isNarrow_) {
+      sum.planCast(partialSumPlan_, v.key_, false, bitsOf(product) + 1, fractionOf(product));
+    }
+  }
   preparedFor_ = v.key_;
-}
-
-bool Fixpt::planProduct(const Fixpt& v) const {
-  const Fixpt& product = *subordinates_[0];
-  const std::int64_t drop = fractionOf(*this) + fractionOf(v) - fractionOf(product);
-  const int bits = bitsOf(*this) + bitsOf(v);
-  if (!isNarrow_ || !v.isNarrow_ || !product.isNarrow_ || !detail::holds(detail::narrowBits, bits, drop)) return false;
-  productPlan_.rounder = detail::makeRounder<std::int64_t>(static_cast<int>(drop), attributes_.roundingMode());
-  productPlan_.key = v.key_;
-  return true;
 }
 
 Fixpt& Fixpt::productFor(const Fixpt& v) const {
@@ -155,26 +192,38 @@ Fixpt& Fixpt::productFor(const Fixpt& v) const {
 }
 
 Fixpt& Fixpt::productAny(const Fixpt& v) const {
-  const int right = v.cursor_;  // `v` may be the last product, whose cursor is about to be reset
-  prepareProduct(v);
-  if (planProduct(v)) return *this * v;
-  Fixpt& product = *subordinates_[0];
-  product.cursor_ = 0;
-  product.putProduct(0, *this, cursor_, v, right);
-  if (!isComplex_ && !v.isComplex_) return product;
+  const int other = v.cursor_;  // `v` may be the last product, whose cursor is about to be reset
+  Fixpt& result = productFor(v);
+  putPartialProduct(0, cursor_, v, other);
+  if (!isComplex_ && !v.isComplex_) return result;
   if (!isComplex_ || !v.isComplex_) {
-    product.putProduct(1, *this, cursor_ + (isComplex_ ? 1 : 0), v, right + (v.isComplex_ ? 1 : 0));
-    return product;
+    putPartialProduct(1, cursor_ + (isComplex_ ? 1 : 0), v, other + (v.isComplex_ ? 1 : 0));
+    return result;
   }
   // All partial products come before the sums: `v` may be the last sum.
-  product.putProduct(1, *this, cursor_ + 1, v, right + 1);
-  product.putProduct(2, *this, cursor_, v, right + 1);
-  product.putProduct(3, *this, cursor_ + 1, v, right);
+  putPartialProduct(1, cursor_ + 1, v, other + 1);
+  putPartialProduct(2, cursor_, v, other + 1);
+  putPartialProduct(3, cursor_ + 1, v, other);
+  putPartialSum(0, 0, 1, true);
+  putPartialSum(1, 2, 3, false);
+  return result;
+}
+
+/// Component of the product := product of own component `own` and component `other` of `v`, as was prepared.
+void Fixpt::putPartialProduct(int component, int own, const Fixpt& v, int other) const {
+  Fixpt& product = *subordinates_[0];
+  if (productPlan_.partsKey != v.key_) return product.putProduct(component, *this, own, v, other);
+  product.putNarrow(component, (loadNarrow(own) * v.loadNarrow(other)) << productPlan_.append, productPlan_.rounder);
+}
+
+/// Component of the complex product := partial product `i` plus or minus partial product `j`, as was prepared.
+void Fixpt::putPartialSum(int component, int i, int j, bool subtracts) const {
+  const Fixpt& product = *subordinates_[0];
   Fixpt& sum = *subordinates_[1];
-  sum.cursor_ = 0;
-  sum.putSum(0, product, 0, product, 1, true);
-  sum.putSum(1, product, 2, product, 3, false);
-  return sum;
+  if (partialSumPlan_.partsKey != preparedFor_) return sum.putSum(component, product, i, product, j, subtracts);
+  const std::int64_t a = product.loadNarrow(i);
+  const std::int64_t b = product.loadNarrow(j);
+  sum.putNarrow(component, (subtracts ? a - b : a + b) << partialSumPlan_.append, partialSumPlan_.rounder);
 }
 
 /// Component := product of component `i` of `a` and component `j` of `b`.
@@ -186,18 +235,11 @@ void Fixpt::putProduct(int component, const Fixpt& a, int i, const Fixpt& b, int
   inTier(bitsOf(a) + bitsOf(b), fraction, [&]<class I>() { put<I>(component, a.load<I>(i) * b.load<I>(j), fraction); });
 }
 
-bool Fixpt::planNorm() const {
-  const Fixpt& square = *subordinates_[2];
-  const std::int64_t drop = 2 * fractionOf(*this) - fractionOf(square);
-  if (!isNarrow_ || !square.isNarrow_ || !detail::holds(detail::narrowBits, 2 * bitsOf(*this), drop)) return false;
-  normPlan_.rounder = detail::makeRounder<std::int64_t>(static_cast<int>(drop), attributes_.roundingMode());
-  normPlan_.key = key_;
-  return true;
-}
-
 Fixpt& Fixpt::normAny() const {
   Fixpt& square = subordinateAs(2, attributes_.derived(FixptRole::product, attributes_.isSigned(), false));
-  if (planNorm()) return norm();
+  if (isNarrow_ && !isComplex_ && square.planCast(normPlan_, key_, true, 2 * bitsOf(*this), 2 * fractionOf(*this))) {
+    return norm();
+  }
   if (floating(*this)) {
     square.putDouble(0, squaredMagnitude<double>());
   } else {

@@ -14,28 +14,28 @@ namespace KarnDSPFixpt::detail {
 inline constexpr int narrowBits = 62;
 inline constexpr int mediumBits = 126;
 
+template <class I>
+inline constexpr int valueBits = static_cast<int>(8 * sizeof(I));
+
 /// Rounding that was prepared for one number of bits to drop and one mode.
 ///
 /// Every mode is "add a term, then shift towards -infinity"; the modes differ in the term, of which one part may
 /// depend on the sign of the value and one on the parity of the result.
 template <class I>
 struct Rounder {
-  int left = 0;    ///< bits to append first
-  int right = 0;   ///< bits to drop
-  I term = 0;      ///< added always
-  I negative = 0;  ///< added to negative values
-  I odd = 0;       ///< 1: add the lowest bit that is kept
-  I dropped = 0;   ///< mask of the bits that are dropped
+  int right = 0;        ///< bits to drop
+  bool isPlain = true;  ///< the term is the same for all values
+  I term = 0;           ///< added always
+  I negative = 0;       ///< added to negative values
+  I odd = 0;            ///< 1: add the lowest bit that is kept
+  I dropped = 0;        ///< mask of the bits that are dropped
 };
 
-/// The rounder that drops `bits` bits (negative: appends) by `mode`.
+/// The rounder that drops `bits` bits by `mode`; none for 0 or less.
 template <class I>
 Rounder<I> makeRounder(int bits, fxpModeRounding_tag mode) {
   Rounder<I> r;
-  if (bits <= 0) {
-    r.left = -bits;
-    return r;
-  }
+  if (bits <= 0) return r;
   const I unit = I(1) << bits;
   const I half = unit >> 1;
   r.right = bits;
@@ -43,16 +43,21 @@ Rounder<I> makeRounder(int bits, fxpModeRounding_tag mode) {
   switch (mode) {
     case fxpRoundCeiling: r.term = r.dropped; break;
     case fxpRoundConvergent:
+      r.isPlain = false;
       r.term = half - I(1);
       r.odd = I(1);
       break;
     case fxpRoundFloor: break;
     case fxpRoundNearest: r.term = half; break;
     case fxpRoundRound:
+      r.isPlain = false;
       r.term = half;
       r.negative = I(-1);
       break;
-    case fxpRoundZero: r.negative = r.dropped; break;
+    case fxpRoundZero:
+      r.isPlain = false;
+      r.negative = r.dropped;
+      break;
   }
   return r;
 }
@@ -70,6 +75,9 @@ struct Range {
 
   /// The value that the low bits of `v` stand for.
   I reduce(const I& v) const { return ((v & mask) ^ sign) - sign; }
+
+  /// What stands for `v`, which lies outside.
+  I replacement(const I& v) const { return wraps ? reduce(v) : v < least ? below : above; }
 };
 
 template <class I>
@@ -97,18 +105,23 @@ struct Cast {
   bool lossy;     ///< rounding dropped bits that were not 0
 };
 
+/// `v` without the bits that `rounder` drops, rounded.
+template <class I>
+inline I roundBy(const Rounder<I>& rounder, const I& v) {
+  if (rounder.isPlain) return (v + rounder.term) >> rounder.right;
+  const I signTerm = (v >> (valueBits<I> - 1)) & rounder.negative;  // no branch: signs of data are hard to predict
+  const I oddTerm = (v >> rounder.right) & rounder.odd;
+  return (v + rounder.term + signTerm + oddTerm) >> rounder.right;
+}
+
 /// Casts `exact`, an integer in the unit that `rounder` starts from, into `range`.
 template <class I>
 inline Cast<I> castInto(const I& exact, const Rounder<I>& rounder, const Range<I>& range) {
-  const I v = exact << rounder.left;
-  const I signTerm = v < I(0) ? rounder.negative : I(0);
-  const I oddTerm = (v >> rounder.right) & rounder.odd;
-  const I rounded = (v + rounder.term + signTerm + oddTerm) >> rounder.right;
-  const bool below = rounded < range.least;
-  const bool above = rounded > range.greatest;
-  const bool lossy = !((v & rounder.dropped) == I(0));
-  if (range.wraps) return {range.reduce(rounded), below || above, lossy};
-  return {below ? range.below : above ? range.above : rounded, below || above, lossy};
+  const I rounded = roundBy(rounder, exact);
+  const bool lossy = !((exact & rounder.dropped) == I(0));
+  if (rounded < range.least || rounded > range.greatest) [[unlikely]]
+    return {range.replacement(rounded), true, lossy};
+  return {rounded, false, lossy};
 }
 
 /// Bits of a signed integer that holds every value of `type`.

@@ -96,7 +96,7 @@ void Fixpt::putQuotient(int component, const I& numerator, const I& divisor, std
 /// Bits by which a dividend is shifted left so that the quotient has its guard bits. Beyond the bounds the quotient
 /// is out of every range, or below a quarter of the unit, whatever the operands.
 int Fixpt::quotientShift(std::int64_t fraction) const {
-  return static_cast<int>(std::clamp<std::int64_t>(attributes_.type().fraction - fraction + guardBits, -300, 402));
+  return static_cast<int>(std::clamp<std::int64_t>(attributes_.type().fraction - fraction + guardBits, -300, 500));
 }
 
 void Fixpt::divideInto(const Fixpt& numerator, const Fixpt& divisor) {
@@ -152,9 +152,10 @@ void Fixpt::sqrtInto(Fixpt* destination) const {
   } else {
     const FixptType from = attributes_.type();
     const FixptType to = destination->attributes_.type();
-    // The radicand in quarter units of the root; beyond the bounds the root is out of range, or below one of them.
-    const auto shift = static_cast<int>(
-        std::clamp<std::int64_t>(2 * (std::int64_t{to.fraction} + guardBits) - from.fraction, -300, 302));
+    // The radicand in quarter units of the root. Beyond the bounds the root is out of range, or below one of them;
+    // whether it is exact depends on the parity, which stays.
+    const std::int64_t wanted = 2 * (std::int64_t{to.fraction} + guardBits) - from.fraction;
+    const auto shift = static_cast<int>(std::clamp<std::int64_t>(wanted, -300, 602 + (wanted & 1)));
     const int bits = std::max(detail::signedBits(from) + std::max(shift, 0), detail::signedBits(to));
     if (bits <= detail::mediumBits && shift >= -detail::mediumBits) {
       destination->putRoot(load<Int128>(cursor_), shift);

@@ -25,6 +25,21 @@ inline bool holds(int limit, int bits, std::int64_t drop) {
   return drop >= 0 ? bits <= limit && drop <= limit : bits - std::max(drop, -2 * greatestAppend) <= limit;
 }
 
+/// The 2^bytesLog bytes at `p`, below zeros.
+inline Uint128 readBits(const std::byte* p, unsigned bytesLog) {
+  const auto read = [p](auto bits) -> Uint128 {
+    std::memcpy(&bits, p, sizeof bits);
+    return bits;
+  };
+  switch (bytesLog) {
+    case 0: return read(std::uint8_t{});
+    case 1: return read(std::uint16_t{});
+    case 2: return read(std::uint32_t{});
+    case 3: return read(std::uint64_t{});
+    default: return read(Uint128{});
+  }
+}
+
 }  // namespace detail
 
 /// Calls op.operator()<I>() with the narrowest integer I in which an exact value of `bits` bits, in units of
@@ -45,8 +60,7 @@ void Fixpt::inTier(int bits, std::int64_t fraction, Op op) const {
 
 template <class I>
 I Fixpt::load(int component) const {
-  detail::Uint128 bits = 0;
-  std::memcpy(&bits, address(component), std::size_t{1} << bytesLog_);
+  detail::Uint128 bits = detail::readBits(address(component), bytesLog_);
   const FixptType type = attributes_.type();
   const int spare = static_cast<int>(greatestWord - type.word);
   bits <<= spare;
@@ -55,7 +69,14 @@ I Fixpt::load(int component) const {
 }
 
 inline void Fixpt::store(int component, detail::Uint128 bits) {
-  std::memcpy(address(component), &bits, std::size_t{1} << bytesLog_);
+  std::byte* const p = address(component);
+  switch (bytesLog_) {  // sizes that the compiler knows
+    case 0: std::memcpy(p, &bits, 1); break;
+    case 1: std::memcpy(p, &bits, 2); break;
+    case 2: std::memcpy(p, &bits, 4); break;
+    case 3: std::memcpy(p, &bits, 8); break;
+    default: std::memcpy(p, &bits, 16); break;
+  }
 }
 
 /// Casts `exact` in units of 2^-fraction into this array's type and stores it. I is what `inTier` chose.
@@ -63,11 +84,13 @@ template <class I>
 void Fixpt::put(int component, const I& exact, std::int64_t fraction) {
   const FixptType type = attributes_.type();
   const std::int64_t drop = std::clamp(fraction - type.fraction, -detail::greatestAppend, detail::greatestDrop);
+  const int append = static_cast<int>(std::max<std::int64_t>(-drop, 0));
   const auto rounder = detail::makeRounder<I>(static_cast<int>(drop), attributes_.roundingMode());
   if constexpr (std::is_same_v<I, std::int64_t>) {
-    putNarrow(component, exact, rounder);
+    putNarrow(component, exact << append, rounder);
   } else {
-    const auto cast = detail::castInto(exact, rounder, detail::makeRange<I>(type, attributes_.overflowMode()));
+    const auto cast =
+        detail::castInto(exact << append, rounder, detail::makeRange<I>(type, attributes_.overflowMode()));
     if constexpr (std::is_same_v<I, detail::Wide>) {
       store(component, cast.value.low());
     } else {

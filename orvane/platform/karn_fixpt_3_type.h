@@ -1,7 +1,5 @@
 #pragma once
 
-#include <compare>
-#include <memory>
 #include <string>
 #include <string_view>
 
