@@ -170,4 +170,10 @@ bool isStream(const std::string& path) {
   return status && !S_ISREG(status->st_mode) && !S_ISDIR(status->st_mode);
 }
 
+void checkFileName(const std::string& path, const std::string& ending) {
+  if (!lowered(path).ends_with(ending) && !isStream(path)) {
+    throw std::runtime_error("cannot write " + inQuotes(path) + ": the name must end in " + ending);
+  }
+}
+
 }  // namespace BP::tool

@@ -33,4 +33,7 @@ void replaceFile(const std::string& path, std::span<const std::uint8_t> bytes);
 /// True if `path` is there but neither a regular file nor a folder: a pipe or a device.
 bool isStream(const std::string& path);
 
+/// Refuses a name to write to that does not end in `ending`, in any case of letters, and is no pipe or device.
+void checkFileName(const std::string& path, const std::string& ending);
+
 }  // namespace BP::tool

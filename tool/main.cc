@@ -65,6 +65,7 @@ int main(int count, char** arguments) {
     command.require_subcommand(1);
     BP::tool::addConvolution(command);
     BP::tool::addChart(command);
+    BP::tool::addPlan(command);
     command.footer("An operation without arguments prints its usage.");
     return run(command, count, arguments);
   } catch (const std::bad_alloc&) {

@@ -13,4 +13,7 @@ void addConvolution(CLI::App& command);
 /// `chart`.
 void addChart(CLI::App& command);
 
+/// `plan`.
+void addPlan(CLI::App& command);
+
 }  // namespace BP::tool

@@ -217,10 +217,6 @@ void writePng(const std::string& path, const Image& image) {
   replaceFile(path, writer.bytes);
 }
 
-void checkPngName(const std::string& path) {
-  if (!lowered(path).ends_with(".png") && !isStream(path)) {
-    throw std::runtime_error("cannot write " + inQuotes(path) + ": the name must end in .png");
-  }
-}
+void checkPngName(const std::string& path) { checkFileName(path, ".png"); }
 
 }  // namespace BP::tool

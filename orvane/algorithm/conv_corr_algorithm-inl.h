@@ -48,8 +48,19 @@ void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise
   putZero(sum.get());
   forEachTap(taps, *this->filter, [&](int n) {
     beforeProduct();
-    multiplyAdd(sum.get(), taps.read(), elementAt(h, flipFilter != 0 ? last - n : n));
+    addProduct(sum.get(), taps.read(), elementAt(h, flipFilter != 0 ? last - n : n));
   });
+}
+
+template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
+void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise>::addProduct(YT& sum, UT& tap, HT& h) {
+  if constexpr (isBoolean) {
+    YT& both = elementAt(product.ptr, 0);
+    both = static_cast<int>(tap && h);
+    add(sum, both);
+  } else {
+    multiplyAdd(sum, tap, h);
+  }
 }
 
 /// sample := sample / (norm of the filter * norm of the window); an energy that is no number gives no number.

@@ -23,7 +23,8 @@ static_assert(FLT_EVAL_METHOD == 0, "sums must round to their own type after eve
 ///
 /// HT, UT and YT are the element types of filter, input and output. There is no wider accumulator: sums run in YT in
 /// the order given, with one rounding for each operation, and zero taps count. The walk covers dimensions 0 and 1; the
-/// filter's norm covers all its elements. Fixed point makes each cast where element.h says.
+/// filter's norm covers all its elements. Fixed point makes each cast where element.h says. Booleans count the elements
+/// that are true in both, in fixed point.
 template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
 class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT, YT, UT> {
  public:
@@ -33,6 +34,7 @@ class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT,
   ConvCorrAlgorithm(AllocT* alloc, BlockT* filterBlock, InputT* in) : Base(alloc, filterBlock, in) {
     alloc->allocateArray(accumulator, 1, "accumulator");
     if constexpr (normalise != 0) alloc->allocateArray(filterNorm, 1, "sqrt");
+    if constexpr (isBoolean) alloc->allocateArray(product, 1, "uint8");
   }
 
   /// The common set-up; the filter's norm is computed at `setupStart` and at `setupInvoke`, so that a tuned filter
@@ -58,16 +60,19 @@ class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT,
   void computeFilterNorm();
 
  private:
-  struct NoNorm {};
+  static constexpr bool isBoolean = std::is_same_v<UT, bool>;
+  struct Nothing {};
 
   template <class TapsT>
   void accumulate(TapsT taps, Out& y1);
   template <class TapsT, class ActionT>
   void sumProducts(TapsT& taps, ActionT&& beforeProduct);
+  void addProduct(YT& sum, UT& tap, HT& h);
   void normaliseSample(YT& sample, YT& energy);
 
   CleverPtr<YT> accumulator;
-  std::conditional_t<normalise != 0, CleverPtr<YT>, NoNorm> filterNorm;
+  [[no_unique_address]] std::conditional_t<normalise != 0, CleverPtr<YT>, Nothing> filterNorm;
+  [[no_unique_address]] std::conditional_t<isBoolean, CleverPtr<YT>, Nothing> product;
 };
 
 }  // namespace BP

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <complex>
+#include <type_traits>
 
 #include "orvane/core/clever_ptr.h"
 #include "orvane/platform/karn_fixpt_3.h"
@@ -158,6 +159,60 @@ inline void divideBy(T& x, const T& divisor) {
   x = x / divisor;
 }
 inline void divideBy(Fixpt& x, Fixpt& divisor) { x.divideInto(x, divisor); }
+
+/// d := a - t; a real operand beside a complex one counts as complex with imaginary part 0.
+template <class T>
+inline void subtract(T& d, const T& a, const T& t) {
+  d = a - t;
+}
+template <class T>
+inline void subtract(std::complex<T>& d, const T& a, const std::complex<T>& t) {
+  d = {a - t.real(), T(0) - t.imag()};
+}
+template <class T>
+inline void subtract(std::complex<T>& d, const std::complex<T>& a, const T& t) {
+  d = {a.real() - t, a.imag() - T(0)};
+}
+inline void subtract(Fixpt& d, Fixpt& a, Fixpt& t) {
+  d = a;
+  d -= t;
+}
+/// Booleans differ by 1 or not at all.
+inline void subtract(Fixpt& d, bool a, bool t) { d = static_cast<int>(a != t); }
+
+/// d := the difference of a and t, the greater one (see `isGreater`) first; of equals a comes second. A difference of
+/// complex values stays complex, so it can have any sign.
+template <class YT, class UT, class HT>
+inline void orientedDifference(YT& d, UT& a, HT& t) {
+  bool aIsGreater;
+  if constexpr (std::is_same_v<UT, HT>) {
+    aIsGreater = isGreater(a, t);
+  } else {
+    aIsGreater = isGreater(YT(a), YT(t));
+  }
+  if (aIsGreater) {
+    subtract(d, a, t);
+  } else {
+    subtract(d, t, a);
+  }
+}
+
+/// sum := sum + d.
+template <class T>
+inline void add(T& sum, const T& d) {
+  sum += d;
+}
+
+/// sum := d * d + sum; of a complex d the complex square, without a conjugate.
+template <class T>
+inline void addSquare(T& sum, const T& d) {
+  sum = d * d + sum;
+}
+template <class T>
+inline void addSquare(std::complex<T>& sum, const std::complex<T>& d) {
+  sum = {sum.real() + (d.real() * d.real() - d.imag() * d.imag()), sum.imag() + T(2) * d.real() * d.imag()};
+}
+inline void addSquare(Fixpt& sum, Fixpt& d) { sum += d * d; }
 
 /// Sets `to` from host memory: one real element, or for complex elements a real part and, if `isComplex`, an imaginary
 /// one; for fixed point a `Fixpt`.

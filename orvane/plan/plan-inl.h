@@ -81,8 +81,7 @@ void Plan<U, Y, Alloc>::chooseKinds() {
 
 template <class U, class Y, class Alloc>
 void Plan<U, Y, Alloc>::computeCapacities() {
-  const auto [boundary, outside] =
-      capacitiesOf(numDims, {hasInside, hasBoundary, hasOutside, padUsesData, allocateAll});
+  const auto [boundary, outside] = capacitiesOf(numDims, getKinds());
   boundaryCapacity = boundary;
   outsideCapacity = outside;
 }

@@ -37,4 +37,16 @@ SectorCapacities capacitiesOf(int numDims, const SectorKinds& kinds) {
   return capacities;
 }
 
+SectorCapacities candidatesOf(int numDims, const SectorKinds& kinds) {
+  const int edges = power(3, numDims), mixed = power(2, numDims);
+  SectorCapacities candidates{0, 0};
+  if (kinds.boundary || kinds.all) candidates.boundary = edges;
+  if (kinds.outside || kinds.all) {
+    candidates.outside = edges;
+    int& withMixed = kinds.padUsesData ? candidates.boundary : candidates.outside;
+    withMixed = saturatedSum(withMixed, numDims, mixed);
+  }
+  return candidates;
+}
+
 }  // namespace BP

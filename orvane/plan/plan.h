@@ -31,6 +31,11 @@ struct SectorKinds {
 /// 3^N boundary combinations, those of them mixed with outside sections, and the rest of 5^N.
 SectorCapacities capacitiesOf(int numDims, const SectorKinds& kinds);
 
+/// The most candidates that the generators of these kinds can turn out, whether or not the filter exceeds the input:
+/// 3^N boundary combinations, 3^N outside ones, and N 2^N mixed ones with the one or the other. No plan has more
+/// sectors; it can have more of a kind than its capacity says.
+SectorCapacities candidatesOf(int numDims, const SectorKinds& kinds);
+
 /// Cuts the output of a filter into sectors and hands these out in a fixed order: inside, boundary, outside.
 ///
 /// Each dimension has five sections (see margins.h); a sector is one choice of section per dimension. Sectors in which
@@ -81,6 +86,7 @@ class Plan : public AnyPlan {
   Alloc* getAllocator() const { return allocator; }
   int getNumDims() const { return numDims; }
   bool getAllocateAll() const { return allocateAll; }
+  SectorKinds getKinds() const { return {hasInside, hasBoundary, hasOutside, padUsesData, allocateAll}; }
 
  private:
   struct NoProcessor {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/enums.h"
 
@@ -17,11 +19,12 @@ struct WindowTables {
   CleverPtr<int> yOrigin, yLoc, yDims;  ///< origin and extents are filled by the plan
   CleverPtr<int> y1Origin, y1Loc, y1Dims;
 
-  /// Makes the tables, in the order above, with `nDims` entries each.
+  /// Makes the tables, in the order above, with `nDims` entries each, all 0.
   template <class AllocT>
   WindowTables(AllocT* allocator, int nDims) {
     const auto make = [&](CleverPtr<int>& table, const char* name) {
       allocator->allocateArray(table, nDims, "ignore", name);
+      std::fill_n(table.ptr, nDims, 0);
     };
     make(rosLoc, "rosLoc");
     make(rosDims, "rosDims");

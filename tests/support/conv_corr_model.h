@@ -2,10 +2,10 @@
 
 #include <cmath>
 #include <complex>
-#include <cstdlib>
 #include <vector>
 
 #include "orvane/core/enums.h"
+#include "tests/support/pad_walk.h"
 
 /// What convolution and correlation mean, written down once more and in the plainest way: one output at a time, an edge
 /// rule that walks, and a trip through memory after every operation, so that no compiler can fuse, widen or reorder.
@@ -95,28 +95,15 @@ struct Problem {
   }
 };
 
-/// The coordinate that one beyond an edge stands for, found by stepping towards it from coordinate 0; -1 for the value
-/// of a constant pad.
-inline int walkTo(PadTypeEnum padType, int coordinate, int extent) {
-  if (coordinate >= 0 && coordinate < extent) return coordinate;
-  if (padType == PadTypeConstant) return -1;
-  int at = 0, direction = coordinate < 0 ? -1 : 1;
-  for (int step = 0; step < std::abs(coordinate); ++step) {
-    const int next = at + direction;
-    if (next >= 0 && next < extent) {
-      at = next;
-    } else if (padType == PadTypeSymmetric) {
-      direction = -direction;  // the edge element stands twice
-    } else if (padType == PadTypeCircular) {
-      at = next < 0 ? extent - 1 : 0;
-    }
-  }
-  return at;
+/// The coordinate that one stands for; -1 for the value of a constant pad.
+inline int readFrom(PadTypeEnum padType, int coordinate, int extent) {
+  const bool isInRange = coordinate >= 0 && coordinate < extent;
+  return padType == PadTypeConstant && !isInRange ? -1 : walkTo(padType, coordinate, extent);
 }
 
 template <class HT, class UT, class YT>
 UT tapAt(const Problem<HT, UT, YT>& p, int x, int y) {
-  const int i = walkTo(p.padType, x, p.uDims[0]), j = walkTo(p.padType, y, p.uDims[1]);
+  const int i = readFrom(p.padType, x, p.uDims[0]), j = readFrom(p.padType, y, p.uDims[1]);
   return i < 0 || j < 0 ? p.padValue : p.u[static_cast<std::size_t>(i + p.uDims[0] * j)];
 }
 

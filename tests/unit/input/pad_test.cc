@@ -8,6 +8,7 @@
 
 #include "orvane/core/allocator.h"
 #include "orvane/input/pad_extended_input.h"
+#include "tests/support/pad_walk.h"
 #include "tests/support/plan_scene.h"
 
 namespace BP::test {
@@ -40,23 +41,6 @@ struct Scene {
     data.ptr = values.data();
   }
 };
-
-/// Walks from coordinate 0 to coordinate `i` element by element: what the rules say, with no formula.
-int walkTo(PadTypeEnum padType, int i, int n) {
-  int at = 0, direction = 1;
-  const int sign = i < 0 ? -1 : 1;
-  for (int step = 0; step < std::abs(i); ++step) {
-    const int next = at + sign * direction;
-    if (next >= 0 && next < n) {
-      at = next;
-    } else if (padType == PadTypeSymmetric) {
-      direction = -direction;  // the edge element stands twice
-    } else if (padType == PadTypeCircular) {
-      at = next < 0 ? n - 1 : 0;
-    }
-  }
-  return at;
-}
 
 template <class T>
 class RedirectionTest : public testing::Test {};

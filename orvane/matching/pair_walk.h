@@ -1,0 +1,22 @@
+#pragma once
+
+#include "orvane/algorithm/element.h"
+
+namespace BP {
+
+/// Calls `take(a, t)` for each element t of a template and the image element a over it, the window's first image
+/// element having linear index `imageIndex`. The template is read forward, dimension 0 fastest; dimensions 0 and 1 are
+/// walked.
+template <class InputBlockT, class FilterBlockT, class TakeT>
+inline void forEachPair(const InputBlockT& image, const FilterBlockT& filter, int imageIndex, TakeT&& take) {
+  auto* const u = image.getData().ptr;
+  auto* const h = filter.getData().ptr;
+  const int width = filter.getEnd().ptr[0] + 1, height = filter.getEnd().ptr[1] + 1, pitch = image.getDims().ptr[0];
+  int f = 0;
+  for (int j = 0; j < height; ++j) {
+    const int row = imageIndex + pitch * j;
+    for (int i = 0; i < width; ++i, ++f) take(elementAt(u, row + i), elementAt(h, f));
+  }
+}
+
+}  // namespace BP

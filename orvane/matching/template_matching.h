@@ -1,0 +1,162 @@
+#pragma once
+
+#include <complex>
+#include <memory>
+
+#include "orvane/algorithm/algorithm.h"
+#include "orvane/core/allocator_tolk.h"
+#include "orvane/core/any_bp.h"
+#include "orvane/core/clever_ptr.h"
+#include "orvane/exec/kernel.h"
+#include "orvane/input/input.h"
+#include "orvane/input/output.h"
+#include "orvane/plan/block.h"
+#include "orvane/plan/moving_roi_plan.h"
+#include "orvane/plan/region.h"
+#include "orvane/plan/scope.h"
+#include "orvane/plan/window_tables.h"
+#include "orvane/platform/export.h"
+
+namespace BP {
+
+/// What a call of template matching produces.
+enum TMModeEnum : int {
+  TMModeMetric = 0,                 ///< the map of scores
+  TMModeBestMatch = 1,              ///< the position of the best score
+  TMModeBestMatchNeighborhood = 2,  ///< that position, and a block of scores around it
+};
+
+/// How positions are visited where the best one is wanted; any other value than 0 behaves like 1.
+enum SearchMethodEnum : int {
+  SearchMethodExhaustive = 0,  ///< every position
+  SearchMethodThreeStep = 1,   ///< a shrinking pattern of 3 by 3 positions
+};
+
+/// The handles between which `TemplateMatching` works; all belong to the caller, who may rebind them between runs.
+template <class HT, class UT, class YT>
+struct MatchingHandles {
+  CleverPtr<int>& hDims;    ///< template: extents,
+  CleverPtr<int>& uDims;    ///< image: extents
+  CleverPtr<int>& hCentre;  ///< index of the template's anchor
+  CleverPtr<HT>& h;
+  CleverPtr<UT>& u;
+  CleverPtr<int>& roiLoc;  ///< region of interest
+  CleverPtr<int>& roiDims;
+  CleverPtr<YT>& y;          ///< map of scores, of the extents of the positions
+  CleverPtr<int>& location;  ///< best position, an entry per dimension
+  CleverPtr<int>& neighborhoodDims;
+  CleverPtr<YT>& yNeighborhoodData;
+  CleverPtr<bool>& neighborhoodValid;
+  CleverPtr<bool>& roiValid;
+};
+
+/// Slides a template over an image and scores each position.
+///
+/// A *position* is the image coordinate on which the template's anchor lies. The region of support (ROS) is the set of
+/// positions that the output mode allows, the region of interest (ROI) what the caller wants of them. Scores come from
+/// one of the metrics `SADAlgorithm`, `SSDAlgorithm`, `MaxADAlgorithm` or, for the two modes of convolution, from the
+/// sum of products with the template walked backwards. Where the template does not lie wholly in the image the score is
+/// 0.
+///
+/// The best match is the least score, whatever the metric; complex scores compare by squared magnitude; of equals the
+/// position visited first stays: inside positions before those at the edges, row by row. A NaN score stays if it came
+/// first, otherwise it is ignored.
+///
+/// The matching is two-dimensional; a rank above 2 is not supported, and nothing checks for it. HT, UT and YT are the
+/// element types of template, image and scores. Nothing is checked or reported; an algorithm mode out of range builds a
+/// processor that does nothing. One thread at a time.
+template <class HT, class UT, class YT, class AllocT>
+class ORVANE_API TemplateMatching : public AnyTemplateMatching {
+ public:
+  /// `isHgtU` tells that the template exceeds the image in some dimension. With `roiEnabled` the positions are those in
+  /// both regions; with `roiValidEnabled` each call tells in `roiValid` whether the ROI lies wholly in the ROS.
+  TemplateMatching(AllocT* allocator, int nDims, CleverPtr<int>& hDims, bool isHgtU, CleverPtr<int>& uDims,
+                   OutputModeEnum outputMode, AlgorithmModeEnum algorithmMode, TMModeEnum tmMode, bool roiEnabled,
+                   bool roiValidEnabled, SearchMethodEnum searchMethod, CleverPtr<int>& hCentre, CleverPtr<HT>& h,
+                   CleverPtr<UT>& u, CleverPtr<int>& roiLoc, CleverPtr<int>& roiDims, CleverPtr<YT>& y,
+                   CleverPtr<int>& location, CleverPtr<int>& neighborhoodDims, CleverPtr<YT>& yNeighborhoodData,
+                   CleverPtr<bool>& neighborhoodValid, CleverPtr<bool>& roiValid);
+
+  void setup(setupModeT mode) override;
+  ~TemplateMatching() override;
+  void invoke() override;
+  /// Kept for the frame: no score reads the pad value.
+  void assignPadValue(const void* value, bool isComplex) override;
+  AnyPlan& getPlan() const override;
+
+  void computeROS();
+  void computeHStart();
+  void computeHEnd();
+  void initializeParameters();
+
+  /// Called by the plan: has the kernel run one sector in the way of the present pass.
+  void runSector(InsideSector& sector);
+  void runSector(BoundarySector& sector);
+  void runSector(OutsideSector& sector);
+
+ private:
+  using FilterBlock = TraversableDataBlock<HT, AllocT>;
+  using InputT = Input<UT, YT, AllocT>;
+  using Out = Output<YT, AllocT>;
+
+  bool hasNeighborhood() const { return tmMode == TMModeBestMatchNeighborhood; }
+  void makeNeighborhood();
+  void build(AlgorithmModeEnum algorithmMode);
+  template <class AlgoT>
+  void buildFor();
+  bool roiIsEmpty() const;
+  void clearNeighborhood();
+  void runPass(Out& output, const Scope& passScope);
+  void scoreNeighborhood();
+
+  AllocT* allocator;
+  OutputModeEnum outputMode;
+  TMModeEnum tmMode;
+  TMModeEnum passMode;
+  bool roiEnabled;
+  bool roiValidEnabled;
+  SearchMethodEnum searchMethod;
+  std::unique_ptr<InputT> input;
+  std::unique_ptr<Algorithm<AllocT>> algorithm;
+  std::unique_ptr<Kernel<Out, AllocT>> kernel;
+  std::unique_ptr<Out> y;
+  std::unique_ptr<Out> y1;
+  std::unique_ptr<Out> yNeighborhood;
+  std::unique_ptr<RestrictedRegion> rosRegion;
+  std::unique_ptr<RestrictedRegion> roiRegion;
+  std::unique_ptr<UnrestrictedRegion> neighborhoodAllRegion;
+  std::unique_ptr<UnrestrictedRegion> allRegion;
+  std::unique_ptr<RestrictedRegion> neighborhoodRegion;
+  std::unique_ptr<Scope> scope;
+  std::unique_ptr<Scope> neighborhoodScope;
+  std::unique_ptr<MovingROIPlan<UT, YT, AllocT>> plan;
+  int nDims;
+  WindowTables tables;
+  MatchingHandles<HT, UT, YT> host;
+  CleverPtr<YT> y1Data;
+  CleverPtr<int> yNeighborhoodOrigin;
+  CleverPtr<int> yNeighborhoodLoc;
+  CleverPtr<int> yNeighborhoodDims;
+  CleverPtr<int> locationShape;
+  std::unique_ptr<FilterBlock> filter;
+  CleverPtr<int> neighborhoodStart;
+};
+
+/// Applies a macro to the ten rows of element types: template, image, scores.
+#define ORVANE_FOR_MATCHING_ROWS(APPLY)                                   \
+  APPLY(float, float, float)                                              \
+  APPLY(float, std::complex<float>, std::complex<float>)                  \
+  APPLY(std::complex<float>, float, std::complex<float>)                  \
+  APPLY(std::complex<float>, std::complex<float>, std::complex<float>)    \
+  APPLY(double, double, double)                                           \
+  APPLY(double, std::complex<double>, std::complex<double>)               \
+  APPLY(std::complex<double>, double, std::complex<double>)               \
+  APPLY(std::complex<double>, std::complex<double>, std::complex<double>) \
+  APPLY(bool, bool, KarnDSPFixpt::Fixpt)                                  \
+  APPLY(KarnDSPFixpt::Fixpt, KarnDSPFixpt::Fixpt, KarnDSPFixpt::Fixpt)
+
+#define ORVANE_DECLARE(HT, UT, YT) extern template class TemplateMatching<HT, UT, YT, AllocatorTolk>;
+ORVANE_FOR_MATCHING_ROWS(ORVANE_DECLARE)
+#undef ORVANE_DECLARE
+
+}  // namespace BP

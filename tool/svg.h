@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace BP::tool {
+
+/// A rectangle in pixels.
+struct Box {
+  int x, y, width, height;
+};
+
+/// An SVG document under construction. Each shape has a class, of which the style sheet says how it looks; texts must
+/// be free of the characters that XML reserves.
+class Svg {
+ public:
+  /// Which point of a text is given.
+  enum Anchor { start, middle, end };
+
+  void box(std::string_view kind, const Box& box);
+  void circle(std::string_view kind, int x, int y, int radius);
+  /// `commands` as in the attribute `d` of a path.
+  void path(std::string_view kind, const std::string& commands);
+  void text(std::string_view kind, Anchor anchor, int x, int y, std::string_view words);
+
+  /// The whole document on a page of class "page"; `style` is its style sheet.
+  std::string document(int width, int height, std::string_view style, std::string_view title) const;
+
+ private:
+  std::string shapes;
+};
+
+}  // namespace BP::tool
