@@ -55,11 +55,11 @@ class ConvolutionJob {
         padValue(padElement<UT>(options.padValue)),
         front(makeFront<HT, UT, YT>(host, geometry)) {}
 
-  ConvolutionJob(ArrayView<const HT> column, ArrayView<const HT> newRow, const Extents& input,
+  ConvolutionJob(ArrayView<const HT> first, ArrayView<const HT> newSecond, const Extents& input,
                  const ConvolutionOptions& options)
-      : geometry(input, column.extents(), newRow.extents(), options),
-        filter(copyOf("column", column, geometry.filterExtents)),
-        row(copyOf("row", newRow, geometry.rowExtents)),
+      : geometry(input, first.extents(), newSecond.extents(), options),
+        filter(copyOf("first filter", first, geometry.filterExtents)),
+        second(copyOf("second filter", newSecond, geometry.secondExtents)),
         padValue(padElement<UT>(options.padValue)),
         front(makeFront<HT, UT, YT>(host, geometry)) {}
 
@@ -77,11 +77,11 @@ class ConvolutionJob {
     std::copy_n(newFilter.data(), filter.size(), filter.data());
   }
 
-  void setFilters(ArrayView<const HT> column, ArrayView<const HT> newRow) {
-    checkArray("column", column, geometry.filterExtents);
-    checkArray("row", newRow, geometry.rowExtents);
-    std::copy_n(column.data(), filter.size(), filter.data());
-    std::copy_n(newRow.data(), row.size(), row.data());
+  void setFilters(ArrayView<const HT> first, ArrayView<const HT> newSecond) {
+    checkArray("first filter", first, geometry.filterExtents);
+    checkArray("second filter", newSecond, geometry.secondExtents);
+    std::copy_n(first.data(), filter.size(), filter.data());
+    std::copy_n(newSecond.data(), second.size(), second.data());
   }
 
   void setPadValue(std::complex<double> value) { padValue = padElement<UT>(value); }
@@ -95,7 +95,7 @@ class ConvolutionJob {
     if (input == boundInput && output == boundOutput) return;
     constexpr bool isComplex = true;  // both parts of a complex pad value are there; a real one has no second
     if (geometry.isSeparable()) {
-      front->setup(filter.data(), row.data(), input, output, &padValue, isComplex);
+      front->setup(filter.data(), second.data(), input, output, &padValue, isComplex);
     } else {
       front->setup(filter.data(), input, output, &padValue, isComplex);
     }
@@ -105,7 +105,7 @@ class ConvolutionJob {
 
   ConvolutionGeometry geometry;
   std::vector<HT> filter;
-  std::vector<HT> row;
+  std::vector<HT> second;
   UT padValue;
   UT* boundInput = nullptr;
   YT* boundOutput = nullptr;
@@ -157,13 +157,14 @@ void Convolution<UT, HT>::setFilter(ArrayView<const HT> filter) {
 }
 
 template <class UT, class HT>
-SeparableConvolution<UT, HT>::SeparableConvolution(ArrayView<const HT> column, ArrayView<const HT> row,
+SeparableConvolution<UT, HT>::SeparableConvolution(ArrayView<const HT> first, ArrayView<const HT> second,
                                                    const Extents& inputExtents, const ConvolutionOptions& options)
-    : ConvolutionRunner<UT, HT>(std::make_unique<detail::ConvolutionJob<UT, HT>>(column, row, inputExtents, options)) {}
+    : ConvolutionRunner<UT, HT>(
+          std::make_unique<detail::ConvolutionJob<UT, HT>>(first, second, inputExtents, options)) {}
 
 template <class UT, class HT>
-void SeparableConvolution<UT, HT>::setFilters(ArrayView<const HT> column, ArrayView<const HT> row) {
-  detail::used(this->job).setFilters(column, row);
+void SeparableConvolution<UT, HT>::setFilters(ArrayView<const HT> first, ArrayView<const HT> second) {
+  detail::used(this->job).setFilters(first, second);
 }
 
 #define ORVANE_DEFINE(UT, HT)               \

@@ -98,21 +98,21 @@ class ORVANE_API Convolution : public ConvolutionRunner<UT, HT> {
   void setFilter(ArrayView<const HT> filter);
 };
 
-/// Convolution, or correlation, of inputs of one size with a separable filter: a column along dimension 0 and a row
-/// along dimension 1, for which it costs the sum of their lengths in place of the product.
+/// Convolution, or correlation, of inputs of one size with a separable filter: a first one along dimension 0 and a
+/// second along dimension 1, for which it costs the sum of their lengths in place of the product.
 ///
-/// The input is filtered with the column into an intermediate array of the output's element type, and that with the
-/// row into the output. What `Convolution` says of sums and limits holds for both passes. The two filters have rank 1,
-/// inputs rank 2. The pad rule holds for the input in the first pass and for the intermediate in the second; there a
-/// constant pad is the column's sum times the pad value. There is no normalisation.
+/// The input is filtered with the first into an intermediate array of the output's element type, and that with the
+/// second into the output. What `Convolution` says of sums and limits holds for both passes. The two filters have rank
+/// 1, inputs rank 2. The pad rule holds for the input in the first pass and for the intermediate in the second; there a
+/// constant pad is the first filter's sum times the pad value. There is no normalisation.
 template <class UT, class HT = UT>
 class ORVANE_API SeparableConvolution : public ConvolutionRunner<UT, HT> {
  public:
-  SeparableConvolution(ArrayView<const HT> column, ArrayView<const HT> row, const Extents& inputExtents,
+  SeparableConvolution(ArrayView<const HT> first, ArrayView<const HT> second, const Extents& inputExtents,
                        const ConvolutionOptions& options = {});
 
   /// Takes the values of other filters of the same lengths for the runs to come.
-  void setFilters(ArrayView<const HT> column, ArrayView<const HT> row);
+  void setFilters(ArrayView<const HT> first, ArrayView<const HT> second);
 };
 
 /// The element type of an `Array` or `ArrayView`.
@@ -142,13 +142,13 @@ void convolveInto(const Input& input, const Filter& filter,
   Convolution<ElementOf<Input>, ElementOf<Filter>>(filter.view(), from.extents(), options).run(from, output);
 }
 
-/// Filters `input` with a column and a row, once: see `SeparableConvolution`.
-template <class Input, class Column, class Row>
-requires std::same_as<ElementOf<Column>, ElementOf<Row>>
-auto convolveSeparable(const Input& input, const Column& column, const Row& row,
+/// Filters `input` with a filter along dimension 0 and one along dimension 1, once: see `SeparableConvolution`.
+template <class Input, class First, class Second>
+requires std::same_as<ElementOf<First>, ElementOf<Second>>
+auto convolveSeparable(const Input& input, const First& first, const Second& second,
                        const ConvolutionOptions& options = {}) {
   const ArrayView<const ElementOf<Input>> from = input.view();
-  return SeparableConvolution<ElementOf<Input>, ElementOf<Column>>(column.view(), row.view(), from.extents(), options)
+  return SeparableConvolution<ElementOf<Input>, ElementOf<First>>(first.view(), second.view(), from.extents(), options)
       .run(from);
 }
 

@@ -22,7 +22,7 @@ std::unique_ptr<ConvCorrTolk<HT, UT, YT>> makeFront(ReferenceHost& host, Convolu
   std::unique_ptr<Front> front;
   if constexpr (sizeof...(Types) < 5) {  // the form with a root is there for one filter only
     if (geometry.isSeparable()) {
-      front = std::make_unique<Front>(host.getAdaptor(), rank, filter, rank, geometry.rowDims.data(), rank, input,
+      front = std::make_unique<Front>(host.getAdaptor(), rank, filter, rank, geometry.secondDims.data(), rank, input,
                                       geometry.pad, geometry.mode, geometry.algorithm, false, types...);
     }
   }

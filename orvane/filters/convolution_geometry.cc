@@ -4,6 +4,8 @@
 #include <span>
 #include <string>
 
+#include "orvane/filters/convolution.h"
+
 namespace BP::filters {
 
 namespace {
@@ -107,29 +109,29 @@ ConvolutionGeometry::ConvolutionGeometry(const Extents& input, const Extents& fi
   rank = static_cast<int>(input.rank());
   inputDims = dimsOf(input);
   filterDims = dimsOf(filter);
-  rowDims = {1, 1};
+  secondDims = {1, 1};
 }
 
-ConvolutionGeometry::ConvolutionGeometry(const Extents& input, const Extents& column, const Extents& row,
+ConvolutionGeometry::ConvolutionGeometry(const Extents& input, const Extents& first, const Extents& second,
                                          const ConvolutionOptions& options, std::int64_t mostElements)
-    : inputExtents(input), filterExtents(column), rowExtents(row) {
+    : inputExtents(input), filterExtents(first), secondExtents(second) {
   setChoices(options);
   if (norm != NormNone) refuse("normalise", "1 (energy)", "a separable convolution allows only 0 (none)");
   checkExtents("input", input, mostElements);
   if (input.rank() != 2) refuse("input", "rank 1", "a separable convolution needs 2");
-  checkLine("column", column);
-  checkLine("row", row);
-  const Extents first{column[0], 1}, second{1, row[0]};
-  const Extents intermediate = checkedOutput("column", input, first, mode);
-  checkReach("column", input, first, pad, mode);
+  checkLine("first filter", first);
+  checkLine("second filter", second);
+  const Extents along0{first[0], 1}, along1{1, second[0]};
+  const Extents intermediate = checkedOutput("first filter", input, along0, mode);
+  checkReach("first filter", input, along0, pad, mode);
   checkExtents("intermediate array", intermediate, mostElements);
-  outputExtents = checkedOutput("row", intermediate, second, mode);
-  checkReach("row", intermediate, second, pad, mode);
+  outputExtents = checkedOutput("second filter", intermediate, along1, mode);
+  checkReach("second filter", intermediate, along1, pad, mode);
   checkExtents("output", outputExtents, mostElements);
   rank = 2;
   inputDims = dimsOf(input);
-  filterDims = dimsOf(first);
-  rowDims = dimsOf(second);
+  filterDims = dimsOf(along0);
+  secondDims = dimsOf(along1);
 }
 
 std::string textOf(std::complex<double> value) {

@@ -20,21 +20,21 @@ struct ConvolutionGeometry {
   ConvolutionGeometry(const Extents& input, const Extents& filter, const ConvolutionOptions& options,
                       std::int64_t mostElements = greatestIndex);
   /// For a separable filter.
-  ConvolutionGeometry(const Extents& input, const Extents& column, const Extents& row,
+  ConvolutionGeometry(const Extents& input, const Extents& first, const Extents& second,
                       const ConvolutionOptions& options, std::int64_t mostElements = greatestIndex);
 
-  bool isSeparable() const { return rowExtents.rank() != 0; }
+  bool isSeparable() const { return secondExtents.rank() != 0; }
   /// Whether a pad value can be read at all.
   bool usesPadValue() const { return pad == PadTypeConstant && mode != OutputModeValid; }
 
   Extents inputExtents;
-  Extents filterExtents;  ///< of a separable filter the column's
-  Extents rowExtents;     ///< of rank 0 without one
+  Extents filterExtents;  ///< of a separable filter the first one's
+  Extents secondExtents;  ///< of rank 0 without one
   Extents outputExtents;
   int rank;
   std::array<int, 2> inputDims;
   std::array<int, 2> filterDims;
-  std::array<int, 2> rowDims;
+  std::array<int, 2> secondDims;
   OutputModeEnum mode;
   PadTypeEnum pad;
   AlgorithmModeEnum algorithm;

@@ -45,14 +45,14 @@ class FixedConvolutionJob {
     start(options, newFilter, nullptr);
   }
 
-  FixedConvolutionJob(const FixedView& column, const FixedView& newRow, const Extents& inputExtents,
+  FixedConvolutionJob(const FixedView& first, const FixedView& newSecond, const Extents& inputExtents,
                       const FixedTypes& types, const ConvolutionOptions& options)
-      : geometry(inputExtents, column.extents(), newRow.extents(), options, mostElements(types, column)),
-        roles(types, column.type(), column.isComplex(), false),
+      : geometry(inputExtents, first.extents(), newSecond.extents(), options, mostElements(types, first)),
+        roles(types, first.type(), first.isComplex(), false),
         modes(types.modes) {
-    checkFixed("column", column, roles.filter, geometry.filterExtents);
-    checkFixed("row", newRow, roles.filter, geometry.rowExtents);
-    start(options, column, &newRow);
+    checkFixed("first filter", first, roles.filter, geometry.filterExtents);
+    checkFixed("second filter", newSecond, roles.filter, geometry.secondExtents);
+    start(options, first, &newSecond);
   }
 
   void run(const FixedView& newInput, const MutableFixedView& newOutput) {
@@ -76,11 +76,11 @@ class FixedConvolutionJob {
     copyValues(newFilter, *filter);
   }
 
-  void setFilters(const FixedView& column, const FixedView& newRow) {
-    checkFixed("column", column, roles.filter, geometry.filterExtents);
-    checkFixed("row", newRow, roles.filter, geometry.rowExtents);
-    copyValues(column, *filter);
-    copyValues(newRow, *row);
+  void setFilters(const FixedView& first, const FixedView& newSecond) {
+    checkFixed("first filter", first, roles.filter, geometry.filterExtents);
+    checkFixed("second filter", newSecond, roles.filter, geometry.secondExtents);
+    copyValues(first, *filter);
+    copyValues(newSecond, *secondFilter);
   }
 
   void setPadValue(std::complex<double> value) {
@@ -129,7 +129,7 @@ class FixedConvolutionJob {
   }
 
   /// Makes the front and hands it arrays: filters and pad value with copies of the values, input and output without.
-  void start(const ConvolutionOptions& options, const FixedView& newFilter, const FixedView* newRow) {
+  void start(const ConvolutionOptions& options, const FixedView& newFilter, const FixedView* newSecond) {
     if (geometry.usesPadValue()) checkPad(options.padValue);
     front =
         geometry.norm == NormNone
@@ -145,10 +145,10 @@ class FixedConvolutionJob {
     output = newOutput.get();
     padValue = newPad.get();
     filter = first.get();
-    if (newRow != nullptr) {
-      auto second = makeOwn(roles.filter, elementCount(geometry.rowExtents));
-      copyValues(*newRow, *second);
-      row = second.get();
+    if (newSecond != nullptr) {
+      auto second = makeOwn(roles.filter, elementCount(geometry.secondExtents));
+      copyValues(*newSecond, *second);
+      secondFilter = second.get();
       front->setup(first.release(), second.release(), newInput.release(), newOutput.release(), newPad.release(), true);
     } else {
       front->setup(first.release(), newInput.release(), newOutput.release(), newPad.release(), true);
@@ -162,7 +162,7 @@ class FixedConvolutionJob {
   ReferenceHost host;
   std::unique_ptr<ConvCorrTolk<Fixpt, Fixpt, Fixpt>> front;  // owns the arrays below
   Fixpt* filter = nullptr;
-  Fixpt* row = nullptr;
+  Fixpt* secondFilter = nullptr;
   Fixpt* input = nullptr;
   Fixpt* output = nullptr;
   Fixpt* padValue = nullptr;
@@ -190,13 +190,13 @@ FixedConvolution::FixedConvolution(const FixedView& filter, const Extents& input
     : FixedConvolutionRunner(std::make_unique<detail::FixedConvolutionJob>(filter, inputExtents, types, options)) {}
 void FixedConvolution::setFilter(const FixedView& filter) { detail::used(job).setFilter(filter); }
 
-FixedSeparableConvolution::FixedSeparableConvolution(const FixedView& column, const FixedView& row,
+FixedSeparableConvolution::FixedSeparableConvolution(const FixedView& first, const FixedView& second,
                                                      const Extents& inputExtents, const FixedTypes& types,
                                                      const ConvolutionOptions& options)
-    : FixedConvolutionRunner(std::make_unique<detail::FixedConvolutionJob>(column, row, inputExtents, types, options)) {
-}
-void FixedSeparableConvolution::setFilters(const FixedView& column, const FixedView& row) {
-  detail::used(job).setFilters(column, row);
+    : FixedConvolutionRunner(
+          std::make_unique<detail::FixedConvolutionJob>(first, second, inputExtents, types, options)) {}
+void FixedSeparableConvolution::setFilters(const FixedView& first, const FixedView& second) {
+  detail::used(job).setFilters(first, second);
 }
 
 }  // namespace BP::filters

@@ -56,7 +56,7 @@ class ORVANE_API FixedConvolutionRunner {
   const Extents& outputExtents() const;
 
   /// What happened to values in all runs so far, in the order of labels: "accumulator", "output", "product" (of input
-  /// and filter), and where there is such a thing "product sum" (partial sums of complex products), "row product",
+  /// and filter), and where there is such a thing "product sum" (partial sums of complex products), "second product",
   /// "sqrt", "filter product" (its squares).
   ///
   /// Not counted are products of a constant pad's value, the norms of single windows, and casts into the intermediate
@@ -87,18 +87,19 @@ class ORVANE_API FixedConvolution : public FixedConvolutionRunner {
   void setFilter(const FixedView& filter);
 };
 
-/// The same with a separable filter, see `SeparableConvolution`. Column and row have one type.
+/// The same with a separable filter, see `SeparableConvolution`. Both filters have one type.
 ///
 /// The intermediate array has the output's type, so values are cast into that between the passes. A constant pad is for
-/// the second pass what the first makes of it in that type: the column's values, each cast into it, are summed in it.
+/// the second pass what the first makes of it in that type: the first filter's values,
+/// each cast into it, are summed in it.
 /// With few bits of fraction in the output this is far from the exact product; choose another pad then.
 class ORVANE_API FixedSeparableConvolution : public FixedConvolutionRunner {
  public:
-  FixedSeparableConvolution(const FixedView& column, const FixedView& row, const Extents& inputExtents,
+  FixedSeparableConvolution(const FixedView& first, const FixedView& second, const Extents& inputExtents,
                             const FixedTypes& types, const ConvolutionOptions& options = {});
 
   /// Takes the values of other filters of the same type and lengths for the runs to come.
-  void setFilters(const FixedView& column, const FixedView& row);
+  void setFilters(const FixedView& first, const FixedView& second);
 };
 
 }  // namespace BP::filters

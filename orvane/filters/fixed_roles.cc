@@ -66,7 +66,7 @@ FixedRoles::FixedRoles(const FixedTypes& types, const FixedType& filterType, boo
   input = {"input", check("input", types.input), {}, {}, types.inputIsComplex, "product"};
   filter = {"filter", check("filter", filterType), {}, {}, filterIsComplex};
   accumulator = {"accumulator", check("accumulator", types.accumulator), {}, {}, isComplex};
-  output = {"output", check("output", types.output), {}, {}, isComplex, "row product"};
+  output = {"output", check("output", types.output), {}, {}, isComplex, "second product"};
   accumulator.product = accumulator.value;  // is never multiplied
   for (RoleDescription* role : {&input, &filter, &accumulator, &output}) role->sum = accumulator.value;
 

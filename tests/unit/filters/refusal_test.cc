@@ -31,10 +31,10 @@ void makeHuge(const Extents& input, const Extents& filter, const ConvolutionOpti
   Convolution<float>(ArrayView<const float>(nullptr, filter), input, options);
 }
 
-void makeSeparable(const Extents& input, const Extents& column, const Extents& row,
+void makeSeparable(const Extents& input, const Extents& first, const Extents& second,
                    const ConvolutionOptions& options = {}) {
   const std::vector<float> filter(9);
-  SeparableConvolution<float>({filter.data(), column}, {filter.data(), row}, input, options);
+  SeparableConvolution<float>({filter.data(), first}, {filter.data(), second}, input, options);
 }
 
 /// Runs a filter of 3 by 2 over an input of 4 by 3 at the start of some memory.
@@ -125,11 +125,11 @@ const Refusal plainRefusals[] = {
        makeSeparable({4, 3}, {3}, {2}, {.normalise = Normalisation::energy});
      }},
     {"input: rank 1; a separable convolution needs 2", [] { makeSeparable({4}, {3}, {2}); }},
-    {"column: rank 2; it must be 1",
+    {"first filter: rank 2; it must be 1",
      [] {
        makeSeparable({4, 3}, {3, 1}, {2});
      }},
-    {"row: extent 4 in dimension 1; with mode valid and an input of 2 x 3, allowed are 1 to 3",
+    {"second filter: extent 4 in dimension 1; with mode valid and an input of 2 x 3, allowed are 1 to 3",
      [] {
        makeSeparable({4, 3}, {3}, {4});
      }},
