@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "orvane/core/enums.h"
 #include "orvane/filters/fixed_convolution.h"
 #include "orvane/filters/options.h"
 #include "tool/array.h"
@@ -41,6 +42,9 @@ struct FilterTexts {
   std::optional<std::string> type;
   std::optional<std::string> fixed;
 };
+
+/// What the filters call an output mode.
+filters::OutputMode filterModeOf(OutputModeEnum mode);
 
 /// Adds the options to an operation; `--normalise` only on demand.
 void addFilterOptions(CLI::App& operation, FilterTexts& texts, bool canNormalise);

@@ -16,4 +16,10 @@ void addChart(CLI::App& command);
 /// `plan`.
 void addPlan(CLI::App& command);
 
+/// `match`.
+void addMatch(CLI::App& command);
+
+/// `patch`.
+void addPatch(CLI::App& command);
+
 }  // namespace BP::tool
