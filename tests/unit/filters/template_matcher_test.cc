@@ -131,6 +131,26 @@ class TemplateMatcherTest : public testing::Test {
     expectScores(mapped.map, match.map, "map");
   }
 
+  /// Some runs each of new matchers, with image, template and region changing in between.
+  void compare(int trials) {
+    for (int trial = 0; trial < trials && !testing::Test::HasFatalFailure(); ++trial) {
+      SCOPED_TRACE(trial);
+      choose();
+      auto pattern = randomArray<HT>(random, model.hDims);
+      options.region = randomRegion();
+      TemplateMatcher<UT, HT> matcher(pattern, {model.uDims[0], model.uDims[1]}, options);
+      for (int run = 0; run < 3; ++run) {
+        const auto image = randomArray<UT>(random, model.uDims);
+        model.u.assign(image.begin(), image.end());
+        model.h.assign(pattern.begin(), pattern.end());
+        check(matcher.run(image));
+        pattern = randomArray<HT>(random, model.hDims);
+        matcher.setTemplate(pattern);
+        matcher.setRegion(randomRegion());
+      }
+    }
+  }
+
   std::mt19937 random{33};
   Model model{};
   MatchOptions options;
@@ -143,28 +163,7 @@ using Pairs = testing::Types<Pair<float, float>, Pair<float, C32>, Pair<C32, flo
                              Pair<bool, bool>>;
 TYPED_TEST_SUITE(TemplateMatcherTest, Pairs);
 
-TYPED_TEST(TemplateMatcherTest, EachRunFindsWhatTheModelFinds) {
-  using UT = typename TypeParam::UT;
-  using HT = typename TypeParam::HT;
-  for (int trial = 0; trial < 150; ++trial) {
-    SCOPED_TRACE(trial);
-    this->choose();
-    auto& model = this->model;
-    auto pattern = randomArray<HT>(this->random, model.hDims);
-    this->options.region = this->randomRegion();
-    TemplateMatcher<UT, HT> matcher(pattern, {model.uDims[0], model.uDims[1]}, this->options);
-    for (int run = 0; run < 3; ++run) {
-      const auto image = randomArray<UT>(this->random, model.uDims);
-      model.u.assign(image.begin(), image.end());
-      model.h.assign(pattern.begin(), pattern.end());
-      this->check(matcher.run(image));
-      if (this->HasFatalFailure()) return;
-      pattern = randomArray<HT>(this->random, model.hDims);
-      matcher.setTemplate(pattern);
-      matcher.setRegion(this->randomRegion());
-    }
-  }
-}
+TYPED_TEST(TemplateMatcherTest, EachRunFindsWhatTheModelFinds) { this->compare(150); }
 
 TEST(TemplateMatcherRunTest, WithoutABestMatchThereIsAMapAlone) {
   const std::vector<float> image{5, 1, 4, 1}, pattern{1, 4};
