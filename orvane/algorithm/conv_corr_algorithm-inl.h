@@ -42,19 +42,14 @@ template <class TapsT, class ActionT>
 void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise>::sumProducts(
     TapsT& taps, ActionT&& beforeProduct) {
   HT* const h = this->filter->getData().ptr;
-  const int width = this->filter->getEnd().ptr[0] + 1, height = this->filter->getEnd().ptr[1] + 1;
-  constexpr int step = flipFilter != 0 ? -1 : 1;
-  int f = flipFilter != 0 ? height * width - 1 : 0;
+  const int* const end = this->filter->getEnd().ptr;
+  const int last = (end[0] + 1) * (end[1] + 1) - 1;
   RunningElement<YT> sum(accumulator.ptr);
   putZero(sum.get());
-  for (int j = 0; j < height; ++j) {
-    taps.beginRow(j);
-    for (int i = 0; i < width; ++i, f += step) {
-      taps.goTo(i);
-      beforeProduct();
-      addProduct(sum.get(), taps.read(), elementAt(h, f));
-    }
-  }
+  forEachTap(taps, *this->filter, [&](int n) {
+    beforeProduct();
+    addProduct(sum.get(), taps.read(), elementAt(h, flipFilter != 0 ? last - n : n));
+  });
 }
 
 template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>

@@ -47,6 +47,37 @@ inline bool isGreater(const std::complex<T>& a, const std::complex<T>& b) {
   return a.real() * a.real() + a.imag() * a.imag() > b.real() * b.real() + b.imag() * b.imag();
 }
 
+/// a[i] > a[j], of one array; `spare` holds an element meanwhile where they cannot be had at once.
+template <class T>
+inline bool isGreaterElement(T* a, int i, int j, T* /*spare*/) {
+  return isGreater(a[i], a[j]);
+}
+inline bool isGreaterElement(Fixpt* a, int i, int j, Fixpt* spare) {
+  Fixpt& first = elementAt(spare, 0);
+  first = elementAt(a, i);
+  return first > elementAt(a, j);
+}
+
+/// Swaps a[i] and a[j]; `spare` holds two elements of the same type meanwhile.
+template <class T>
+inline void swapElements(T* a, int i, int j, T* spare) {
+  assign(elementAt(spare, 0), elementAt(a, i));
+  assign(elementAt(spare, 1), elementAt(a, j));
+  assign(elementAt(a, i), elementAt(spare, 1));
+  assign(elementAt(a, j), elementAt(spare, 0));
+}
+
+/// lower := mean of `lower` and `upper`, each halved before the sum, which so cannot overflow.
+template <class T>
+inline void averageInto(T& lower, const T& upper) {
+  lower = upper * T(0.5) + lower * T(0.5);
+}
+/// The sum is cast into the type of `lower`, its half again.
+inline void averageInto(Fixpt& lower, const Fixpt& upper) {
+  lower += upper;
+  lower >>= 1;
+}
+
 /// sum := sum + tap * h, for real elements.
 template <class T>
 inline void multiplyAdd(T& sum, const T& tap, const T& h) {

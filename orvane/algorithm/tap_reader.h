@@ -2,6 +2,7 @@
 
 #include "orvane/algorithm/element.h"
 #include "orvane/core/clever_ptr.h"
+#include "orvane/plan/block.h"
 #include "orvane/plan/sector.h"
 
 /// Ways of reading the taps of a window, row by row: `beginRow(j)` once per row, `goTo(i)` once per tap, `read()` as
@@ -61,5 +62,20 @@ class OutsideTaps : public PaddedTaps<InputT> {
   using PaddedTaps<InputT>::PaddedTaps;
   UT& read() { return *this->input.getPad().readOutside(this->input.getBlock(), this->sector, 2, this->index); }
 };
+
+/// Brings `taps` to each tap of `window` in turn, dimension 1 outer and dimension 0 inner, and calls
+/// `visit(n)` at tap number n.
+template <class TapsT, class VisitT>
+inline void forEachTap(TapsT& taps, const TraversableBlock& window, VisitT&& visit) {
+  const int width = window.getEnd().ptr[0] + 1, height = window.getEnd().ptr[1] + 1;
+  int n = 0;
+  for (int j = 0; j < height; ++j) {
+    taps.beginRow(j);
+    for (int i = 0; i < width; ++i, ++n) {
+      taps.goTo(i);
+      visit(n);
+    }
+  }
+}
 
 }  // namespace BP

@@ -8,17 +8,6 @@
 
 namespace BP {
 
-/// Product of the extents; 0 if one is below 1 or there is none, 2^31 if it is that or more.
-inline std::int64_t elementCount(int nDims, const int* dims) {
-  constexpr std::int64_t tooMany = std::int64_t{1} << 31;
-  std::int64_t count = nDims < 1 ? 0 : 1;
-  for (int d = 0; d < nDims; ++d) {
-    if (dims[d] < 1) return 0;
-    count = std::min(count * dims[d], tooMany);
-  }
-  return count;
-}
-
 template <class HT, class UT, class YT, class AllocT>
 ConvCorrSeparable<HT, UT, YT, AllocT>::ConvCorrSeparable(AllocT* alloc, int rank, CleverPtr<int>& hDims, bool isHgtU1,
                                                          CleverPtr<int>& h2Dims, bool isHgtU2, CleverPtr<int>& uDims,

@@ -8,6 +8,7 @@ namespace BP {
 /// The kernel of an algorithm with scores at two-dimensional positions: each operation is one walk (see sector_walk.h)
 /// compiled for the sector's kind, the use of the results, the pad and the algorithm, without a branch on any of them.
 /// With an algorithm that is walked by an iterator (it says so by `walksByIterator`) all operations are empty.
+/// An algorithm can refuse a sector, by `canRun`; nothing is read or written then.
 template <class Out, class Algo, class Alloc>
 class TerminalKernel : public Kernel<Out, Alloc> {
  public:
@@ -24,6 +25,7 @@ class TerminalKernel : public Kernel<Out, Alloc> {
   void runOutside(OutsideSector& s, Out& result) override { run(s, result); }
   void runBoundary(BoundarySector& s, Out& result) override { run(s, result); }
   void runInside(InsideSector& s, Out& result) override {
+    if (!canRun()) return;
     if constexpr (requires { algorithm->runWholeSector(s, result); }) {
       if (algorithm->runWholeSector(s, result)) return;
     }
@@ -40,6 +42,11 @@ class TerminalKernel : public Kernel<Out, Alloc> {
  private:
   static constexpr bool isEmpty = requires { Algo::walksByIterator; };
 
+  bool canRun() const {
+    if constexpr (requires { algorithm->canRun(); }) return algorithm->canRun();
+    return true;
+  }
+
   auto scorerOf(InsideSector& sector, const WalkGeometry& walk) {
     return InsideScorer<Algo, Out>(*algorithm, sector, *this->output, walk);
   }
@@ -48,29 +55,34 @@ class TerminalKernel : public Kernel<Out, Alloc> {
     return OuterScorer<Algo, Out, SectorT>(*algorithm, sector, *this->output, walk);
   }
 
+  /// Has `walk(scorer, geometry)` go over the sector, unless it is not to be run.
+  template <class SectorT, class WalkT>
+  void walkOver(SectorT& sector, const Out& result, WalkT&& walk) {
+    if constexpr (!isEmpty) {
+      if (!canRun()) return;
+      const WalkGeometry geometry = walkGeometry(*algorithm, sector, result);
+      walk(scorerOf(sector, geometry), geometry);
+    }
+  }
+
   template <class SectorT>
   void run(SectorT& sector, Out& result) {
-    if constexpr (!isEmpty) {
-      const WalkGeometry walk = walkGeometry(*algorithm, sector, result);
-      runWalk(scorerOf(sector, walk), walk, *this->output, result);
-    }
+    walkOver(sector, result,
+             [&](auto scorer, const WalkGeometry& geometry) { runWalk(scorer, geometry, *this->output, result); });
   }
 
   template <class SectorT>
   void search(SectorT& sector, Out& result, CleverPtr<int>& bestIndex) {
-    if constexpr (!isEmpty) {
-      const WalkGeometry walk = walkGeometry(*algorithm, sector, result);
-      searchWalk(scorerOf(sector, walk), walk, BestMatch<Algo, Out>(*algorithm, *this->output, bestIndex));
-    }
+    walkOver(sector, result, [&](auto scorer, const WalkGeometry& geometry) {
+      searchWalk(scorer, geometry, BestMatch<Algo, Out>(*algorithm, *this->output, bestIndex));
+    });
   }
 
   template <class SectorT>
   void stepSearch(SectorT& sector, Out& result, CleverPtr<int>& bestIndex) {
-    if constexpr (!isEmpty) {
-      const WalkGeometry walk = walkGeometry(*algorithm, sector, result);
-      stepSearchWalk(scorerOf(sector, walk), walk, BestMatch<Algo, Out>(*algorithm, *this->output, bestIndex),
-                     bestIndex);
-    }
+    walkOver(sector, result, [&](auto scorer, const WalkGeometry& geometry) {
+      stepSearchWalk(scorer, geometry, BestMatch<Algo, Out>(*algorithm, *this->output, bestIndex), bestIndex);
+    });
   }
 
   Algo* algorithm;

@@ -1,5 +1,7 @@
 #include "orvane/plan/block.h"
 
+#include <algorithm>
+
 namespace BP {
 
 Block::~Block() = default;
@@ -20,6 +22,16 @@ int computeStrides(int numDims, const int* dims, int* strides) {
   strides[0] = 1;
   for (int d = 1; d < numDims; ++d) strides[d] = strides[d - 1] * dims[d - 1];
   return strides[numDims - 1] * dims[numDims - 1];
+}
+
+std::int64_t elementCount(int numDims, const int* dims) {
+  constexpr std::int64_t tooMany = std::int64_t{1} << 31;
+  std::int64_t count = numDims < 1 ? 0 : 1;
+  for (int d = 0; d < numDims; ++d) {
+    if (dims[d] < 1) return 0;
+    count = std::min(count * dims[d], tooMany);
+  }
+  return count;
 }
 
 }  // namespace BP

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "orvane/core/clever_ptr.h"
 
 /// Shapes and where they lie.
@@ -64,6 +66,9 @@ class TraversableBlock : public Block, public Traversable {
 
 /// strides[0] = 1, strides[d] = strides[d-1] * dims[d-1]; returns the product of all extents, 0 without dimensions.
 int computeStrides(int numDims, const int* dims, int* strides);
+
+/// Product of the extents; 0 if one is below 1 or there is none, 2^31 if it is that or more: no array has so many.
+std::int64_t elementCount(int numDims, const int* dims);
 
 /// The elements of a block of type T, and the steps in memory between them.
 template <class T, class Alloc>

@@ -1,0 +1,115 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <type_traits>
+
+#include "orvane/algorithm/algorithm.h"
+#include "orvane/algorithm/element.h"
+#include "orvane/algorithm/tap_reader.h"
+#include "orvane/core/clever_ptr.h"
+#include "orvane/core/enums.h"
+#include "orvane/input/output.h"
+#include "orvane/median/selection_window.h"
+#include "orvane/plan/block.h"
+#include "orvane/plan/sector.h"
+
+namespace BP {
+
+/// The median of the values under a window that has a shape and no coefficients.
+///
+///     n odd    the middle one of the n values in ascending order
+///     n even   float, double   upper * 0.5 + lower * 0.5 of the two in the middle: no overflow where they are large
+///              fixed point     (lower + upper) >> 1, summed in the type "accumulator" and rounded by its mode
+///     bool     true if at least half of the values are: a tie gives true
+///
+/// UT and YT are the element types of input and output, equal ones. The window covers dimensions 0 and 1. -0 and 0
+/// compare as equal: which of them is the middle one depends on the order of the values. A window that holds NaN gives
+/// one of its values, or the mean of two, of no certain rank, but the same one on every machine.
+///
+/// The store of the values is sized once, at `setupAttachWork`, for the window of then. A window that has outgrown it
+/// is not computed, nor is one without elements, of which there is no median (but of `bool`, which needs no store: no
+/// value at all is a tie).
+template <class AllocT, class InputT, class YT, class UT>
+class MedianFilterAlgorithm : public DistanceMetricAlgorithm<AllocT, TraversableBlock, InputT, YT, UT> {
+ public:
+  using Base = DistanceMetricAlgorithm<AllocT, TraversableBlock, InputT, YT, UT>;
+  using Out = Output<YT, AllocT>;
+
+  MedianFilterAlgorithm(AllocT* alloc, TraversableBlock* window, InputT* in) : Base(alloc, window, in) {
+    if constexpr (!isCounting) alloc->allocateArray(lowerMiddle, 1, "accumulator");
+  }
+
+  /// The common set-up; at `setupAttachWork` the store of the window's values is made.
+  void setup(setupModeT mode) {
+    Base::setup(mode);
+    if constexpr (!isCounting) {
+      if (mode != setupAttachWork) return;
+      constexpr std::int64_t most = std::numeric_limits<int>::max();
+      const std::int64_t size = elementCount(this->filter->getNumDims(), this->filter->getDims().ptr);
+      values = std::make_unique<SelectionWindow<UT>>(this->allocator, static_cast<int>(std::min(size, most)));
+    }
+  }
+
+  /// Whether the window is one that can be computed; if not, kernels leave the output alone.
+  bool canRun() const {
+    if constexpr (isCounting) return true;
+    const std::int64_t n = count();
+    return n > 0 && values != nullptr && n <= values->getCapacity();
+  }
+
+  /// The median of a window wholly inside the input, whose first element has linear index `imageIndex`.
+  void scoreAt(const InsideSector& /*region*/, Out& y1, int imageIndex) {
+    computeMedian(InsideTaps<UT>(this->input->getBlock(), imageIndex), y1);
+  }
+  /// The median of a window that crosses an edge; `windowOrigin` holds the coordinates of its first element.
+  void boundaryAt(const BoundarySector& sector, Out& y1, const CleverPtr<int>& windowOrigin) {
+    computeMedian(BoundaryTaps<UT, InputT>(*this->input, sector, windowOrigin), y1);
+  }
+  /// The median of a window that misses the input.
+  void outsideAt(const OutsideSector& sector, Out& y1,
+                 const CleverPtr<int>& windowOrigin) requires(InputT::padType > PadTypeConstant) {
+    computeMedian(OutsideTaps<UT, InputT>(*this->input, sector, windowOrigin), y1);
+  }
+
+ private:
+  static constexpr bool isCounting = std::is_same_v<UT, bool>;
+
+  /// Number of values in the window as it is walked.
+  std::int64_t count() const {
+    const int* end = this->filter->getEnd().ptr;
+    const std::int64_t width = std::max(end[0] + 1, 0), height = std::max(end[1] + 1, 0);
+    return width * height;
+  }
+
+  template <class TapsT>
+  void computeMedian(TapsT taps, Out& y1) {
+    YT& result = elementAt(y1.getBlock().getData().ptr, 0);
+    if constexpr (isCounting) {
+      std::int64_t trueCount = 0;
+      forEachTap(taps, *this->filter, [&](int /*n*/) { trueCount += taps.read() ? 1 : 0; });
+      result = 2 * trueCount >= count();
+    } else {
+      forEachTap(taps, *this->filter, [&](int n) { assign(values->at(n), taps.read()); });
+      selectMiddle(static_cast<int>(count()), result);
+    }
+  }
+
+  void selectMiddle(int n, YT& result) {
+    const int k = (n - 1) / 2;
+    values->select(k, n);
+    if (n % 2 != 0) return assign(result, values->at(k));
+    YT& mean = elementAt(lowerMiddle.ptr, 0);
+    assign(mean, values->at(k));
+    values->select(k + 1, n);
+    averageInto(mean, values->at(k + 1));
+    assign(result, mean);
+  }
+
+  CleverPtr<YT> lowerMiddle;
+  std::unique_ptr<SelectionWindow<UT>> values;
+};
+
+}  // namespace BP

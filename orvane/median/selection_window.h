@@ -1,0 +1,87 @@
+#pragma once
+
+#include "orvane/algorithm/element.h"
+#include "orvane/core/clever_ptr.h"
+
+namespace BP {
+
+/// The values of one window, and selection by rank among them: partitioning in place, with the median of three for the
+/// pivot (C. A. R. Hoare's Find, with R. C. Singleton's choice of pivot). O(n) steps on average, no allocation.
+///
+/// Elements are of type T, fixed point of the role "input". The order of comparisons and swaps is fixed, since it
+/// decides which of several equal values, such as zeros of both signs, ends where.
+///
+/// The scans of a partition run without a bound: the pivot, at hi - 1, stops the one that goes up, and a[lo] the one
+/// that goes down, since the median of three leaves no a[lo] > pivot. That holds for NaN too, which is neither greater
+/// nor less than anything: the first step leaves no a[lo] > a[mid]; the second lowers a[lo] at most and leaves no
+/// a[lo] > a[hi]; the third at most brings that a[hi] to the middle. So NaN never leads outside the values and each
+/// partition leaves less to look at; only the rank of what comes out is then meaningless.
+template <class T>
+class SelectionWindow {
+ public:
+  /// Makes room for `size` values.
+  template <class AllocT>
+  SelectionWindow(AllocT* allocator, int size) : capacity(size) {
+    allocator->allocateArray(values, capacity, "input");
+    allocator->allocateArray(swapPair, 2, "input");
+    allocator->allocateArray(pivot, 1, "input");
+  }
+
+  int getCapacity() const { return capacity; }
+  /// Value `i`; for fixed point good until the next access.
+  T& at(int i) { return elementAt(values.ptr, i); }
+
+  /// Brings to place `k` of the first `n` values the one that a sort would put there; n >= 1, 0 <= k < n.
+  void select(int k, int n) {
+    int lo = 0, hi = n - 1;
+    if (hi >= 2) {
+      do {
+        medianOfThree(lo, hi);
+        const int p = partition(lo, hi);
+        if (k <= p) hi = p - 1;
+        if (k >= p) lo = p + 1;
+      } while (hi > lo + 1);
+    }
+    if (hi - lo == 1) orderPair(lo, hi);
+  }
+
+ private:
+  void swap(int i, int j) { swapElements(values.ptr, i, j, swapPair.ptr); }
+  void orderPair(int i, int j) {
+    if (isGreaterElement(values.ptr, i, j, swapPair.ptr)) swap(i, j);
+  }
+
+  /// Orders a[lo], a[mid] and a[hi], and takes the middle one for the pivot, at hi - 1.
+  void medianOfThree(int lo, int hi) {
+    const int mid = (lo + hi) >> 1;
+    orderPair(lo, mid);
+    orderPair(lo, hi);
+    orderPair(mid, hi);
+    swap(mid, hi - 1);
+    assign(elementAt(pivot.ptr, 0), at(hi - 1));
+  }
+
+  /// Brings values below the pivot to its left and those above to its right; returns its place. Equal values stop both
+  /// scans, which keeps the two sides balanced where many values are equal.
+  int partition(int lo, int hi) {
+    const T& middle = elementAt(pivot.ptr, 0);
+    int i = lo, j = hi - 1;
+    for (;;) {
+      do ++i;
+      while (isGreater(middle, at(i)));
+      do --j;
+      while (isGreater(at(j), middle));
+      if (i >= j) break;
+      swap(i, j);
+    }
+    swap(i, hi - 1);
+    return i;
+  }
+
+  int capacity;
+  CleverPtr<T> values;
+  CleverPtr<T> swapPair;
+  CleverPtr<T> pivot;
+};
+
+}  // namespace BP
