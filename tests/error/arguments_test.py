@@ -2,6 +2,7 @@
 
 import unittest
 
+import numpy
 from refusal_case import RefusalCase
 
 
@@ -113,6 +114,22 @@ class ArgumentsTest(RefusalCase):
         ):
             kernel = [] if "--kernel" in options else ["--kernel", "1"]
             self.filter_refused([*kernel, *options], *words)
+
+    def test_arrays(self):
+        for array, options, *words in (
+            (numpy.zeros((2, 3, 4)), [], "3 dimensions", "1 and 2"),
+            (numpy.zeros(()), [], "0 dimensions", "1 and 2"),
+            (numpy.zeros((0, 4)), [], "extent 0 in dimension 1", "1 to 2147483647"),
+            (numpy.zeros((3, 4), dtype=numpy.int16), [], "int16", "--type", "float, double"),
+            (numpy.zeros(5), ["--kernel", "1;2"], "rank"),
+            (numpy.zeros((3, 4)), ["--kernel", "box:4"], "extent 4 in dimension 1", "4 x 3", "1 to 3"),
+            (numpy.zeros((3, 4)), ["--mode", "same", "--pad", "constant:1,2"], "1 + 2i", "real"),
+        ):
+            numpy.save(self.folder / "in.npy", array)
+            kernel = [] if "--kernel" in options else ["--kernel", "1"]
+            self.refused(["convolve", "in.npy", "out.npy", *kernel, *options], *words)
+        self.refused(["convolve", "in.npy", "old.png", "--kernel", "1"], "'old.png'", ".npy")
+        self.refused(["convolve", "in.png", "out.npy", "--kernel", "1"], "'out.npy'", ".png")
 
     def test_separable_kernels(self):
         for row, column, *words in (
