@@ -51,33 +51,41 @@ constexpr ElementType typeOf() {
   return sizeof(T) == 4 ? ElementType::float32 : ElementType::float64;
 }
 
-/// A real value in another type; counts it if that does not have it.
-template <class To, class From>
-To converted(From value, std::uint64_t& rounded) {
-  const To result = static_cast<To>(value);
-  if constexpr (!std::is_same_v<To, From>) {  // `long double` holds every whole number of 64 bits
-    const auto before = static_cast<long double>(value);
-    if (before == before && before != static_cast<long double>(result)) ++rounded;
+/// Conversion of one element into To, which counts it in `rounded` if To does not have its value.
+template <class To>
+struct Into {
+  template <class From>
+  static To convert(From value, std::uint64_t& rounded) {
+    const To result = static_cast<To>(value);
+    if constexpr (!std::is_same_v<To, From>) {  // `long double` holds every whole number of 64 bits
+      const auto before = static_cast<long double>(value);
+      if (before == before && before != static_cast<long double>(result)) ++rounded;
+    }
+    return result;
   }
-  return result;
-}
+  template <class Real>
+  static To convert(const std::complex<Real>& /*value*/, std::uint64_t& /*rounded*/) {
+    throw std::logic_error("complex elements do not become real ones");
+  }
+};
+template <class Real>
+struct Into<std::complex<Real>> {
+  template <class From>
+  static std::complex<Real> convert(const From& value, std::uint64_t& rounded) {
+    std::uint64_t parts = 0;
+    const std::complex<Real> result(Into<Real>::convert(std::real(value), parts),
+                                    Into<Real>::convert(std::imag(value), parts));
+    rounded += parts > 0 ? 1 : 0;
+    return result;
+  }
+};
 
 /// The elements as To, which is complex if they are.
 template <class To>
 filters::Array<To> elementsAs(const Array& array, const Extents& extents, std::uint64_t& rounded) {
   filters::Array<To> result(extents);
   visitElements(array, [&](const auto* elements) {
-    using From = std::remove_cvref_t<decltype(*elements)>;
-    for (std::size_t i = 0; i < result.size(); ++i) {
-      if constexpr (IsComplex<To>::value && IsComplex<From>::value) {
-        using Real = typename To::value_type;
-        std::uint64_t parts = 0;
-        result[i] = {converted<Real>(elements[i].real(), parts), converted<Real>(elements[i].imag(), parts)};
-        rounded += parts > 0 ? 1 : 0;
-      } else if constexpr (!IsComplex<To>::value && !IsComplex<From>::value) {
-        result[i] = converted<To>(elements[i], rounded);
-      }
-    }
+    for (std::size_t i = 0; i < result.size(); ++i) result[i] = Into<To>::convert(elements[i], rounded);
   });
   return result;
 }
