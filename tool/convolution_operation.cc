@@ -1,8 +1,10 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "tool/filter_image.h"
+#include "tool/filter_settings.h"
 #include "tool/kernel.h"
 #include "tool/operations.h"
 #include "tool/png_file.h"
@@ -12,66 +14,125 @@ namespace BP::tool {
 
 namespace {
 
+/// What the operations have in common.
 struct Arguments {
   std::string in;
   std::string out;
-  std::string kernel;
-  std::string scale = "1";
   std::string scaleOutput = "1";
   std::string offset = "0";
   bool quiet = false;
+  FilterTexts filter;
 };
 
-void tellClipped(const FilteredImage& result, const std::string& out) {
+struct MatrixArguments : Arguments {
+  std::string kernel;
+  std::string scale = "1";
+};
+
+struct SeparableArguments : Arguments {
+  std::string row;
+  std::string column;
+  bool correlates = false;
+};
+
+void tell(const FilteredImage& result, const std::string& out) {
   const Image& image = result.image;
   const std::uint64_t all = std::uint64_t{image.pixels()} * static_cast<std::uint64_t>(image.colours());
-  std::fprintf(stderr, "orvane: %s: %llu of %llu values were clipped to 0..%d (see --scale-output and --offset)\n",
-               out.c_str(), static_cast<unsigned long long>(result.clipped), static_cast<unsigned long long>(all),
-               image.maximum());
+  if (result.clipped > 0) {
+    std::fprintf(stderr, "orvane: %s: %llu of %llu values were clipped to 0..%d (see --scale-output and --offset)\n",
+                 out.c_str(), static_cast<unsigned long long>(result.clipped), static_cast<unsigned long long>(all),
+                 image.maximum());
+  }
+  if (!result.fixedTable.empty()) {
+    std::fprintf(stderr, "orvane: %s: fixed-point values\n%s", out.c_str(), result.fixedTable.c_str());
+  }
 }
 
-void run(const Arguments& arguments, AlgorithmModeEnum mode) {
-  const Kernel kernel = parseKernel(arguments.kernel, parseNumber(arguments.scale, "--scale"));
+void run(const Arguments& arguments, const FilterSettings& settings) {
   const SampleScaling scaling{parseNumber(arguments.scaleOutput, "--scale-output"),
                               parseNumber(arguments.offset, "--offset")};
   checkPngName(arguments.out);
-  const FilteredImage result = filterImage(readPng(arguments.in), kernel, mode, scaling);
+  const FilteredImage result = filterImage(readPng(arguments.in), settings, scaling);
   writePng(arguments.out, result.image);
-  if (result.clipped > 0 && !arguments.quiet) tellClipped(result, arguments.out);
+  if (!arguments.quiet) tell(result, arguments.out);
 }
 
-void addOperation(CLI::App& command, const std::string& name, AlgorithmModeEnum mode, const std::string& description) {
+/// The arguments that come first.
+void addFiles(CLI::App& operation, Arguments& arguments) {
+  operation.add_option("IN", arguments.in, "PNG picture of 1 to 16 bits; each colour channel is filtered")
+      ->required()
+      ->type_name("");
+  operation.add_option("OUT", arguments.out, "PNG picture to write, may be IN")->required()->type_name("");
+}
+
+void addNumber(CLI::App& operation, const std::string& option, std::string& text, const std::string& meaning) {
+  operation.add_option(option, text, meaning)->type_name("NUMBER")->capture_default_str();
+}
+
+/// The options that come last, and the text below them.
+void addOutputOptions(CLI::App& operation, Arguments& arguments, const std::string& kernels, bool canNormalise,
+                      const std::string& example) {
+  addFilterOptions(operation, arguments.filter, canNormalise);
+  addNumber(operation, "--scale-output", arguments.scaleOutput, "Multiplies each sum; such as 1/2 for signed results");
+  addNumber(operation, "--offset", arguments.offset, "Added to each scaled sum; such as 128 for signed results");
+  operation.add_flag("--quiet", arguments.quiet, "Does not say how many values were clipped, nor of fixed point");
+  operation.footer(
+      "Kernels:\n" + kernels + "\n" + filterFooter(canNormalise) +
+      "\nOutput samples are round(sum * scale-output + offset), ties to even, clipped to the range of "
+      "IN's bit depth.\nAlpha is not filtered: outputs have that of the pixel under the kernel's middle, "
+      "beyond the edge by the\nrule of the pad, 0 with a constant one. Gamma, colour profile and texts are "
+      "dropped.\nExample: orvane " +
+      example + "\n");
+}
+
+void addMatrix(CLI::App& command, const std::string& name, filters::Direction direction,
+               const std::string& description) {
   CLI::App* operation = command.add_subcommand(name, description);
-  const auto arguments = std::make_shared<Arguments>();
-  operation->add_option("IN", arguments->in, "PNG picture of 1 to 16 bits; each colour channel is filtered")
-      ->required()
-      ->type_name("");
-  operation->add_option("OUT", arguments->out, "PNG picture to write, may be IN; smaller by the kernel's sides less 1")
-      ->required()
-      ->type_name("");
+  const auto arguments = std::make_shared<MatrixArguments>();
+  addFiles(*operation, *arguments);
   operation->add_option("--kernel", arguments->kernel, "The filter, see below")->required()->type_name("KERNEL");
-  const auto addNumber = [&](const std::string& option, std::string& text, const std::string& meaning) {
-    operation->add_option(option, text, meaning)->type_name("NUMBER")->capture_default_str();
-  };
-  addNumber("--scale", arguments->scale, "Multiplies each element of the kernel; such as 0.1 or 1/16");
-  addNumber("--scale-output", arguments->scaleOutput, "Multiplies each sum; such as 1/2 for signed results");
-  addNumber("--offset", arguments->offset, "Added to each scaled sum; such as 128 for signed results");
-  operation->add_flag("--quiet", arguments->quiet, "Does not say how many values were clipped");
-  operation->footer("Kernels:\n" + kernelForms() +
-                    "\nOutput samples are round(sum * scale-output + offset), ties to even, clipped to the range of "
-                    "IN's bit depth.\nAlpha is cropped, not filtered; gamma, colour profile and texts are "
-                    "dropped.\nExample: orvane " +
-                    name + " photo.png filtered.png --kernel gaussian:9:2\n");
-  operation->callback([arguments, mode] { run(*arguments, mode); });
+  addNumber(*operation, "--scale", arguments->scale, "Multiplies each element of the kernel; such as 0.1 or 1/16");
+  addOutputOptions(*operation, *arguments, kernelForms(), true,
+                   name + " photo.png filtered.png --kernel gaussian:9:2 --mode same --pad replicate");
+  operation->callback([arguments, direction] {
+    FilterSettings settings = parseFilterTexts(arguments->filter, direction);
+    settings.kernels = {parseKernel(arguments->kernel, parseNumber(arguments->scale, "--scale"))};
+    run(*arguments, settings);
+  });
+}
+
+void addSeparable(CLI::App& command) {
+  CLI::App* operation = command.add_subcommand(
+      "separable", "Convolution with a row of numbers, then with a column: faster than with their product");
+  const auto arguments = std::make_shared<SeparableArguments>();
+  addFiles(*operation, *arguments);
+  operation->add_option("--column", arguments->column, "Numbers that run down the picture, see below")
+      ->required()
+      ->type_name("LINE");
+  operation->add_option("--row", arguments->row, "Numbers that run across the picture, from left to right")
+      ->required()
+      ->type_name("LINE");
+  operation->add_flag("--correlate", arguments->correlates, "Lays row and column as they are, not turned round");
+  addOutputOptions(
+      *operation, *arguments, lineForms(), false,
+      "separable photo.png soft.png --column gaussian:25:6 --row gaussian:25:6 --mode same --pad symmetric");
+  operation->callback([arguments] {
+    FilterSettings settings = parseFilterTexts(
+        arguments->filter, arguments->correlates ? filters::Direction::correlation : filters::Direction::convolution);
+    settings.kernels = {parseLine(arguments->row, "--row"), parseLine(arguments->column, "--column")};
+    std::swap(settings.kernels[1].width, settings.kernels[1].height);
+    run(*arguments, settings);
+  });
 }
 
 }  // namespace
 
 void addConvolution(CLI::App& command) {
-  addOperation(command, "convolve", AlgorithmModeConvolution,
-               "Convolution: the kernel, turned by 180 degrees, is laid over each position and the products summed");
-  addOperation(command, "correlate", AlgorithmModeCorrelation,
-               "Correlation: the kernel is laid over each position as it is and the products summed");
+  addMatrix(command, "convolve", filters::Direction::convolution,
+            "Convolution: the kernel, turned by 180 degrees, is laid over each position and the products summed");
+  addMatrix(command, "correlate", filters::Direction::correlation,
+            "Correlation: the kernel is laid over each position as it is and the products summed");
+  addSeparable(command);
 }
 
 }  // namespace BP::tool

@@ -147,12 +147,14 @@ std::string readText(const std::string& path, std::size_t limit) {
   return text;
 }
 
-void replaceFile(const std::string& path, std::span<const std::uint8_t> bytes) {
+void replaceFile(const std::string& path, std::span<const std::uint8_t> bytes, std::span<const std::uint8_t> more) {
   const auto status = statusOf(path);
   if (status && S_ISDIR(status->st_mode)) fail("write", path, EISDIR);
   if (status && ::access(path.c_str(), W_OK) != 0) fail("write", path, errno);
   if (isStream(path)) {
-    Writer(::open(path.c_str(), O_WRONLY | O_CLOEXEC), path).write(bytes);
+    Writer stream(::open(path.c_str(), O_WRONLY | O_CLOEXEC), path);
+    stream.write(bytes);
+    stream.write(more);
     return;
   }
   const std::filesystem::path target = status ? std::filesystem::canonical(path) : std::filesystem::path(path);
@@ -160,6 +162,7 @@ void replaceFile(const std::string& path, std::span<const std::uint8_t> bytes) {
   TemporaryName temporary(target.parent_path());
   Writer writer(temporary.open(), path);
   writer.write(bytes);
+  writer.write(more);
   writer.setMode(status ? status->st_mode & 07777 : modeOfNewFiles());
   writer.finish();
   if (!temporary.rename(target)) fail("write", path, errno);

@@ -23,12 +23,12 @@ std::int64_t sizeOf(const File& file);
 /// All of a file; refused if it is longer than `limit` bytes.
 std::string readText(const std::string& path, std::size_t limit);
 
-/// Puts `bytes` under the name `path`, whole or not at all.
+/// Puts `bytes`, and behind them `more`, under the name `path`, whole or not at all.
 ///
 /// They go to a temporary file in the same folder, which then takes the name; a file of that name stays as it is until
 /// this moment, keeps its access rights, and is refused if it is write-protected. On failure the temporary file is
 /// removed; signals that ask to end wait meanwhile. A link is followed; a pipe or device is written straight.
-void replaceFile(const std::string& path, std::span<const std::uint8_t> bytes);
+void replaceFile(const std::string& path, std::span<const std::uint8_t> bytes, std::span<const std::uint8_t> more = {});
 
 /// True if `path` is there but neither a regular file nor a folder: a pipe or a device.
 bool isStream(const std::string& path);

@@ -1,85 +1,66 @@
 #include "tool/filter_image.h"
 
-#include <array>
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <stdexcept>
-#include <string>
-#include <vector>
+#include <utility>
 
-#include "orvane/convcorr/conv_corr_tolk.h"
-#include "orvane/host/reference_host.h"
+#include "orvane/filters/convolution.h"
+#include "tool/plane_filter.h"
+#include "tool/text.h"
 
 namespace BP::tool {
 
 namespace {
 
-std::string extents(int width, int height) { return std::to_string(width) + "x" + std::to_string(height); }
+using filters::Extents;
 
-void checkFits(const Image& image, const Kernel& kernel) {
-  if (kernel.width > image.width || kernel.height > image.height) {
-    throw std::runtime_error("the kernel of " + extents(kernel.width, kernel.height) + " is larger than the image of " +
-                             extents(image.width, image.height));
+std::string sides(int width, int height) { return std::to_string(width) + "x" + std::to_string(height); }
+
+void checkFits(const Image& image, const FilterSettings& settings) {
+  const int width = settings.windowWidth(), height = settings.windowHeight();
+  if (settings.options.mode == filters::OutputMode::valid && (width > image.width || height > image.height)) {
+    throw std::runtime_error("the kernel of " + sides(width, height) + " is larger than the image of " +
+                             sides(image.width, image.height) + "; with --mode same or full it may be");
   }
 }
 
 /// Refuses what could overflow to infinity, and from there to a sum that is no number.
-void checkRange(const Image& image, const Kernel& kernel, const SampleScaling& scaling) {
-  constexpr double most = 1e300;
-  double reach = 0;
-  for (double element : kernel.elements) reach += std::fabs(element);
-  reach *= image.maximum();
-  const double scaled = reach * std::fabs(scaling.scale) + std::fabs(scaling.offset);
-  if (!(reach <= most && scaled <= most)) {
-    throw std::runtime_error("kernel, scale and offset are too large: sums could exceed 1e300");
+void checkRange(const Image& image, const FilterSettings& settings, const SampleScaling& scaling) {
+  const double most = settings.sumType == ElementType::float32 ? 1e37 : 1e300;
+  double reach = std::max(static_cast<double>(image.maximum()), std::abs(settings.options.padValue));
+  for (const Kernel& kernel : settings.kernels) {
+    double sum = 0;
+    for (const double element : kernel.elements) sum += std::fabs(element);
+    reach *= sum;
   }
+  const bool squares = settings.options.normalise == filters::Normalisation::energy;
+  const double scaled = reach * std::fabs(scaling.scale) + std::fabs(scaling.offset);
+  if (reach <= most && scaled <= 1e300 && (!squares || reach * reach <= most)) return;
+  throw std::runtime_error("kernel, scale, offset or pad value are too large: sums could exceed " + numberText(most));
 }
 
-/// A front for planes of one size, with its host and its arrays.
-class PlaneFilter {
- public:
-  PlaneFilter(const Image& image, const Kernel& kernel, AlgorithmModeEnum mode)
-      : filterDims{kernel.width, kernel.height},
-        inputDims{image.width, image.height},
-        filter(kernel.elements),
-        input(image.pixels()),
-        output(static_cast<std::size_t>(image.width - kernel.width + 1) *
-               static_cast<std::size_t>(image.height - kernel.height + 1)),
-        front(host.getAdaptor(), 2, filterDims.data(), 2, inputDims.data(), PadTypeConstant, OutputModeValid, mode,
-              NormNone, false) {
-    host.provideWorkVectors(front.getAllocator());
-    const double padValue = 0;
-    front.setup(filter.data(), input.data(), output.data(), &padValue, false);
+/// A channel as a plane of elements T, dimension 0 from left to right.
+template <class T>
+filters::Array<T> channelOf(const Image& image, int channel) {
+  filters::Array<T> plane({image.width, image.height});
+  std::size_t from = static_cast<std::size_t>(channel);
+  for (T& value : plane) {
+    value = static_cast<T>(image.samples[from]);
+    from += static_cast<std::size_t>(image.channels);
   }
-
-  /// The filtered channel of `image`.
-  const std::vector<double>& run(const Image& image, int channel) {
-    std::size_t from = static_cast<std::size_t>(channel);
-    for (double& value : input) {
-      value = image.samples[from];
-      from += static_cast<std::size_t>(image.channels);
-    }
-    front.computeOutputs();
-    if (!host.getMessages().empty()) throw std::runtime_error(host.getMessages().front());
-    return output;
-  }
-
- private:
-  std::array<int, 2> filterDims;
-  std::array<int, 2> inputDims;
-  std::vector<double> filter;
-  std::vector<double> input;
-  std::vector<double> output;
-  ReferenceHost host;
-  ConvCorrTolk<double, double, double> front;
-};
+  return plane;
+}
 
 /// Writes `sums` into a channel of `result`.
-void storeChannel(FilteredImage& result, int channel, const std::vector<double>& sums, const SampleScaling& scaling) {
+template <class T>
+void storeChannel(FilteredImage& result, int channel, const filters::Array<T>& sums, const SampleScaling& scaling) {
   const double maximum = result.image.maximum();
   std::size_t to = static_cast<std::size_t>(channel);
-  for (double sum : sums) {
-    const double rounded = std::nearbyint(sum * scaling.scale + scaling.offset);
+  for (const T sum : sums) {
+    const double rounded = std::nearbyint(static_cast<double>(sum) * scaling.scale + scaling.offset);
+    if (!std::isfinite(rounded)) throw std::runtime_error("an output is not finite; --scale-output is too large");
     const bool below = rounded < 0;
     const bool above = rounded > maximum;
     if (below || above) ++result.clipped;
@@ -88,29 +69,59 @@ void storeChannel(FilteredImage& result, int channel, const std::vector<double>&
   }
 }
 
-void cropAlpha(const Image& image, const Kernel& kernel, Image& result) {
-  const int left = (kernel.width - 1) / 2;
-  const int up = (kernel.height - 1) / 2;
-  const int alpha = image.channels - 1;
-  for (int y = 0; y < result.height; ++y) {
-    for (int x = 0; x < result.width; ++x) {
-      result.samples[result.at(x, y, alpha)] = image.samples[image.at(x + left, y + up, alpha)];
-    }
+template <class T>
+void filterColours(const Image& image, const FilterSettings& settings, const SampleScaling& scaling,
+                   FilteredImage& result) {
+  const PlaneFilter<T> filter = makePlaneFilter<T>(settings, {image.width, image.height});
+  for (int c = 0; c < image.colours(); ++c) storeChannel(result, c, filter(channelOf<T>(image, c)), scaling);
+}
+
+void filterColoursFixed(const Image& image, const FilterSettings& settings, const SampleScaling& scaling,
+                        FilteredImage& result) {
+  FixedPlaneFilter filter(settings, {image.width, image.height}, false);
+  for (int c = 0; c < image.colours(); ++c) {
+    const auto plane = channelOf<double>(image, c);
+    storeChannel(result, c, filter.run<double>(plane), scaling);
   }
+  result.fixedTable = filter.table();
+}
+
+/// A line of `side` elements with a one where a window has its centre.
+Kernel centreOf(int side) {
+  Kernel line{side, 1, std::vector<double>(static_cast<std::size_t>(side))};
+  line.elements[static_cast<std::size_t>((side - 1) / 2)] = 1;
+  return line;
+}
+
+/// Alpha of the pixel under the centre, by a window that picks it.
+void placeAlpha(const Image& image, const FilterSettings& settings, FilteredImage& result) {
+  FilterSettings pick;
+  pick.options = {
+      .direction = filters::Direction::correlation, .mode = settings.options.mode, .pad = settings.options.pad};
+  pick.kernels = {centreOf(settings.windowWidth()), centreOf(settings.windowHeight())};
+  std::swap(pick.kernels.back().width, pick.kernels.back().height);
+  const int alpha = image.channels - 1;
+  const PlaneFilter<float> filter = makePlaneFilter<float>(pick, {image.width, image.height});
+  storeChannel(result, alpha, filter(channelOf<float>(image, alpha)), {});
 }
 
 }  // namespace
 
-FilteredImage filterImage(const Image& image, const Kernel& kernel, AlgorithmModeEnum mode,
-                          const SampleScaling& scaling) {
-  checkFits(image, kernel);
-  checkRange(image, kernel, scaling);
+FilteredImage filterImage(const Image& image, const FilterSettings& settings, const SampleScaling& scaling) {
+  checkFits(image, settings);
+  if (!settings.fixed) checkRange(image, settings, scaling);
+  const Extents extents = filters::outputExtents(
+      {image.width, image.height}, {settings.windowWidth(), settings.windowHeight()}, settings.options.mode);
   FilteredImage result;
-  result.image =
-      makeImage(image.width - kernel.width + 1, image.height - kernel.height + 1, image.channels, image.bitDepth);
-  PlaneFilter filter(image, kernel, mode);
-  for (int c = 0; c < image.colours(); ++c) storeChannel(result, c, filter.run(image, c), scaling);
-  if (image.hasAlpha()) cropAlpha(image, kernel, result.image);
+  result.image = makeImage(static_cast<int>(extents[0]), static_cast<int>(extents[1]), image.channels, image.bitDepth);
+  if (settings.fixed) {
+    filterColoursFixed(image, settings, scaling, result);
+  } else if (settings.sumType == ElementType::float32) {
+    filterColours<float>(image, settings, scaling, result);
+  } else {
+    filterColours<double>(image, settings, scaling, result);
+  }
+  if (image.hasAlpha()) placeAlpha(image, settings, result);
   return result;
 }
 

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
-#include "orvane/core/enums.h"
+#include "tool/filter_settings.h"
 #include "tool/image.h"
-#include "tool/kernel.h"
 
 namespace BP::tool {
 
@@ -17,17 +17,20 @@ struct SampleScaling {
 struct FilteredImage {
   Image image;
   std::uint64_t clipped = 0;  ///< samples that lay outside 0..maximum after rounding
+  std::string fixedTable;     ///< of a filter in fixed point, what happened to its values
 };
 
-/// Convolution or correlation (`mode`) of each colour channel with `kernel`, where it lies wholly in the image.
+/// Each colour channel of `image`, filtered as the settings say; pad values are samples.
 ///
-/// Sums run in double in the order that `ConvCorr` states. One multiplication, one addition, then rounding to the
-/// nearest whole number, ties to even, and clipping to the range of the samples, whose bit depth stays. The output is
-/// smaller by the kernel's sides less 1; alpha is cropped alike, to what lay under the window's centre (of the two in
-/// the middle of an even side, the one further left or up).
+/// Sums run in double unless the settings say otherwise. In double again follow one multiplication, one addition, then
+/// rounding to the nearest whole number, ties to even, and clipping to the range of the samples, whose bit depth stays.
 ///
-/// Throws `std::runtime_error` if the kernel is larger than the image or its sums could exceed the range of double.
-FilteredImage filterImage(const Image& image, const Kernel& kernel, AlgorithmModeEnum mode,
-                          const SampleScaling& scaling);
+/// Alpha is not filtered: each output gets that of the pixel under the window's centre (of the two in the middle of an
+/// even side, the one further left or up). Mode valid so crops it, same copies it, and full takes what lies beyond the
+/// edge by the rule of the pad, 0 with a constant one.
+///
+/// Throws `std::runtime_error` or `std::invalid_argument` if kernel and image do not fit, or sums could exceed the
+/// range of their type.
+FilteredImage filterImage(const Image& image, const FilterSettings& settings, const SampleScaling& scaling);
 
 }  // namespace BP::tool

@@ -19,11 +19,13 @@ namespace {
 
 using Settings = std::vector<std::string_view>;
 
-/// A kernel that is known by name: how it is written, what it does, how it is made of the settings after the name.
+/// A kernel that is known by name: how it is written, what it does, how it is made of the settings after the name, and
+/// how the line is made whose products with itself it consists of, if there is one.
 struct NamedKernel {
   std::string_view form;
   std::string_view meaning;
   Kernel (*make)(const Settings& settings);
+  Kernel (*makeLine)(const Settings& settings) = nullptr;
 
   std::string_view name() const { return form.substr(0, form.find(':')); }
   std::size_t settings() const { return static_cast<std::size_t>(std::ranges::count(form, ':')); }
@@ -39,8 +41,13 @@ Kernel makeBox(const Settings& settings) {
   return square(side, std::vector<double>(static_cast<std::size_t>(count), 1.0 / count));
 }
 
-/// exp(-(x^2 + y^2) / (2 sigma^2)) at the distances x and y from the middle, divided by the sum of all.
-Kernel makeGaussian(const Settings& settings) {
+Kernel makeBoxLine(const Settings& settings) {
+  const int side = parseSide(settings[0]);
+  return {side, 1, std::vector<double>(static_cast<std::size_t>(side), 1.0 / side)};
+}
+
+/// exp(-x^2 / (2 sigma^2)) at the distances x from the middle of a line.
+std::vector<double> gaussianProfile(const Settings& settings) {
   const int side = parseSide(settings[0]);
   const double sigma = parseNumber(settings[1], "kernel: SIGMA");
   if (sigma < 0.01 || sigma > 10000) {
@@ -51,25 +58,39 @@ Kernel makeGaussian(const Settings& settings) {
     const double distance = (i - 0.5 * (side - 1)) / sigma;
     profile.push_back(exponential(-0.5 * distance * distance));
   }
-  std::vector<double> elements;
+  return profile;
+}
+
+/// Divides elements by their sum.
+std::vector<double> ofSumOne(std::vector<double> elements, const Settings& settings) {
   double sum = 0;
-  for (double down : profile) {
-    for (double across : profile) {
-      elements.push_back(across * down);
-      sum += elements.back();
-    }
-  }
+  for (double element : elements) sum += element;
   if (sum == 0) {
-    throw std::runtime_error("kernel: SIGMA: " + inQuotes(settings[1]) + " is too small for N " + std::to_string(side) +
-                             ": all elements would be 0");
+    throw std::runtime_error("kernel: SIGMA: " + inQuotes(settings[1]) + " is too small for N " +
+                             std::string(settings[0]) + ": all elements would be 0");
   }
   for (double& element : elements) element /= sum;
-  return square(side, std::move(elements));
+  return elements;
+}
+
+Kernel makeGaussian(const Settings& settings) {
+  const std::vector<double> profile = gaussianProfile(settings);
+  std::vector<double> elements;
+  for (double down : profile) {
+    for (double across : profile) elements.push_back(across * down);
+  }
+  return square(static_cast<int>(profile.size()), ofSumOne(std::move(elements), settings));
+}
+
+Kernel makeGaussianLine(const Settings& settings) {
+  std::vector<double> profile = gaussianProfile(settings);
+  const int side = static_cast<int>(profile.size());
+  return {side, 1, ofSumOne(std::move(profile), settings)};
 }
 
 constexpr std::array<NamedKernel, 6> namedKernels{{
-    {"box:N", "mean of N x N pixels", makeBox},
-    {"gaussian:N:SIGMA", "N x N Gaussian of sum 1, SIGMA in pixels", makeGaussian},
+    {"box:N", "mean of N x N pixels", makeBox, makeBoxLine},
+    {"gaussian:N:SIGMA", "N x N Gaussian of sum 1, SIGMA in pixels", makeGaussian, makeGaussianLine},
     {"sharpen", "0,-1,0;-1,5,-1;0,-1,0",
      [](const Settings&) {
        return square(3, {0, -1, 0, -1, 5, -1, 0, -1, 0});
@@ -88,13 +109,21 @@ constexpr std::array<NamedKernel, 6> namedKernels{{
      }},
 }};
 
-Kernel makeNamed(const NamedKernel& named, const std::string& text) {
+/// The settings in `text` after the name.
+Settings settingsOf(const NamedKernel& named, const std::string& text) {
   Settings settings = split(text, ':');
   settings.erase(settings.begin());
   if (settings.size() != named.settings()) {
     throw std::runtime_error("kernel " + inQuotes(text) + ": allowed is " + std::string(named.form));
   }
-  return named.make(settings);
+  return settings;
+}
+
+/// The kernel whose name `text` starts with, or null.
+const NamedKernel* findNamed(const std::string& text) {
+  const std::string_view name = std::string_view(text).substr(0, text.find(':'));
+  const auto named = std::ranges::find_if(namedKernels, [&](const NamedKernel& k) { return k.name() == name; });
+  return named == namedKernels.end() ? nullptr : &*named;
 }
 
 /// A name that ends in .csv or is that of a file, even if commas in it make it look like a matrix.
@@ -116,9 +145,7 @@ bool looksLikeMatrix(std::string_view text) {
 
 Kernel parseUnscaled(const std::string& text) {
   if (trimmed(text).empty()) throw std::runtime_error("the kernel is empty; it needs at least one number");
-  const std::string_view name = std::string_view(text).substr(0, text.find(':'));
-  const auto named = std::ranges::find_if(namedKernels, [&](const NamedKernel& k) { return k.name() == name; });
-  if (named != namedKernels.end()) return makeNamed(*named, text);
+  if (const NamedKernel* named = findNamed(text)) return named->make(settingsOf(*named, text));
   if (isFileName(text)) return readMatrix(text);
   if (looksLikeMatrix(trimmed(text))) return parseMatrix(text, ';', "kernel " + inQuotes(text), "row");
   unknown(text);
@@ -135,6 +162,27 @@ Kernel parseKernel(const std::string& text, double scale) {
     }
   }
   return kernel;
+}
+
+Kernel parseLine(const std::string& text, const std::string& option) {
+  const NamedKernel* named = findNamed(text);
+  if (named != nullptr && named->makeLine != nullptr) return named->makeLine(settingsOf(*named, text));
+  Kernel line = parseUnscaled(text);
+  if (named != nullptr || (line.width > 1 && line.height > 1)) {
+    throw std::runtime_error(option + " " + inQuotes(text) +
+                             ": allowed are box:N, gaussian:N:SIGMA, or one line of numbers such as 1,2,1");
+  }
+  line.width *= std::exchange(line.height, 1);
+  return line;
+}
+
+std::string lineForms() {
+  return "  box:N               mean of N pixels\n"
+         "  gaussian:N:SIGMA    N elements of a Gaussian of sum 1, SIGMA in pixels\n"
+         "  1,2,1               any line of numbers; such as -0.5 or 1/16\n"
+         "  FILE                CSV file of one line\n"
+         "Lengths of 1 to " +
+         std::to_string(longestKernelSide) + ".\n";
 }
 
 std::string kernelForms() {

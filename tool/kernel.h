@@ -24,7 +24,13 @@ constexpr int longestKernelSide = 1023;
 /// `1,2,1;2,4,2;1,2,1`. Throws `std::runtime_error` that says what was given and what is allowed.
 Kernel parseKernel(const std::string& text, double scale);
 
+/// The line of numbers that `text` describes, as a kernel of one row: `box:N`, `gaussian:N:SIGMA`, or a matrix or CSV
+/// file of one row or one column. `option` appears in the `std::runtime_error` for anything else.
+Kernel parseLine(const std::string& text, const std::string& option);
+
 /// What `parseKernel` takes, one form a line, for usage texts.
 std::string kernelForms();
+/// The same for `parseLine`.
+std::string lineForms();
 
 }  // namespace BP::tool

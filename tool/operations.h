@@ -7,7 +7,7 @@ namespace BP::tool {
 // Each function adds operations to the command: a subcommand with its options, and as its callback the work itself,
 // which throws `std::runtime_error` with one line of text when it cannot be done.
 
-/// `convolve` and `correlate`.
+/// `convolve`, `correlate` and `separable`.
 void addConvolution(CLI::App& command);
 
 /// `chart`.

@@ -1,6 +1,7 @@
 #include "tool/plan_text.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "tool/options.h"

@@ -134,8 +134,9 @@ class BestMatch {
   BestMatch(Algo& algorithm, Out& y1, CleverPtr<int>& best)
       : collector(algorithm.getMinIdxCollector()), scratch(y1), bestIndex(best) {}
 
+  /// Out of line, so that the two searches share one copy of the algorithm.
   template <class ScorerT>
-  void take(ScorerT& score, int x, int y) {
+  [[gnu::noinline]] void take(ScorerT& score, int x, int y) {
     score(x, y);
     feed(collector, elementAt(scratch.getBlock().getData().ptr, 0), x, y);
     std::copy_n(collector.getIndex().ptr, 2, bestIndex.ptr);

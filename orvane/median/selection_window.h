@@ -11,11 +11,11 @@ namespace BP {
 /// Elements are of type T, fixed point of the role "input". The order of comparisons and swaps is fixed, since it
 /// decides which of several equal values, such as zeros of both signs, ends where.
 ///
-/// The scans of a partition run without a bound: the pivot at hi - 1 stops the one that goes up, and a[lo] the one that
-/// goes down, as the median of three leaves no a[lo] > pivot. With comparisons by `>` alone that holds for NaN too:
-/// where a step would need a NaN to be greater it leaves both in place, and the later steps never bring a lesser value
-/// to the middle without having compared it with a[lo]. So NaN never leads outside the array; it only makes the
-/// rank that comes out meaningless.
+/// The scans of a partition run without a bound: the pivot, at hi - 1, stops the one that goes up, and a[lo] the one
+/// that goes down, since the median of three leaves no a[lo] > pivot. That holds for NaN too, which is neither greater
+/// nor less than anything: the first step leaves no a[lo] > a[mid]; the second lowers a[lo] at most and leaves no
+/// a[lo] > a[hi]; the third at most brings that a[hi] to the middle. So NaN never leads outside the values and each
+/// partition leaves less to look at; only the rank of what comes out is then meaningless.
 template <class T>
 class SelectionWindow {
  public:

@@ -54,6 +54,7 @@ inline void Fixpt::putNarrow(int component, std::int64_t exact, const detail::Ro
     counters_.greatest = cast.value;
 }
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): a value of the array itself is like any other
 inline Fixpt& Fixpt::operator=(const Fixpt& v) {
   if (v.key_ != assignPlan_.key) [[unlikely]]
     return assignAny(v);

@@ -23,6 +23,11 @@ def boxes(picture, kinds):
 
 
 class PlanTest(CommandCase):
+    def test_files_that_the_guide_names_are_there(self):
+        guide = (ROOT / "docs" / "how-it-works.md").read_text()
+        for name in re.findall(r"`((?:orvane|scripts)/[^`]+)`", guide):
+            self.assertTrue((ROOT / name).is_file(), name)
+
     def test_pictures_and_tables_of_the_guide_are_what_the_command_makes(self):
         guide = ROOT / "docs" / "how-it-works.md"
         done = subprocess.run([ROOT / "scripts" / "draw-docs", Path(TOOL).parent, guide, self.folder],

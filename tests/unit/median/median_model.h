@@ -6,8 +6,8 @@
 
 #include "tests/support/conv_corr_model.h"
 
-/// What a median filter means, in two plain ways: by a sort of each window, and by the stated selection on a vector
-/// whose every access is checked, which also says which of two zeros or which part of a window with NaN comes out.
+/// What a median filter means, in two plain ways: by a sort of each window, and by the selection in its own words on a
+/// vector whose every access is checked; that one also says which of two zeros comes out, and what NaN leads to.
 namespace BP::test {
 
 /// The values under the window at output (x, y), in the order of gathering.

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <string_view>
+
+#include "orvane/filters/array.h"
+#include "orvane/filters/extents.h"
+
+/// Checks of arguments. Each throws `std::invalid_argument` whose text starts with the argument's name and its value,
+/// and says what is allowed.
+namespace BP::filters::detail {
+
+/// The greatest index, extent and element count of the filters behind, whose index arithmetic is signed 32-bit.
+constexpr std::int64_t greatestIndex = std::numeric_limits<std::int32_t>::max();
+
+/// Throws: "ARGUMENT: VALUE; ALLOWED".
+[[noreturn]] void refuse(std::string_view argument, const std::string& value, const std::string& allowed);
+
+/// The shortest text that reads back as `value`.
+std::string textOf(double value);
+
+/// Extents of 1 and more, of rank 1 or 2, with no more than `most` elements.
+void checkExtents(std::string_view argument, const Extents& extents, std::int64_t most = greatestIndex);
+
+/// Extents equal to `expected`, an array that is there.
+void checkArray(std::string_view argument, const void* data, const Extents& extents, const Extents& expected);
+template <class T>
+void checkArray(std::string_view argument, const ArrayView<T>& array, const Extents& expected) {
+  checkArray(argument, array.data(), array.extents(), expected);
+}
+
+/// An output that shares no byte with the input.
+void checkDisjoint(const void* input, std::size_t inputBytes, const void* output, std::size_t outputBytes);
+template <class T, class U>
+void checkDisjoint(const ArrayView<T>& input, const ArrayView<U>& output) {
+  checkDisjoint(input.data(), static_cast<std::size_t>(elementCount(input.extents())) * sizeof(T), output.data(),
+                static_cast<std::size_t>(elementCount(output.extents())) * sizeof(U));
+}
+
+/// An enumerator as people call it, and what the filters behind call it. Its place in a table is its number.
+template <class Core>
+struct Choice {
+  std::string_view name;
+  Core core;
+};
+
+/// As in "0 (valid), 1 (same)".
+template <class Core, std::size_t n>
+std::string listOf(const std::array<Choice<Core>, n>& choices) {
+  std::string list;
+  for (std::size_t i = 0; i < n; ++i) {
+    list += (i == 0 ? "" : ", ") + std::to_string(i) + " (" + std::string(choices[i].name) + ")";
+  }
+  return list;
+}
+
+/// What `value` means, an enumerator of the table.
+template <class Enumeration, class Core, std::size_t n>
+Core chosen(std::string_view argument, Enumeration value, const std::array<Choice<Core>, n>& choices) {
+  const auto number = static_cast<std::int64_t>(value);
+  if (number < 0 || number >= static_cast<std::int64_t>(n)) {
+    refuse(argument, std::to_string(number), "allowed are " + listOf(choices));
+  }
+  return choices[static_cast<std::size_t>(number)].core;
+}
+
+}  // namespace BP::filters::detail

@@ -1,0 +1,177 @@
+#include "orvane/filters/convolution.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+#include "orvane/filters/convolution_front.h"
+
+namespace BP::filters {
+
+namespace detail {
+
+namespace {
+
+template <class T>
+std::vector<T> copyOf(const char* argument, const ArrayView<const T>& array, const Extents& expected) {
+  checkArray(argument, array, expected);
+  return {array.data(), array.data() + elementCount(expected)};
+}
+
+/// A part of a pad value in the precision of the input; infinity only if it was asked for.
+template <class T>
+T padPart(double part) {
+  const T value = static_cast<T>(part);
+  if (std::isfinite(part) && !std::isfinite(value)) {
+    refuse("padValue", textOf(part), "it must lie in the range of the input's element type");
+  }
+  return value;
+}
+
+template <class UT>
+UT padElement(std::complex<double> value) {
+  constexpr bool isComplex = !std::is_same_v<UT, typename RealOf<UT>::type>;
+  checkPadValue(value, isComplex);
+  using Real = typename RealOf<UT>::type;
+  if constexpr (isComplex) {
+    return {padPart<Real>(value.real()), padPart<Real>(value.imag())};
+  } else {
+    return padPart<Real>(value.real());
+  }
+}
+
+}  // namespace
+
+/// One convolution with all that its front borrows: extents, filters, pad value, work vectors.
+template <class UT, class HT>
+class ConvolutionJob {
+ public:
+  using YT = ConvolutionOutput<UT, HT>;
+
+  ConvolutionJob(ArrayView<const HT> newFilter, const Extents& input, const ConvolutionOptions& options)
+      : geometry(input, newFilter.extents(), options),
+        filter(copyOf("filter", newFilter, geometry.filterExtents)),
+        padValue(padElement<UT>(options.padValue)),
+        front(makeFront<HT, UT, YT>(host, geometry)) {}
+
+  ConvolutionJob(ArrayView<const HT> first, ArrayView<const HT> newSecond, const Extents& input,
+                 const ConvolutionOptions& options)
+      : geometry(input, first.extents(), newSecond.extents(), options),
+        filter(copyOf("first filter", first, geometry.filterExtents)),
+        second(copyOf("second filter", newSecond, geometry.secondExtents)),
+        padValue(padElement<UT>(options.padValue)),
+        front(makeFront<HT, UT, YT>(host, geometry)) {}
+
+  void run(ArrayView<const UT> input, ArrayView<YT> output) {
+    checkArray("input", input, geometry.inputExtents);
+    checkArray("output", output, geometry.outputExtents);
+    checkDisjoint(input, output);
+    bind(const_cast<UT*>(input.data()), output.data());  // the front only reads it
+    front->computeOutputs();
+    throwMessages(host);
+  }
+
+  void setFilter(ArrayView<const HT> newFilter) {
+    checkArray("filter", newFilter, geometry.filterExtents);
+    std::copy_n(newFilter.data(), filter.size(), filter.data());
+  }
+
+  void setFilters(ArrayView<const HT> first, ArrayView<const HT> newSecond) {
+    checkArray("first filter", first, geometry.filterExtents);
+    checkArray("second filter", newSecond, geometry.secondExtents);
+    std::copy_n(first.data(), filter.size(), filter.data());
+    std::copy_n(newSecond.data(), second.size(), second.data());
+  }
+
+  void setPadValue(std::complex<double> value) { padValue = padElement<UT>(value); }
+
+  const Extents& outputExtents() const { return geometry.outputExtents; }
+
+ private:
+  /// Starts the front over these arrays, unless it was last run over them. Filters and pad value are read from their
+  /// places in every run.
+  void bind(UT* input, YT* output) {
+    if (input == boundInput && output == boundOutput) return;
+    constexpr bool isComplex = true;  // both parts of a complex pad value are there; a real one has no second
+    if (geometry.isSeparable()) {
+      front->setup(filter.data(), second.data(), input, output, &padValue, isComplex);
+    } else {
+      front->setup(filter.data(), input, output, &padValue, isComplex);
+    }
+    boundInput = input;
+    boundOutput = output;
+  }
+
+  ConvolutionGeometry geometry;
+  std::vector<HT> filter;
+  std::vector<HT> second;
+  UT padValue;
+  UT* boundInput = nullptr;
+  YT* boundOutput = nullptr;
+  ReferenceHost host;
+  std::unique_ptr<ConvCorrTolk<HT, UT, YT>> front;  // ends before what it borrows
+};
+
+}  // namespace detail
+
+template <class UT, class HT>
+ConvolutionRunner<UT, HT>::ConvolutionRunner(std::unique_ptr<Job> newJob) : job(std::move(newJob)) {}
+template <class UT, class HT>
+ConvolutionRunner<UT, HT>::ConvolutionRunner(ConvolutionRunner&&) noexcept = default;
+template <class UT, class HT>
+ConvolutionRunner<UT, HT>& ConvolutionRunner<UT, HT>::operator=(ConvolutionRunner&&) noexcept = default;
+template <class UT, class HT>
+ConvolutionRunner<UT, HT>::~ConvolutionRunner() = default;
+
+template <class UT, class HT>
+void ConvolutionRunner<UT, HT>::run(ArrayView<const UT> input, ArrayView<Output> output) {
+  detail::used(job).run(input, output);
+}
+
+template <class UT, class HT>
+auto ConvolutionRunner<UT, HT>::run(ArrayView<const UT> input) -> Array<Output> {
+  Array<Output> output(outputExtents());
+  run(input, output);
+  return output;
+}
+
+template <class UT, class HT>
+void ConvolutionRunner<UT, HT>::setPadValue(std::complex<double> value) {
+  detail::used(job).setPadValue(value);
+}
+
+template <class UT, class HT>
+const Extents& ConvolutionRunner<UT, HT>::outputExtents() const {
+  return detail::used(job).outputExtents();
+}
+
+template <class UT, class HT>
+Convolution<UT, HT>::Convolution(ArrayView<const HT> filter, const Extents& inputExtents,
+                                 const ConvolutionOptions& options)
+    : ConvolutionRunner<UT, HT>(std::make_unique<detail::ConvolutionJob<UT, HT>>(filter, inputExtents, options)) {}
+
+template <class UT, class HT>
+void Convolution<UT, HT>::setFilter(ArrayView<const HT> filter) {
+  detail::used(this->job).setFilter(filter);
+}
+
+template <class UT, class HT>
+SeparableConvolution<UT, HT>::SeparableConvolution(ArrayView<const HT> first, ArrayView<const HT> second,
+                                                   const Extents& inputExtents, const ConvolutionOptions& options)
+    : ConvolutionRunner<UT, HT>(
+          std::make_unique<detail::ConvolutionJob<UT, HT>>(first, second, inputExtents, options)) {}
+
+template <class UT, class HT>
+void SeparableConvolution<UT, HT>::setFilters(ArrayView<const HT> first, ArrayView<const HT> second) {
+  detail::used(this->job).setFilters(first, second);
+}
+
+#define ORVANE_DEFINE(UT, HT)               \
+  template class ConvolutionRunner<UT, HT>; \
+  template class Convolution<UT, HT>;       \
+  template class SeparableConvolution<UT, HT>;
+ORVANE_FOR_CONVOLUTION_PAIRS(ORVANE_DEFINE)
+#undef ORVANE_DEFINE
+
+}  // namespace BP::filters

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "orvane/convcorr/conv_corr_tolk.h"
+#include "orvane/filters/convolution_geometry.h"
+#include "orvane/host/reference_host.h"
+
+namespace BP::filters::detail {
+
+/// A front for `geometry`, which must outlive it, with work vectors of `host`; `types` are the fixed-point types of its
+/// roles, if any.
+template <class HT, class UT, class YT, class... Types>
+std::unique_ptr<ConvCorrTolk<HT, UT, YT>> makeFront(ReferenceHost& host, ConvolutionGeometry& geometry,
+                                                    const Types&... types) {
+  using Front = ConvCorrTolk<HT, UT, YT>;
+  const int rank = geometry.rank;
+  int* const input = geometry.inputDims.data();
+  int* const filter = geometry.filterDims.data();
+  std::unique_ptr<Front> front;
+  if constexpr (sizeof...(Types) < 5) {  // the form with a root is there for one filter only
+    if (geometry.isSeparable()) {
+      front = std::make_unique<Front>(host.getAdaptor(), rank, filter, rank, geometry.secondDims.data(), rank, input,
+                                      geometry.pad, geometry.mode, geometry.algorithm, false, types...);
+    }
+  }
+  if (!front) {
+    front = std::make_unique<Front>(host.getAdaptor(), rank, filter, rank, input, geometry.pad, geometry.mode,
+                                    geometry.algorithm, geometry.norm, false, types...);
+  }
+  host.provideWorkVectors(front->getAllocator());
+  return front;
+}
+
+/// Throws what the host was told, if it was told anything, as one `std::runtime_error`, and forgets it.
+inline void throwMessages(ReferenceHost& host) {
+  if (host.getMessages().empty()) return;
+  std::string text;
+  for (const std::string& message : host.getMessages()) text += (text.empty() ? "" : "; ") + message;
+  host.getAdaptor()->clearMessages();
+  throw std::runtime_error(text);
+}
+
+/// The object behind `job`; throws `std::logic_error` if it was moved from.
+template <class Job>
+Job& used(const std::unique_ptr<Job>& job) {
+  if (!job) throw std::logic_error("convolution: the object was moved from; only assignment and destruction are left");
+  return *job;
+}
+
+}  // namespace BP::filters::detail

@@ -1,0 +1,149 @@
+#include "orvane/filters/convolution_geometry.h"
+
+#include <cmath>
+#include <span>
+#include <string>
+
+#include "orvane/filters/convolution.h"
+
+namespace BP::filters {
+
+namespace {
+
+using detail::Choice;
+using detail::greatestIndex;
+using detail::refuse;
+
+constexpr std::array<Choice<OutputModeEnum>, 3> modes{
+    {{"valid", OutputModeValid}, {"same", OutputModeSame}, {"full", OutputModeFull}}};
+constexpr std::array<Choice<PadTypeEnum>, 4> pads{{{"constant", PadTypeConstant},
+                                                   {"replicate", PadTypeReplicate},
+                                                   {"symmetric", PadTypeSymmetric},
+                                                   {"circular", PadTypeCircular}}};
+constexpr std::array<Choice<AlgorithmModeEnum>, 2> directions{
+    {{"convolution", AlgorithmModeConvolution}, {"correlation", AlgorithmModeCorrelation}}};
+constexpr std::array<Choice<NormEnum>, 2> normalisations{{{"none", NormNone}, {"energy", NormWindowEnergy}}};
+
+std::string extentText(std::int64_t extent, std::size_t dimension) {
+  return "extent " + std::to_string(extent) + " in dimension " + std::to_string(dimension);
+}
+
+std::int64_t outputExtent(std::int64_t u, std::int64_t h, OutputModeEnum mode) {
+  return mode == OutputModeValid ? u - h + 1 : mode == OutputModeSame ? u : u + h - 1;
+}
+
+/// What comes out for `filter`, called `argument`, which is of the input's rank.
+Extents checkedOutput(std::string_view argument, const Extents& input, const Extents& filter, OutputModeEnum mode) {
+  std::array<std::int64_t, 2> output{};
+  for (std::size_t d = 0; d < input.rank(); ++d) {
+    if (mode == OutputModeValid && filter[d] > input[d]) {
+      refuse(argument, extentText(filter[d], d),
+             "with mode valid and an input of " + toText(input) + ", allowed are 1 to " + std::to_string(input[d]));
+    }
+    output[d] = outputExtent(input[d], filter[d], mode);
+  }
+  return Extents(std::span(output.data(), input.rank()));
+}
+
+/// Checks that coordinates of a pass stay in 32 bits: the window goes over each edge by up to a filter's extent, and
+/// the symmetric rule works with twice the input's extent.
+void checkReach(std::string_view argument, const Extents& input, const Extents& filter, PadTypeEnum pad,
+                OutputModeEnum mode) {
+  for (std::size_t d = 0; d < input.rank(); ++d) {
+    if (input[d] + 2 * filter[d] > greatestIndex) {
+      refuse(argument, extentText(filter[d], d),
+             "for an input extent of " + std::to_string(input[d]) + ", at most " +
+                 std::to_string((greatestIndex - input[d]) / 2) + " is allowed");
+    }
+    if (pad == PadTypeSymmetric && mode != OutputModeValid && 2 * input[d] > greatestIndex) {
+      refuse("input", extentText(input[d], d),
+             "with a symmetric pad at most " + std::to_string(greatestIndex / 2) + " is allowed");
+    }
+  }
+}
+
+std::array<int, 2> dimsOf(const Extents& extents) {
+  const auto dim = [&](std::size_t d) { return d < extents.rank() ? static_cast<int>(extents[d]) : 1; };
+  return {dim(0), dim(1)};
+}
+
+void checkLine(std::string_view argument, const Extents& extents) {
+  detail::checkExtents(argument, extents);
+  if (extents.rank() != 1) refuse(argument, "rank " + std::to_string(extents.rank()), "it must be 1");
+}
+
+void checkSameRank(const Extents& input, const Extents& filter) {
+  if (filter.rank() == input.rank()) return;
+  refuse("filter", "rank " + std::to_string(filter.rank()),
+         "it must be that of the input, " + std::to_string(input.rank()));
+}
+
+}  // namespace
+
+Extents outputExtents(const Extents& input, const Extents& filter, OutputMode mode) {
+  detail::checkExtents("input", input);
+  detail::checkExtents("filter", filter);
+  checkSameRank(input, filter);
+  return checkedOutput("filter", input, filter, detail::chosen("mode", mode, modes));
+}
+
+namespace detail {
+
+void ConvolutionGeometry::setChoices(const ConvolutionOptions& options) {
+  mode = chosen("mode", options.mode, modes);
+  pad = chosen("pad", options.pad, pads);
+  algorithm = chosen("direction", options.direction, directions);
+  norm = chosen("normalise", options.normalise, normalisations);
+}
+
+ConvolutionGeometry::ConvolutionGeometry(const Extents& input, const Extents& filter, const ConvolutionOptions& options,
+                                         std::int64_t mostElements)
+    : inputExtents(input), filterExtents(filter) {
+  setChoices(options);
+  checkExtents("input", input, mostElements);
+  checkExtents("filter", filter, mostElements);
+  checkSameRank(input, filter);
+  outputExtents = checkedOutput("filter", input, filter, mode);
+  checkReach("filter", input, filter, pad, mode);
+  checkExtents("output", outputExtents, mostElements);
+  rank = static_cast<int>(input.rank());
+  inputDims = dimsOf(input);
+  filterDims = dimsOf(filter);
+  secondDims = {1, 1};
+}
+
+ConvolutionGeometry::ConvolutionGeometry(const Extents& input, const Extents& first, const Extents& second,
+                                         const ConvolutionOptions& options, std::int64_t mostElements)
+    : inputExtents(input), filterExtents(first), secondExtents(second) {
+  setChoices(options);
+  if (norm != NormNone) refuse("normalise", "1 (energy)", "a separable convolution allows only 0 (none)");
+  checkExtents("input", input, mostElements);
+  if (input.rank() != 2) refuse("input", "rank 1", "a separable convolution needs 2");
+  checkLine("first filter", first);
+  checkLine("second filter", second);
+  const Extents along0{first[0], 1}, along1{1, second[0]};
+  const Extents intermediate = checkedOutput("first filter", input, along0, mode);
+  checkReach("first filter", input, along0, pad, mode);
+  checkExtents("intermediate array", intermediate, mostElements);
+  outputExtents = checkedOutput("second filter", intermediate, along1, mode);
+  checkReach("second filter", intermediate, along1, pad, mode);
+  checkExtents("output", outputExtents, mostElements);
+  rank = 2;
+  inputDims = dimsOf(input);
+  filterDims = dimsOf(along0);
+  secondDims = dimsOf(along1);
+}
+
+std::string textOf(std::complex<double> value) {
+  if (value.imag() == 0) return textOf(value.real());
+  return textOf(value.real()) + (value.imag() < 0 ? " - " : " + ") + textOf(std::abs(value.imag())) + "i";
+}
+
+void checkPadValue(std::complex<double> value, bool inputIsComplex) {
+  if (inputIsComplex || value.imag() == 0) return;
+  refuse("padValue", textOf(value), "the input is real, so it must be real");
+}
+
+}  // namespace detail
+
+}  // namespace BP::filters

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <span>
+#include <string>
+
+#include "orvane/platform/export.h"
+
+namespace BP::filters {
+
+/// The extents of an array, dimension 0 first: the one whose neighbours are neighbours in memory.
+///
+/// Element (i0, i1) of an array of extents {e0, e1} stands at i0 + i1 * e0, so a picture has extents {width, height}.
+/// Nothing but the number of dimensions is checked here; each filter says which extents it takes.
+class ORVANE_API Extents {
+ public:
+  static constexpr std::size_t greatestRank = 8;
+
+  Extents() = default;
+  /// Throws `std::invalid_argument` for more than `greatestRank` dimensions.
+  Extents(std::initializer_list<std::int64_t> extents) : Extents(std::span(extents.begin(), extents.size())) {}
+  explicit Extents(std::span<const std::int64_t> extents);
+
+  /// The number of dimensions.
+  std::size_t rank() const { return count; }
+  std::int64_t operator[](std::size_t dimension) const { return values[dimension]; }
+  const std::int64_t* begin() const { return values.data(); }
+  const std::int64_t* end() const { return values.data() + count; }
+  bool operator==(const Extents&) const = default;
+
+ private:
+  std::array<std::int64_t, greatestRank> values{};  // 0 beyond `count`
+  std::size_t count = 0;
+};
+
+/// The product of the extents, 1 without any; 0 if one is below 1; the greatest 64-bit number if it is beyond that.
+ORVANE_API std::int64_t elementCount(const Extents& extents);
+
+/// As in "640 x 480".
+ORVANE_API std::string toText(const Extents& extents);
+
+}  // namespace BP::filters

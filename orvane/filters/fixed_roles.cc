@@ -1,0 +1,96 @@
+#include "orvane/filters/fixed_roles.h"
+
+#include <algorithm>
+#include <initializer_list>
+#include <string>
+
+#include "orvane/filters/checks.h"
+
+namespace BP::filters::detail {
+
+namespace {
+
+/// Two types whose values are multiplied with each other.
+struct Factors {
+  std::string_view name;
+  const FixedType& a;
+  const FixedType& b;
+  int moreBits = 0;  ///< for a sum of two such products
+};
+
+/// The narrowest type that holds each of the products exactly.
+FixedType exactProduct(std::initializer_list<Factors> all) {
+  FixedType product;
+  product.isSigned = false;
+  int whole = -2 * static_cast<int>(KarnDSPFixpt::greatestWord) * greatestFraction;
+  product.fraction = whole;
+  for (const auto& [name, a, b, moreBits] : all) {
+    whole = std::max(whole, a.word - a.fraction + b.word - b.fraction + moreBits);
+    product.fraction = std::max(product.fraction, a.fraction + b.fraction);
+    product.isSigned = product.isSigned || a.isSigned || b.isSigned;
+  }
+  product.word = whole + product.fraction;
+  return product;
+}
+
+/// As above; throws if there is no such type.
+FixedType checkedProduct(std::initializer_list<Factors> all, const std::string& wayOut) {
+  const FixedType product = exactProduct(all);
+  if (product.word <= static_cast<int>(KarnDSPFixpt::greatestWord)) return product;
+  std::string names;
+  for (const Factors& factors : all) {
+    names += (names.empty() ? "" : ", ") + std::string(factors.name) + " (" + toText(factors.a) + " and " +
+             toText(factors.b) + ")";
+  }
+  refuse("product", std::to_string(product.word) + " bits for exact products of " + names,
+         "at most " + std::to_string(KarnDSPFixpt::greatestWord) + " are allowed: " + wayOut);
+}
+
+FixedType givenProduct(const FixedType& product, bool isSigned) {
+  checkedContainerBits("product", product);
+  if (product.isSigned != isSigned) {
+    refuse("product", toText(product),
+           isSigned ? "it must be signed, as input or filter is" : "it must be unsigned, as input and filter are");
+  }
+  return product;
+}
+
+}  // namespace
+
+FixedRoles::FixedRoles(const FixedTypes& types, const FixedType& filterType, bool filterIsComplex, bool isNormalised) {
+  const auto check = [](const char* argument, const FixedType& type) {
+    checkedContainerBits(argument, type);
+    return type;
+  };
+  const bool isComplex = types.inputIsComplex || filterIsComplex;
+  input = {"input", check("input", types.input), {}, {}, types.inputIsComplex, "product"};
+  filter = {"filter", check("filter", filterType), {}, {}, filterIsComplex};
+  accumulator = {"accumulator", check("accumulator", types.accumulator), {}, {}, isComplex};
+  output = {"output", check("output", types.output), {}, {}, isComplex, "second product"};
+  accumulator.product = accumulator.value;  // is never multiplied
+  for (RoleDescription* role : {&input, &filter, &accumulator, &output}) role->sum = accumulator.value;
+
+  const Factors taps{"input and filter", input.value, filter.value};
+  const Factors squares{"input and input", input.value, input.value, types.inputIsComplex ? 1 : 0};
+  const std::string narrower = "narrower types are needed";
+  if (types.product) {
+    input.product = givenProduct(*types.product, input.value.isSigned || filter.value.isSigned);
+  } else {
+    const std::string wayOut = "a product type must be given";
+    input.product = isNormalised ? checkedProduct({taps, squares}, wayOut) : checkedProduct({taps}, wayOut);
+  }
+  filter.product =
+      checkedProduct({{"filter and filter", filter.value, filter.value, filterIsComplex ? 1 : 0}}, narrower);
+  // Of the output's type are the intermediate of a separable filter and what a pad value is multiplied into.
+  output.product = checkedProduct(
+      {{"output and filter", output.value, filter.value}, {"output and input", output.value, input.value}}, narrower);
+  if (isNormalised != types.sqrt.has_value()) {
+    refuse("sqrt", types.sqrt ? toText(*types.sqrt) : "no type",
+           isNormalised ? "normalise 1 (energy) needs one" : "only normalise 1 (energy) takes one");
+  }
+  if (!isNormalised) return;
+  sqrt = {"sqrt", check("sqrt", *types.sqrt), {}, accumulator.value, false};
+  sqrt.product = checkedProduct({{"sqrt and sqrt", sqrt.value, sqrt.value}}, narrower);
+}
+
+}  // namespace BP::filters::detail

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "orvane/filters/fixed_convolution.h"
+#include "orvane/filters/fixed_values.h"
+
+namespace BP::filters::detail {
+
+/// What the arrays of a fixed-point convolution are, role by role.
+struct FixedRoles {
+  /// Throws `std::invalid_argument` for a type that is missing, out of range or does not fit the others.
+  FixedRoles(const FixedTypes& types, const FixedType& filterType, bool filterIsComplex, bool isNormalised);
+
+  RoleDescription input;
+  RoleDescription filter;
+  RoleDescription accumulator;
+  RoleDescription output;
+  RoleDescription sqrt;
+};
+
+}  // namespace BP::filters::detail

@@ -1,0 +1,74 @@
+#include "orvane/filters/fixed_values.h"
+
+#include <algorithm>
+
+#include "orvane/filters/checks.h"
+
+namespace BP::filters::detail {
+
+using KarnDSPFixpt::DSPDataAttributesHandle;
+using KarnDSPFixpt::Fixpt;
+
+namespace {
+
+constexpr std::array<Choice<fxpModeRounding_tag>, 6> roundings{{{"ceiling", fxpRoundCeiling},
+                                                                {"convergent", fxpRoundConvergent},
+                                                                {"floor", fxpRoundFloor},
+                                                                {"nearest", fxpRoundNearest},
+                                                                {"round", fxpRoundRound},
+                                                                {"zero", fxpRoundZero}}};
+constexpr std::array<Choice<fxpModeOverflow_tag>, 4> overflows{{{"wrap", fxpOverflowWrap},
+                                                                {"saturate", fxpOverflowSaturate},
+                                                                {"symmetric", fxpOverflowSymmetric},
+                                                                {"zero", fxpOverflowZero}}};
+
+}  // namespace
+
+CoreModes::CoreModes(const FixedModes& modes)
+    : rounding(chosen("rounding", modes.rounding, roundings)),
+      overflow(chosen("overflow", modes.overflow, overflows)) {}
+
+DSPDataAttributesHandle makeHandle(const RoleDescription& role, const CoreModes& modes,
+                                   brekk::BrekkAdaptorTolk* adaptor) {
+  const auto word = [](const FixedType& type) { return static_cast<unsigned>(type.word); };
+  return {word(role.value),
+          role.value.fraction,
+          word(role.product),
+          role.product.fraction,
+          word(role.sum),
+          role.sum.fraction,
+          adaptor,
+          modes.overflow,
+          modes.rounding,
+          role.value.isSigned,
+          role.isComplex,
+          role.label,
+          role.productLabel,
+          role.productLabel + " sum",
+          KarnSimCommon::overrideNone};
+}
+
+std::unique_ptr<Fixpt> makeAlias(const DSPDataAttributesHandle& handle, const void* data) {
+  std::unique_ptr<Fixpt> alias(KarnDSPFixpt::FixptFactory::createFixpt(handle, 0, 0));
+  if (data != nullptr) alias->setValPtr(const_cast<void*>(data));
+  return alias;
+}
+
+void copyStored(Fixpt& from, Fixpt& to, int count) {
+  const int components = count << (from.isComplex() ? 1 : 0);
+  for (int i = 0; i < components; ++i) {
+    from.setCursor(i);
+    to.setCursor(i);
+    to.setStored(from.stored());
+  }
+}
+
+void addCounts(const fxpLogStruct_tag& counts, FixedStatistics& totals) {
+  totals.casts += counts.casts;
+  totals.overflows += counts.overflows;
+  totals.lossy += counts.lossyRoundings;
+  totals.minimum = std::min(totals.minimum, counts.minimum);
+  totals.maximum = std::max(totals.maximum, counts.maximum);
+}
+
+}  // namespace BP::filters::detail

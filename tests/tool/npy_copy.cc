@@ -1,0 +1,26 @@
+// Reads an NPY file and writes it again; prints the element type, the extents and the bytes that were read.
+//   npy_copy IN.npy OUT.npy
+
+#include <cstdio>
+#include <exception>
+
+#include "tool/npy_file.h"
+
+int main(int count, char** arguments) {
+  using namespace BP::tool;
+  if (count != 3) return 1;
+  try {
+    const Array array = readNpy(arguments[1]);
+    checkNpyName(arguments[2]);
+    writeNpy(arguments[2], array);
+    std::printf("%s [", std::string(nameOf(array.type)).c_str());
+    for (const std::int64_t extent : array.extents) std::printf(" %lld", static_cast<long long>(extent));
+    std::printf(" ] ");
+    for (const std::uint8_t byte : array.bytes) std::printf("%02x", byte);
+    std::printf("\n");
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 2;
+  }
+  return 0;
+}

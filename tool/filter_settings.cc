@@ -1,0 +1,147 @@
+#include "tool/filter_settings.h"
+
+#include <map>
+#include <stdexcept>
+#include <string_view>
+
+#include "tool/options.h"
+#include "tool/text.h"
+
+namespace BP::tool {
+
+namespace {
+
+constexpr Choice<filters::Rounding> roundings[] = {
+    {"ceiling", filters::Rounding::ceiling}, {"convergent", filters::Rounding::convergent},
+    {"floor", filters::Rounding::floor},     {"nearest", filters::Rounding::nearest},
+    {"round", filters::Rounding::round},     {"zero", filters::Rounding::zero}};
+constexpr Choice<filters::Overflow> overflows[] = {{"wrap", filters::Overflow::wrap},
+                                                   {"saturate", filters::Overflow::saturate},
+                                                   {"symmetric", filters::Overflow::symmetric},
+                                                   {"zero", filters::Overflow::zero}};
+
+constexpr std::string_view fixedForm =
+    "input=TYPE,filter=TYPE,accumulator=TYPE,output=TYPE and if wanted product=TYPE, sqrt=TYPE, rounding=MODE, "
+    "overflow=MODE";
+
+[[noreturn]] void refuseFixed(const std::string& problem) {
+  throw std::runtime_error("--fixed: " + problem + "; allowed are " + std::string(fixedForm));
+}
+
+using Entries = std::map<std::string, std::string, std::less<>>;
+
+Entries entriesOf(const std::string& text) {
+  constexpr std::string_view keys[] = {"input",   "filter", "accumulator", "output",
+                                       "product", "sqrt",   "rounding",    "overflow"};
+  Entries entries;
+  for (const std::string_view part : split(text, ',')) {
+    const std::size_t equals = part.find('=');
+    const std::string key(trimmed(part.substr(0, equals)));
+    if (equals == std::string_view::npos || std::ranges::find(keys, key) == std::end(keys)) {
+      refuseFixed("unknown entry " + inQuotes(part));
+    }
+    if (!entries.emplace(key, trimmed(part.substr(equals + 1))).second) refuseFixed(key + " is given twice");
+  }
+  return entries;
+}
+
+filters::FixedType typeOf(const Entries& entries, const std::string& key) {
+  const auto entry = entries.find(key);
+  if (entry == entries.end()) refuseFixed(key + " is missing");
+  try {
+    return filters::fixedType(entry->second);
+  } catch (const std::invalid_argument& error) {
+    throw std::runtime_error("--fixed: " + key + ": " + error.what());
+  }
+}
+
+filters::OutputMode modeOf(OutputModeEnum mode) {
+  switch (mode) {
+    case OutputModeValid: return filters::OutputMode::valid;
+    case OutputModeSame: return filters::OutputMode::same;
+    case OutputModeFull: return filters::OutputMode::full;
+  }
+  throw std::logic_error("unknown output mode");
+}
+
+filters::Pad padOf(PadTypeEnum pad) {
+  switch (pad) {
+    case PadTypeConstant: return filters::Pad::constant;
+    case PadTypeReplicate: return filters::Pad::replicate;
+    case PadTypeSymmetric: return filters::Pad::symmetric;
+    case PadTypeCircular: return filters::Pad::circular;
+  }
+  throw std::logic_error("unknown pad type");
+}
+
+}  // namespace
+
+FixedSettings parseFixed(const std::string& text) {
+  const Entries entries = entriesOf(text);
+  FixedSettings settings;
+  settings.types.input = typeOf(entries, "input");
+  settings.filter = typeOf(entries, "filter");
+  settings.types.accumulator = typeOf(entries, "accumulator");
+  settings.types.output = typeOf(entries, "output");
+  if (entries.contains("product")) settings.types.product = typeOf(entries, "product");
+  if (entries.contains("sqrt")) settings.types.sqrt = typeOf(entries, "sqrt");
+  filters::FixedModes& modes = settings.types.modes;
+  if (const auto entry = entries.find("rounding"); entry != entries.end()) {
+    modes.rounding = choose(roundings, entry->second, "--fixed: rounding");
+  }
+  if (const auto entry = entries.find("overflow"); entry != entries.end()) {
+    modes.overflow = choose(overflows, entry->second, "--fixed: overflow");
+  }
+  return settings;
+}
+
+FilterSettings parseFilterTexts(const FilterTexts& texts, filters::Direction direction) {
+  FilterSettings settings;
+  const Pad pad = parsePad(texts.pad);
+  settings.options = {.direction = direction,
+                      .mode = modeOf(parseMode(texts.mode)),
+                      .pad = padOf(pad.type),
+                      .padValue = pad.value,
+                      .normalise = parseNormalise(texts.normalise) == NormNone ? filters::Normalisation::none
+                                                                               : filters::Normalisation::energy};
+  if (texts.type) settings.sumType = parseSumType(*texts.type);
+  if (texts.fixed) settings.fixed = parseFixed(*texts.fixed);
+  if (texts.type && texts.fixed) throw std::runtime_error("--type and --fixed exclude each other; allowed is one");
+  return settings;
+}
+
+void addFilterOptions(CLI::App& operation, FilterTexts& texts, bool canNormalise) {
+  const auto add = [&](const char* name, auto& text, const char* meaning, const std::string& form) {
+    return operation.add_option(name, text, meaning)->type_name(form);
+  };
+  add("--mode", texts.mode, "Which positions have an output, see below", namesOf(outputModes))->capture_default_str();
+  add("--pad", texts.pad, "What is read beyond the edge, see below", std::string(padForms))->capture_default_str();
+  if (canNormalise) {
+    add("--normalise", texts.normalise, "energy: divides each sum by the norms of kernel and window",
+        namesOf(normalisations))
+        ->capture_default_str();
+  }
+  add("--type", texts.type, "Type in which sums run; default: double, of NPY files with such elements their own",
+      namesOf(sumTypes));
+  add("--fixed", texts.fixed, "Sums run in fixed point, see below", "TYPES");
+}
+
+std::string filterFooter(bool canNormalise) {
+  return std::string(
+             "Modes, by extent of the output in a dimension with an input of u and a kernel of h:\n"
+             "  valid  u - h + 1   only where the kernel lies wholly in the input\n"
+             "  same   u           the kernel's middle lies on each element of the input in turn\n"
+             "  full   u + h - 1   wherever kernel and input overlap\n"
+             "Pads, for an input of a b c:\n"
+             "  constant:V v v v | a b c | v v v     replicate  a a a | a b c | c c c\n"
+             "  symmetric  c b a | a b c | c b a     circular   a b c | a b c | a b c\n"
+             "Fixed point: TYPES are such as\n"
+             "  input=u8.0,filter=s16.14,accumulator=s40.14,output=u8.0,rounding=nearest,overflow=saturate\n"
+             "where s16.14 is a signed type of 16 bits, 14 of them fraction. product=TYPE makes products inexact") +
+         (canNormalise ? ",\n--normalise energy needs sqrt=TYPE" : "") + ".\nRounding: " + namesOf(roundings, ", ") +
+         ". Overflow: " + namesOf(overflows, ", ") +
+         ".\nValues are cast into the types of input and filter; what happened to values of each label is told at the "
+         "end.\n";
+}
+
+}  // namespace BP::tool

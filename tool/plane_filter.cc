@@ -1,0 +1,131 @@
+#include "tool/plane_filter.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+
+#include "orvane/filters/convolution.h"
+#include "tool/text.h"
+
+namespace BP::tool {
+
+namespace {
+
+using filters::Extents;
+
+/// Extents of a kernel for planes of `rank`: one of a single row serves lines too.
+Extents kernelExtents(const Kernel& kernel, std::size_t rank) {
+  if (rank == 1 && kernel.height == 1) return {kernel.width};
+  return {kernel.width, kernel.height};
+}
+
+/// Extents of one of the two kernels of a separable filter.
+Extents lineExtents(const Kernel& kernel) { return {static_cast<std::int64_t>(kernel.elements.size())}; }
+
+/// The kernel's elements in precision T.
+template <class T>
+filters::Array<T> elementsOf(const Kernel& kernel, const Extents& extents) {
+  filters::Array<T> elements(extents);
+  std::ranges::transform(kernel.elements, elements.begin(), [](double element) { return static_cast<T>(element); });
+  return elements;
+}
+
+template <class T>
+struct PrecisionOf {
+  using type = T;
+};
+template <class T>
+struct PrecisionOf<std::complex<T>> {
+  using type = T;
+};
+
+template <class T, class Filter>
+PlaneFilter<T> shared(Filter filter) {
+  return [held = std::make_shared<Filter>(std::move(filter))](filters::ArrayView<const T> plane) {
+    return held->run(plane);
+  };
+}
+
+/// As in "  accumulator      120          0 ...", columns of fixed width.
+std::string tableLine(const std::string& label, const std::string& casts, const std::string& overflows,
+                      const std::string& lossy, const std::string& least, const std::string& greatest) {
+  std::string line(200, '\0');
+  const int length = std::snprintf(line.data(), line.size(), "  %-15s %14s %14s %14s %14s %14s\n", label.c_str(),
+                                   casts.c_str(), overflows.c_str(), lossy.c_str(), least.c_str(), greatest.c_str());
+  line.resize(static_cast<std::size_t>(length));
+  return line;
+}
+
+}  // namespace
+
+template <class T>
+PlaneFilter<T> makePlaneFilter(const FilterSettings& settings, const Extents& extents) {
+  using Real = typename PrecisionOf<T>::type;
+  const Kernel& kernel = settings.kernels.front();
+  if (settings.isSeparable()) {
+    const Kernel& column = settings.kernels.back();
+    const auto across = elementsOf<Real>(kernel, lineExtents(kernel));
+    const auto down = elementsOf<Real>(column, lineExtents(column));
+    return shared<T>(filters::SeparableConvolution<T, Real>(across, down, extents, settings.options));
+  }
+  const auto elements = elementsOf<Real>(kernel, kernelExtents(kernel, extents.rank()));
+  return shared<T>(filters::Convolution<T, Real>(elements, extents, settings.options));
+}
+
+template PlaneFilter<float> makePlaneFilter(const FilterSettings&, const Extents&);
+template PlaneFilter<double> makePlaneFilter(const FilterSettings&, const Extents&);
+template PlaneFilter<std::complex<float>> makePlaneFilter(const FilterSettings&, const Extents&);
+template PlaneFilter<std::complex<double>> makePlaneFilter(const FilterSettings&, const Extents&);
+
+FixedPlaneFilter::FixedPlaneFilter(const FilterSettings& chosen, const Extents& extents, bool isComplex)
+    : settings(*chosen.fixed) {
+  settings.types.inputIsComplex = isComplex;
+  const auto hold = [this](auto made) {
+    const auto held = std::make_shared<decltype(made)>(std::move(made));
+    filter = [held](const filters::FixedView& plane) { return held->run(plane); };
+    statistics = [held] { return held->statistics(); };
+  };
+  const Kernel& kernel = chosen.kernels.front();
+  if (chosen.isSeparable()) {
+    const Kernel& column = chosen.kernels.back();
+    hold(filters::FixedSeparableConvolution(cast(kernel, lineExtents(kernel)), cast(column, lineExtents(column)),
+                                            extents, settings.types, chosen.options));
+  } else {
+    hold(filters::FixedConvolution(cast(kernel, kernelExtents(kernel, extents.rank())), extents, settings.types,
+                                   chosen.options));
+  }
+}
+
+filters::FixedArray FixedPlaneFilter::cast(const Kernel& kernel, const Extents& extents) {
+  const filters::ArrayView<const double> elements(kernel.elements, extents);
+  return filters::quantise(elements, settings.filter, settings.types.modes, &filterStatistics);
+}
+
+template <class T>
+filters::Array<T> FixedPlaneFilter::run(filters::ArrayView<const T> plane) {
+  const filters::FixedArray input =
+      filters::quantise(plane, settings.types.input, settings.types.modes, &inputStatistics);
+  if constexpr (std::is_same_v<T, double>) {
+    return filters::toDouble(filter(input));
+  } else {
+    return filters::toComplex(filter(input));
+  }
+}
+
+template filters::Array<double> FixedPlaneFilter::run(filters::ArrayView<const double>);
+template filters::Array<std::complex<double>> FixedPlaneFilter::run(filters::ArrayView<const std::complex<double>>);
+
+std::string FixedPlaneFilter::table() const {
+  std::vector<filters::FixedStatistics> all = statistics();
+  all.insert(all.begin(), {inputStatistics, filterStatistics});
+  std::string table = tableLine("label", "casts", "overflows", "lossy", "least", "greatest");
+  for (const filters::FixedStatistics& line : all) {
+    if (line.casts == 0) continue;
+    table += tableLine(line.label, std::to_string(line.casts), std::to_string(line.overflows),
+                       std::to_string(line.lossy), numberText(line.minimum), numberText(line.maximum));
+  }
+  return table;
+}
+
+}  // namespace BP::tool

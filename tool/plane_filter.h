@@ -1,0 +1,48 @@
+#pragma once
+
+#include <complex>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "orvane/filters/array.h"
+#include "orvane/filters/fixed_array.h"
+#include "tool/filter_settings.h"
+
+namespace BP::tool {
+
+/// Filters planes of one size, of elements T, each into a new array.
+template <class T>
+using PlaneFilter = std::function<filters::Array<T>(filters::ArrayView<const T>)>;
+
+/// A filter that sums in T: `float`, `double` or a complex type of theirs. Elements of the kernel are rounded to the
+/// precision of T. Planes may be of rank 1, as a line from left to right. Throws `std::invalid_argument` if settings
+/// and extents do not fit.
+template <class T>
+PlaneFilter<T> makePlaneFilter(const FilterSettings& settings, const filters::Extents& extents);
+
+/// A filter that sums in fixed point, and what has happened to its values by label.
+class FixedPlaneFilter {
+ public:
+  /// As `makePlaneFilter`, for the types in `settings.fixed`; kernels are cast into the filter's type.
+  FixedPlaneFilter(const FilterSettings& settings, const filters::Extents& extents, bool isComplex);
+
+  /// Casts a plane into the input's type, filters it, and returns the values of the output. T is `double`, or
+  /// `std::complex<double>` if planes are complex.
+  template <class T>
+  filters::Array<T> run(filters::ArrayView<const T> plane);
+
+  /// A line for each label: casts, overflows, lossy roundings, least and greatest value.
+  std::string table() const;
+
+ private:
+  filters::FixedArray cast(const Kernel& kernel, const filters::Extents& extents);
+
+  FixedSettings settings;
+  filters::FixedStatistics inputStatistics{.label = "input"};
+  filters::FixedStatistics filterStatistics{.label = "filter"};
+  std::function<filters::FixedArray(const filters::FixedView&)> filter;
+  std::function<std::vector<filters::FixedStatistics>()> statistics;
+};
+
+}  // namespace BP::tool
