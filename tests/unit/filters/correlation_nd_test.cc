@@ -52,9 +52,9 @@ TYPED_TEST(CorrelationNDTest, ReachesEveryElementOfAVolumeAndLeavesStandardOutpu
   using T = TypeParam;
   std::mt19937 random(2);
   const auto input = randomArray<T>(random, {4, 3, 5});
-  for (const auto [pad, type] : {std::pair(Pad::replicate, PadTypeReplicate),
-                                 {Pad::symmetric, PadTypeSymmetric},
-                                 {Pad::circular, PadTypeCircular}}) {
+  for (const auto& [pad, type] : {std::pair(Pad::replicate, PadTypeReplicate),
+                                  {Pad::symmetric, PadTypeSymmetric},
+                                  {Pad::circular, PadTypeCircular}}) {
     for (int j = 0; j < 4 * 2 * 3; ++j) {  // a filter with a single 1 moves the volume
       Array<T> filter({4, 2, 3});
       filter[static_cast<std::size_t>(j)] = 1;
