@@ -34,7 +34,7 @@ std::int64_t outputExtent(std::int64_t u, std::int64_t h, OutputModeEnum mode) {
 
 /// What comes out for `filter`, called `argument`, which is of the input's rank.
 Extents checkedOutput(std::string_view argument, const Extents& input, const Extents& filter, OutputModeEnum mode) {
-  std::array<std::int64_t, 2> output{};
+  std::array<std::int64_t, Extents::greatestRank> output{};
   for (std::size_t d = 0; d < input.rank(); ++d) {
     if (mode == OutputModeValid && filter[d] > input[d]) {
       refuse(argument, extentText(filter[d], d),
@@ -89,9 +89,24 @@ Extents outputExtents(const Extents& input, const Extents& filter, OutputMode mo
 
 namespace detail {
 
+OutputModeEnum modeOf(OutputMode mode) { return chosen("mode", mode, modes); }
+
+PadTypeEnum padOf(Pad pad) { return chosen("pad", pad, pads); }
+
+Extents checkedOutputExtents(const Extents& input, const Extents& filter, OutputModeEnum mode, PadTypeEnum pad,
+                             std::size_t greatestRank, std::int64_t mostElements) {
+  checkExtents("input", input, mostElements, greatestRank);
+  checkExtents("filter", filter, mostElements, greatestRank);
+  checkSameRank(input, filter);
+  const Extents output = checkedOutput("filter", input, filter, mode);
+  checkReach("filter", input, filter, pad, mode);
+  checkExtents("output", output, mostElements, greatestRank);
+  return output;
+}
+
 void ConvolutionGeometry::setChoices(const ConvolutionOptions& options) {
-  mode = chosen("mode", options.mode, modes);
-  pad = chosen("pad", options.pad, pads);
+  mode = modeOf(options.mode);
+  pad = padOf(options.pad);
   algorithm = chosen("direction", options.direction, directions);
   norm = chosen("normalise", options.normalise, normalisations);
 }
@@ -100,12 +115,7 @@ ConvolutionGeometry::ConvolutionGeometry(const Extents& input, const Extents& fi
                                          std::int64_t mostElements)
     : inputExtents(input), filterExtents(filter) {
   setChoices(options);
-  checkExtents("input", input, mostElements);
-  checkExtents("filter", filter, mostElements);
-  checkSameRank(input, filter);
-  outputExtents = checkedOutput("filter", input, filter, mode);
-  checkReach("filter", input, filter, pad, mode);
-  checkExtents("output", outputExtents, mostElements);
+  outputExtents = checkedOutputExtents(input, filter, mode, pad, 2, mostElements);
   rank = static_cast<int>(input.rank());
   inputDims = dimsOf(input);
   filterDims = dimsOf(filter);

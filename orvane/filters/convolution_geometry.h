@@ -12,6 +12,15 @@
 
 namespace BP::filters::detail {
 
+/// What the fronts call a choice; throws `std::invalid_argument` for a number that is none.
+OutputModeEnum modeOf(OutputMode mode);
+PadTypeEnum padOf(Pad pad);
+
+/// What comes out for one filter over an input, both of ranks up to `greatestRank`, after all checks of extents: their
+/// element counts are held to `mostElements`, and coordinates to 32 bits. Throws `std::invalid_argument`.
+Extents checkedOutputExtents(const Extents& input, const Extents& filter, OutputModeEnum mode, PadTypeEnum pad,
+                             std::size_t greatestRank, std::int64_t mostElements = greatestIndex);
+
 /// A convolution in the terms of the fronts, after all checks that do not depend on element types.
 ///
 /// A front keeps pointers to the tables of extents, so an object stays where it is while its front lives.
