@@ -70,9 +70,9 @@ void checkLine(std::string_view argument, const Extents& extents) {
   if (extents.rank() != 1) refuse(argument, "rank " + std::to_string(extents.rank()), "it must be 1");
 }
 
-void checkSameRank(const Extents& input, const Extents& filter) {
+void checkSameRank(std::string_view argument, const Extents& input, const Extents& filter) {
   if (filter.rank() == input.rank()) return;
-  refuse("filter", "rank " + std::to_string(filter.rank()),
+  refuse(argument, "rank " + std::to_string(filter.rank()),
          "it must be that of the input, " + std::to_string(input.rank()));
 }
 
@@ -81,7 +81,7 @@ void checkSameRank(const Extents& input, const Extents& filter) {
 Extents outputExtents(const Extents& input, const Extents& filter, OutputMode mode) {
   detail::checkExtents("input", input);
   detail::checkExtents("filter", filter);
-  checkSameRank(input, filter);
+  checkSameRank("filter", input, filter);
   return checkedOutput("filter", input, filter, detail::chosen("mode", mode, modes));
 }
 
@@ -95,14 +95,14 @@ void ConvolutionGeometry::setChoices(const ConvolutionOptions& options) {
 }
 
 ConvolutionGeometry::ConvolutionGeometry(const Extents& input, const Extents& filter, const ConvolutionOptions& options,
-                                         std::int64_t mostElements)
+                                         std::int64_t mostElements, std::string_view filterName)
     : inputExtents(input), filterExtents(filter) {
   setChoices(options);
   checkExtents("input", input, mostElements);
-  checkExtents("filter", filter, mostElements);
-  checkSameRank(input, filter);
-  outputExtents = checkedOutput("filter", input, filter, mode);
-  checkReach("filter", input, filter, pad, mode);
+  checkExtents(filterName, filter, mostElements);
+  checkSameRank(filterName, input, filter);
+  outputExtents = checkedOutput(filterName, input, filter, mode);
+  checkReach(filterName, input, filter, pad, mode);
   checkExtents("output", outputExtents, mostElements);
   rank = static_cast<int>(input.rank());
   inputDims = dimsOf(input);

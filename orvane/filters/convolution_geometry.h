@@ -4,6 +4,7 @@
 #include <complex>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "orvane/core/enums.h"
 #include "orvane/filters/checks.h"
@@ -16,9 +17,10 @@ namespace BP::filters::detail {
 ///
 /// A front keeps pointers to the tables of extents, so an object stays where it is while its front lives.
 struct ConvolutionGeometry {
-  /// For one filter. Element counts of all arrays are held to `mostElements`. Throws `std::invalid_argument`.
+  /// For one filter, which messages call `filterName`. Element counts of all arrays are held to `mostElements`. Throws
+  /// `std::invalid_argument`.
   ConvolutionGeometry(const Extents& input, const Extents& filter, const ConvolutionOptions& options,
-                      std::int64_t mostElements = greatestIndex);
+                      std::int64_t mostElements = greatestIndex, std::string_view filterName = "filter");
   /// For a separable filter.
   ConvolutionGeometry(const Extents& input, const Extents& column, const Extents& row,
                       const ConvolutionOptions& options, std::int64_t mostElements = greatestIndex);
