@@ -72,9 +72,9 @@ void checkLine(std::string_view argument, const Extents& extents) {
   if (extents.rank() != 1) refuse(argument, "rank " + std::to_string(extents.rank()), "it must be 1");
 }
 
-void checkSameRank(const Extents& input, const Extents& filter) {
+void checkSameRank(std::string_view argument, const Extents& input, const Extents& filter) {
   if (filter.rank() == input.rank()) return;
-  refuse("filter", "rank " + std::to_string(filter.rank()),
+  refuse(argument, "rank " + std::to_string(filter.rank()),
          "it must be that of the input, " + std::to_string(input.rank()));
 }
 
@@ -83,7 +83,7 @@ void checkSameRank(const Extents& input, const Extents& filter) {
 Extents outputExtents(const Extents& input, const Extents& filter, OutputMode mode) {
   detail::checkExtents("input", input);
   detail::checkExtents("filter", filter);
-  checkSameRank(input, filter);
+  checkSameRank("filter", input, filter);
   return checkedOutput("filter", input, filter, detail::chosen("mode", mode, modes));
 }
 
@@ -94,12 +94,12 @@ OutputModeEnum modeOf(OutputMode mode) { return chosen("mode", mode, modes); }
 PadTypeEnum padOf(Pad pad) { return chosen("pad", pad, pads); }
 
 Extents checkedOutputExtents(const Extents& input, const Extents& filter, OutputModeEnum mode, PadTypeEnum pad,
-                             std::size_t greatestRank, std::int64_t mostElements) {
+                             std::size_t greatestRank, std::int64_t mostElements, std::string_view filterName) {
   checkExtents("input", input, mostElements, greatestRank);
-  checkExtents("filter", filter, mostElements, greatestRank);
-  checkSameRank(input, filter);
-  const Extents output = checkedOutput("filter", input, filter, mode);
-  checkReach("filter", input, filter, pad, mode);
+  checkExtents(filterName, filter, mostElements, greatestRank);
+  checkSameRank(filterName, input, filter);
+  const Extents output = checkedOutput(filterName, input, filter, mode);
+  checkReach(filterName, input, filter, pad, mode);
   checkExtents("output", output, mostElements, greatestRank);
   return output;
 }
@@ -112,10 +112,10 @@ void ConvolutionGeometry::setChoices(const ConvolutionOptions& options) {
 }
 
 ConvolutionGeometry::ConvolutionGeometry(const Extents& input, const Extents& filter, const ConvolutionOptions& options,
-                                         std::int64_t mostElements)
+                                         std::int64_t mostElements, std::string_view filterName)
     : inputExtents(input), filterExtents(filter) {
   setChoices(options);
-  outputExtents = checkedOutputExtents(input, filter, mode, pad, 2, mostElements);
+  outputExtents = checkedOutputExtents(input, filter, mode, pad, 2, mostElements, filterName);
   rank = static_cast<int>(input.rank());
   inputDims = dimsOf(input);
   filterDims = dimsOf(filter);
