@@ -3,9 +3,11 @@
 #include <string>
 #include <utility>
 
+#include "tool/filter_array.h"
 #include "tool/filter_image.h"
 #include "tool/filter_settings.h"
 #include "tool/kernel.h"
+#include "tool/npy_file.h"
 #include "tool/operations.h"
 #include "tool/png_file.h"
 #include "tool/text.h"
@@ -35,34 +37,56 @@ struct SeparableArguments : Arguments {
   bool correlates = false;
 };
 
-void tell(const FilteredImage& result, const std::string& out) {
+/// Says that `count` of `all` values were not kept as they were, if there are any.
+void tellCount(const std::string& out, std::uint64_t count, std::uint64_t all, const std::string& what) {
+  if (count == 0) return;
+  std::fprintf(stderr, "orvane: %s: %s of %s values were %s\n", out.c_str(), std::to_string(count).c_str(),
+               std::to_string(all).c_str(), what.c_str());
+}
+
+void tellFixed(const std::string& out, const std::string& table) {
+  if (!table.empty()) std::fprintf(stderr, "orvane: %s: fixed-point values\n%s", out.c_str(), table.c_str());
+}
+
+void runOnPicture(const Arguments& arguments, const FilterSettings& settings, const SampleScaling& scaling) {
+  checkPngName(arguments.out);
+  const FilteredImage result = filterImage(readPng(arguments.in), settings, scaling);
   const Image& image = result.image;
-  const std::uint64_t all = std::uint64_t{image.pixels()} * static_cast<std::uint64_t>(image.colours());
-  if (result.clipped > 0) {
-    std::fprintf(stderr, "orvane: %s: %llu of %llu values were clipped to 0..%d (see --scale-output and --offset)\n",
-                 out.c_str(), static_cast<unsigned long long>(result.clipped), static_cast<unsigned long long>(all),
-                 image.maximum());
-  }
-  if (!result.fixedTable.empty()) {
-    std::fprintf(stderr, "orvane: %s: fixed-point values\n%s", out.c_str(), result.fixedTable.c_str());
-  }
+  writePng(arguments.out, image);
+  if (arguments.quiet) return;
+  tellCount(arguments.out, result.clipped, std::uint64_t{image.pixels()} * static_cast<std::uint64_t>(image.colours()),
+            "clipped to 0.." + std::to_string(image.maximum()) + " (see --scale-output and --offset)");
+  tellFixed(arguments.out, result.fixedTable);
+}
+
+void runOnArray(const Arguments& arguments, const FilterSettings& settings, const SampleScaling& scaling) {
+  checkNpyName(arguments.out);
+  const Array input = readNpy(arguments.in);
+  const FilteredArray result = filterArray(input, settings, scaling);
+  writeNpy(arguments.out, result.array);
+  if (arguments.quiet) return;
+  tellCount(arguments.out, result.rounded, input.elements(),
+            "rounded to " + std::string(nameOf(result.array.type)) + " before they were filtered");
+  tellFixed(arguments.out, result.fixedTable);
 }
 
 void run(const Arguments& arguments, const FilterSettings& settings) {
   const SampleScaling scaling{parseNumber(arguments.scaleOutput, "--scale-output"),
                               parseNumber(arguments.offset, "--offset")};
-  checkPngName(arguments.out);
-  const FilteredImage result = filterImage(readPng(arguments.in), settings, scaling);
-  writePng(arguments.out, result.image);
-  if (!arguments.quiet) tell(result, arguments.out);
+  const bool isArray = lowered(arguments.in).ends_with(".npy");
+  (isArray ? runOnArray : runOnPicture)(arguments, settings, scaling);
 }
 
 /// The arguments that come first.
 void addFiles(CLI::App& operation, Arguments& arguments) {
-  operation.add_option("IN", arguments.in, "PNG picture of 1 to 16 bits; each colour channel is filtered")
+  operation
+      .add_option("IN", arguments.in,
+                  "PNG picture of 1 to 16 bits, each colour channel of which is filtered, or NPY array")
       ->required()
       ->type_name("");
-  operation.add_option("OUT", arguments.out, "PNG picture to write, may be IN")->required()->type_name("");
+  operation.add_option("OUT", arguments.out, "Picture or array to write, of the kind of IN; may be IN")
+      ->required()
+      ->type_name("");
 }
 
 void addNumber(CLI::App& operation, const std::string& option, std::string& text, const std::string& meaning) {
@@ -81,7 +105,9 @@ void addOutputOptions(CLI::App& operation, Arguments& arguments, const std::stri
       "\nOutput samples are round(sum * scale-output + offset), ties to even, clipped to the range of "
       "IN's bit depth.\nAlpha is not filtered: outputs have that of the pixel under the kernel's middle, "
       "beyond the edge by the\nrule of the pad, 0 with a constant one. Gamma, colour profile and texts are "
-      "dropped.\nExample: orvane " +
+      "dropped.\nArrays have one dimension or two, the last axis going across. Floating-point and complex elements are "
+      "summed in their\nprecision or in that of --type, which other elements need, and so are results: sum "
+      "* scale-output + offset.\nFixed point gives float64 or complex128.\nExample: orvane " +
       example + "\n");
 }
 

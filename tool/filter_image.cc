@@ -8,7 +8,6 @@
 
 #include "orvane/filters/convolution.h"
 #include "tool/plane_filter.h"
-#include "tool/text.h"
 
 namespace BP::tool {
 
@@ -28,7 +27,9 @@ void checkFits(const Image& image, const FilterSettings& settings) {
 
 /// Refuses what could overflow to infinity, and from there to a sum that is no number.
 void checkRange(const Image& image, const FilterSettings& settings, const SampleScaling& scaling) {
-  const double most = settings.sumType == ElementType::float32 ? 1e37 : 1e300;
+  constexpr double greatest = 1e300;
+  const bool isFloat = settings.sumType == ElementType::float32;
+  const double most = isFloat ? 1e37 : greatest;
   double reach = std::max(static_cast<double>(image.maximum()), std::abs(settings.options.padValue));
   for (const Kernel& kernel : settings.kernels) {
     double sum = 0;
@@ -37,8 +38,9 @@ void checkRange(const Image& image, const FilterSettings& settings, const Sample
   }
   const bool squares = settings.options.normalise == filters::Normalisation::energy;
   const double scaled = reach * std::fabs(scaling.scale) + std::fabs(scaling.offset);
-  if (reach <= most && scaled <= 1e300 && (!squares || reach * reach <= most)) return;
-  throw std::runtime_error("kernel, scale, offset or pad value are too large: sums could exceed " + numberText(most));
+  if (reach <= most && scaled <= greatest && (!squares || reach * reach <= most)) return;
+  throw std::runtime_error(std::string("kernel, scale, offset or pad value are too large: sums could exceed ") +
+                           (isFloat ? "1e37" : "1e300"));
 }
 
 /// A channel as a plane of elements T, dimension 0 from left to right.
@@ -108,6 +110,7 @@ void placeAlpha(const Image& image, const FilterSettings& settings, FilteredImag
 }  // namespace
 
 FilteredImage filterImage(const Image& image, const FilterSettings& settings, const SampleScaling& scaling) {
+  if (settings.options.padValue.imag() != 0) throw std::runtime_error("--pad: pictures take a real value, constant:V");
   checkFits(image, settings);
   if (!settings.fixed) checkRange(image, settings, scaling);
   const Extents extents = filters::outputExtents(

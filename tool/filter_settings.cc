@@ -121,7 +121,7 @@ void addFilterOptions(CLI::App& operation, FilterTexts& texts, bool canNormalise
         namesOf(normalisations))
         ->capture_default_str();
   }
-  add("--type", texts.type, "Type in which sums run; default: double, of NPY files with such elements their own",
+  add("--type", texts.type, "Type in which sums run; default: double; of arrays that have such elements their own",
       namesOf(sumTypes));
   add("--fixed", texts.fixed, "Sums run in fixed point, see below", "TYPES");
 }

@@ -45,15 +45,15 @@ class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT,
   void scoreAt(const InsideSector& /*region*/, Out& y1, int imageIndex) {
     accumulate(InsideTaps<UT>(this->input->getBlock(), imageIndex), y1);
   }
-  /// The sample of a window that crosses an edge; `windowOrigin` holds the coordinates of its first element. Out of line,
-  /// like `outsideAt`: the tests at each tap outweigh a call, and all walks share one copy.
+  /// The sample of a window that crosses an edge; `windowOrigin` holds the coordinates of its first element. Out of
+  /// line, like `outsideAt`: the tests at each tap outweigh a call, and all walks share one copy.
   [[gnu::noinline]] void boundaryAt(const BoundarySector& sector, Out& y1,
-                  const CleverPtr<int>& windowOrigin) requires(InputT::padType != 0) {
+                                    const CleverPtr<int>& windowOrigin) requires(InputT::padType != 0) {
     accumulate(BoundaryTaps<UT, InputT>(*this->input, sector, windowOrigin), y1);
   }
   /// The sample of a window that misses the input.
   [[gnu::noinline]] void outsideAt(const OutsideSector& sector, Out& y1,
-                 const CleverPtr<int>& windowOrigin) requires(InputT::padType > PadTypeConstant) {
+                                   const CleverPtr<int>& windowOrigin) requires(InputT::padType > PadTypeConstant) {
     accumulate(OutsideTaps<UT, InputT>(*this->input, sector, windowOrigin), y1);
   }
 

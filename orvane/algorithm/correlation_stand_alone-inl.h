@@ -60,6 +60,12 @@ void CorrelationStandAlone<T>::invoke() {
 }
 
 template <class T>
+void CorrelationStandAlone<T>::setArrays(T* input, T* output) {
+  u.ptr = input;
+  y.ptr = output;
+}
+
+template <class T>
 void CorrelationStandAlone<T>::setPadValue(T value) {
   if (padValues != nullptr) padValues->ptr[0] = value;
 }

@@ -36,6 +36,8 @@ class ORVANE_API CorrelationStandAlone {
 
   /// Prepares runs for the extents and the centre as they stand; at least once, ahead of the first run.
   void setup();
+  /// Takes other arrays of the same extents for input and output of the runs to come.
+  void setArrays(T* input, T* output);
   /// Lets a constant pad read as `value` from the next run on.
   void setPadValue(T value);
   Allocator* getAllocator() { return allocator.get(); }

@@ -25,9 +25,9 @@ namespace BP {
 ///
 /// Which positions have an output says the output mode (see `OutputModeEnum`), what the input yields beyond its edge
 /// the pad type (see `PadTypeEnum`). Element (i0, i1) of an array stands at i0 + i1 * extent[0]: dimension 0 is
-/// contiguous. Tables have an entry for each of `nDims` dimensions, at least 2. The walk covers dimensions 0 and 1:
-/// with more, the first plane of the input is filtered with the first plane of the window into the first plane of the
-/// output.
+/// contiguous. Tables have an entry for each of `nDims` dimensions; with less than 2 a run does nothing. The walk
+/// covers dimensions 0 and 1: with more, the first plane of the input is filtered with the first plane of the window
+/// into the first plane of the output.
 ///
 /// UT and YT are the element types of input and output. Arguments belong to the caller, may be rebound between runs,
 /// and must outlive the object. Nothing is checked; without an algorithm a processor does nothing. One thread at a

@@ -14,9 +14,10 @@ std::string textOf(double value) {
   return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
 }
 
-void checkExtents(std::string_view argument, const Extents& extents, std::int64_t most) {
-  if (extents.rank() < 1 || extents.rank() > 2) {
-    refuse(argument, "rank " + std::to_string(extents.rank()), "allowed are 1 and 2");
+void checkExtents(std::string_view argument, const Extents& extents, std::int64_t most, std::size_t greatestRank) {
+  if (extents.rank() < 1 || extents.rank() > greatestRank) {
+    refuse(argument, "rank " + std::to_string(extents.rank()),
+           greatestRank == 2 ? "allowed are 1 and 2" : "allowed are 1 to " + std::to_string(greatestRank));
   }
   for (std::size_t d = 0; d < extents.rank(); ++d) {
     if (extents[d] >= 1 && extents[d] <= greatestIndex) continue;

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "orvane/filters/array.h"
 #include "orvane/filters/extents.h"
@@ -23,8 +25,9 @@ constexpr std::int64_t greatestIndex = std::numeric_limits<std::int32_t>::max();
 /// The shortest text that reads back as `value`.
 std::string textOf(double value);
 
-/// Extents of 1 and more, of rank 1 or 2, with no more than `most` elements.
-void checkExtents(std::string_view argument, const Extents& extents, std::int64_t most = greatestIndex);
+/// Extents of 1 and more, of rank 1 to `greatestRank`, with no more than `most` elements.
+void checkExtents(std::string_view argument, const Extents& extents, std::int64_t most = greatestIndex,
+                  std::size_t greatestRank = 2);
 
 /// Extents equal to `expected`, an array that is there.
 void checkArray(std::string_view argument, const void* data, const Extents& extents, const Extents& expected);
@@ -33,12 +36,29 @@ void checkArray(std::string_view argument, const ArrayView<T>& array, const Exte
   checkArray(argument, array.data(), array.extents(), expected);
 }
 
+/// The elements of an array that passes `checkArray`.
+template <class T>
+std::vector<T> copyOf(const char* argument, const ArrayView<const T>& array, const Extents& expected) {
+  checkArray(argument, array, expected);
+  return {array.data(), array.data() + elementCount(expected)};
+}
+
 /// An output that shares no byte with the input.
 void checkDisjoint(const void* input, std::size_t inputBytes, const void* output, std::size_t outputBytes);
 template <class T, class U>
 void checkDisjoint(const ArrayView<T>& input, const ArrayView<U>& output) {
   checkDisjoint(input.data(), static_cast<std::size_t>(elementCount(input.extents())) * sizeof(T), output.data(),
                 static_cast<std::size_t>(elementCount(output.extents())) * sizeof(U));
+}
+
+/// A part of a pad value in the precision of the input; infinity only if it was asked for.
+template <class T>
+T padPart(double part) {
+  const T value = static_cast<T>(part);
+  if (std::isfinite(part) && !std::isfinite(value)) {
+    refuse("padValue", textOf(part), "it must lie in the range of the input's element type");
+  }
+  return value;
 }
 
 /// An enumerator as people call it, and what the filters behind call it. Its place in a table is its number.

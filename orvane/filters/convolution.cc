@@ -1,7 +1,6 @@
 #include "orvane/filters/convolution.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 #include <vector>
 
@@ -12,22 +11,6 @@ namespace BP::filters {
 namespace detail {
 
 namespace {
-
-template <class T>
-std::vector<T> copyOf(const char* argument, const ArrayView<const T>& array, const Extents& expected) {
-  checkArray(argument, array, expected);
-  return {array.data(), array.data() + elementCount(expected)};
-}
-
-/// A part of a pad value in the precision of the input; infinity only if it was asked for.
-template <class T>
-T padPart(double part) {
-  const T value = static_cast<T>(part);
-  if (std::isfinite(part) && !std::isfinite(value)) {
-    refuse("padValue", textOf(part), "it must lie in the range of the input's element type");
-  }
-  return value;
-}
 
 template <class UT>
 UT padElement(std::complex<double> value) {

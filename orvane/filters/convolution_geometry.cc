@@ -34,7 +34,7 @@ std::int64_t outputExtent(std::int64_t u, std::int64_t h, OutputModeEnum mode) {
 
 /// What comes out for `filter`, called `argument`, which is of the input's rank.
 Extents checkedOutput(std::string_view argument, const Extents& input, const Extents& filter, OutputModeEnum mode) {
-  std::array<std::int64_t, 2> output{};
+  std::array<std::int64_t, Extents::greatestRank> output{};
   for (std::size_t d = 0; d < input.rank(); ++d) {
     if (mode == OutputModeValid && filter[d] > input[d]) {
       refuse(argument, extentText(filter[d], d),
@@ -72,9 +72,9 @@ void checkLine(std::string_view argument, const Extents& extents) {
   if (extents.rank() != 1) refuse(argument, "rank " + std::to_string(extents.rank()), "it must be 1");
 }
 
-void checkSameRank(const Extents& input, const Extents& filter) {
+void checkSameRank(std::string_view argument, const Extents& input, const Extents& filter) {
   if (filter.rank() == input.rank()) return;
-  refuse("filter", "rank " + std::to_string(filter.rank()),
+  refuse(argument, "rank " + std::to_string(filter.rank()),
          "it must be that of the input, " + std::to_string(input.rank()));
 }
 
@@ -83,29 +83,39 @@ void checkSameRank(const Extents& input, const Extents& filter) {
 Extents outputExtents(const Extents& input, const Extents& filter, OutputMode mode) {
   detail::checkExtents("input", input);
   detail::checkExtents("filter", filter);
-  checkSameRank(input, filter);
+  checkSameRank("filter", input, filter);
   return checkedOutput("filter", input, filter, detail::chosen("mode", mode, modes));
 }
 
 namespace detail {
 
+OutputModeEnum modeOf(OutputMode mode) { return chosen("mode", mode, modes); }
+
+PadTypeEnum padOf(Pad pad) { return chosen("pad", pad, pads); }
+
+Extents checkedOutputExtents(const Extents& input, const Extents& filter, OutputModeEnum mode, PadTypeEnum pad,
+                             std::size_t greatestRank, std::int64_t mostElements, std::string_view filterName) {
+  checkExtents("input", input, mostElements, greatestRank);
+  checkExtents(filterName, filter, mostElements, greatestRank);
+  checkSameRank(filterName, input, filter);
+  const Extents output = checkedOutput(filterName, input, filter, mode);
+  checkReach(filterName, input, filter, pad, mode);
+  checkExtents("output", output, mostElements, greatestRank);
+  return output;
+}
+
 void ConvolutionGeometry::setChoices(const ConvolutionOptions& options) {
-  mode = chosen("mode", options.mode, modes);
-  pad = chosen("pad", options.pad, pads);
+  mode = modeOf(options.mode);
+  pad = padOf(options.pad);
   algorithm = chosen("direction", options.direction, directions);
   norm = chosen("normalise", options.normalise, normalisations);
 }
 
 ConvolutionGeometry::ConvolutionGeometry(const Extents& input, const Extents& filter, const ConvolutionOptions& options,
-                                         std::int64_t mostElements)
+                                         std::int64_t mostElements, std::string_view filterName)
     : inputExtents(input), filterExtents(filter) {
   setChoices(options);
-  checkExtents("input", input, mostElements);
-  checkExtents("filter", filter, mostElements);
-  checkSameRank(input, filter);
-  outputExtents = checkedOutput("filter", input, filter, mode);
-  checkReach("filter", input, filter, pad, mode);
-  checkExtents("output", outputExtents, mostElements);
+  outputExtents = checkedOutputExtents(input, filter, mode, pad, 2, mostElements, filterName);
   rank = static_cast<int>(input.rank());
   inputDims = dimsOf(input);
   filterDims = dimsOf(filter);

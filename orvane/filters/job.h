@@ -18,10 +18,10 @@ inline void throwMessages(ReferenceHost& host) {
   throw std::runtime_error(text);
 }
 
-/// The object behind `job`; throws `std::logic_error` if it was moved from.
+/// The object behind `job`; throws `std::logic_error`, which calls it `what`, if it was moved from.
 template <class Job>
-Job& used(const std::unique_ptr<Job>& job) {
-  if (!job) throw std::logic_error("filter: the object was moved from; only assignment and destruction are left");
+Job& used(const std::unique_ptr<Job>& job, const std::string& what = "convolution") {
+  if (!job) throw std::logic_error(what + ": the object was moved from; only assignment and destruction are left");
   return *job;
 }
 

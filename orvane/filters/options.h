@@ -51,4 +51,11 @@ struct ConvolutionOptions {
   Normalisation normalise = Normalisation::none;
 };
 
+/// The choices of a correlation in any number of dimensions; each has a default.
+struct CorrelationNDOptions {
+  OutputMode mode = OutputMode::valid;
+  Pad pad = Pad::constant;
+  double padValue = 0;  ///< of a constant pad; rounded to nearest if the elements are `float`
+};
+
 }  // namespace BP::filters

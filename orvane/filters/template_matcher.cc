@@ -155,19 +155,19 @@ TemplateMatcher<UT, HT>::~TemplateMatcher() = default;
 
 template <class UT, class HT>
 auto TemplateMatcher<UT, HT>::run(ArrayView<const UT> image) -> Match<Score> {
-  return detail::used(job).run(image);
+  return detail::used(job, "match").run(image);
 }
 template <class UT, class HT>
 void TemplateMatcher<UT, HT>::setTemplate(ArrayView<const HT> pattern) {
-  detail::used(job).setTemplate(pattern);
+  detail::used(job, "match").setTemplate(pattern);
 }
 template <class UT, class HT>
 void TemplateMatcher<UT, HT>::setRegion(const std::optional<Region>& region) {
-  detail::used(job).setRegion(region);
+  detail::used(job, "match").setRegion(region);
 }
 template <class UT, class HT>
 const Region& TemplateMatcher<UT, HT>::positions() const {
-  return detail::used(job).positions();
+  return detail::used(job, "match").positions();
 }
 
 #define ORVANE_DEFINE(UT, HT) template class TemplateMatcher<UT, HT>;

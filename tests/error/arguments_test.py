@@ -2,6 +2,7 @@
 
 import unittest
 
+import numpy
 from refusal_case import RefusalCase
 
 
@@ -90,6 +91,56 @@ class ArgumentsTest(RefusalCase):
                         ["--kernel", "1", "--offset", "-1.7e308"]):
             self.filter_refused(options, "too large", "1e300")
         self.filter_refused(["--kernel", "1e300", "--scale", "1e300"], "--scale 1e+300")
+
+    def test_filter_options(self):
+        fixed = "input=u8.0,filter=s16.14,accumulator=s40.14,output=u8.0"
+        for options, *words in (
+            (["--mode", "big"], "--mode 'big'", "valid, same, full"),
+            (["--pad", "mirror"], "--pad 'mirror'", "constant:V, replicate, symmetric, circular"),
+            (["--pad", "constant:x"], "--pad 'constant:x'"),
+            (["--pad", "constant:1,2", "--mode", "same"], "--pad", "real"),
+            (["--normalise", "mean"], "--normalise 'mean'", "none, energy"),
+            (["--type", "half"], "--type 'half'", "float, double"),
+            (["--type", "float", "--kernel", "1e38"], "1e37"),
+            (["--type", "float", "--fixed", fixed], "--type and --fixed"),
+            (["--fixed", "input=u8.0"], "--fixed", "filter is missing", "accumulator=TYPE"),
+            (["--fixed", fixed + ",sum=s8.0"], "'sum=s8.0'", "product=TYPE"),
+            (["--fixed", fixed + ",input=u8.0"], "input is given twice"),
+            (["--fixed", fixed + ",product=s129.0"], "product", "s129.0", "1 to 128"),
+            (["--fixed", fixed + ",rounding=up"], "rounding 'up'", "convergent"),
+            (["--fixed", fixed + ",overflow=clip"], "overflow 'clip'", "saturate"),
+            (["--fixed", fixed, "--normalise", "energy"], "sqrt: no type"),
+            (["--fixed", fixed, "--mode", "same", "--pad", "constant:0.5"], "0.5", "u8.0"),
+        ):
+            kernel = [] if "--kernel" in options else ["--kernel", "1"]
+            self.filter_refused([*kernel, *options], *words)
+
+    def test_arrays(self):
+        for array, options, *words in (
+            (numpy.zeros((2, 3, 4)), [], "3 dimensions", "1 and 2"),
+            (numpy.zeros(()), [], "0 dimensions", "1 and 2"),
+            (numpy.zeros((0, 4)), [], "extent 0 in dimension 1", "1 to 2147483647"),
+            (numpy.zeros((3, 4), dtype=numpy.int16), [], "int16", "--type", "float, double"),
+            (numpy.zeros(5), ["--kernel", "1;2"], "rank"),
+            (numpy.zeros((3, 4)), ["--kernel", "box:4"], "extent 4 in dimension 1", "4 x 3", "1 to 3"),
+            (numpy.zeros((3, 4)), ["--mode", "same", "--pad", "constant:1,2"], "1 + 2i", "real"),
+        ):
+            numpy.save(self.folder / "in.npy", array)
+            kernel = [] if "--kernel" in options else ["--kernel", "1"]
+            self.refused(["convolve", "in.npy", "out.npy", *kernel, *options], *words)
+        self.refused(["convolve", "in.npy", "old.png", "--kernel", "1"], "'old.png'", ".npy")
+        self.refused(["convolve", "in.png", "out.npy", "--kernel", "1"], "'out.npy'", ".png")
+
+    def test_separable_kernels(self):
+        for row, column, *words in (
+            ("1,2;3,4", "1", "--row '1,2;3,4'", "one line"),
+            ("1", "sharpen", "--column 'sharpen'", "gaussian:N:SIGMA"),
+            ("1", "", "empty"),
+            ("box:0", "1", "'0'", "1 to 1023"),
+            ("1,1,1,1,1,1,1", "1", "kernel of 7x1", "image of 6x5"),
+        ):
+            self.refused(["separable", "in.png", "old.png", "--row", row, "--column", column], *words)
+        self.refused(["separable", "in.png", "old.png", "--row", "1"], "--column is required")
 
     def test_chart_sizes(self):
         for size, *words in (

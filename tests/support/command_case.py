@@ -67,5 +67,22 @@ def filtered(image, kernel, operation, depth=8, scale=1.0, offset=0.0):
     return result, int((rounded != inside).sum())
 
 
+PADS = {"replicate": "edge", "symmetric": "symmetric", "circular": "wrap"}
+
+
+def extended(image, shape, mode, pad, value=0):
+    """The picture with what windows of `shape` meet beyond its edge; alpha beyond a constant pad is 0."""
+    if mode == "valid":
+        return image
+    lead = [(side - 1) // 2 if mode == "same" else side - 1 for side in shape]
+    widths = [(before, side - 1 - before if mode == "same" else before) for before, side in zip(lead, shape)] + [(0, 0)]
+    if pad != "constant":
+        return numpy.pad(image, widths, PADS[pad])
+    result = numpy.pad(image, widths, constant_values=value)
+    if image.shape[2] % 2 == 0:
+        result[..., -1:] = numpy.pad(image[..., -1:], widths)
+    return result
+
+
 def matrix_text(kernel):
     return ";".join(",".join(repr(float(element)) for element in row) for row in kernel)

@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <random>
 #include <vector>
@@ -13,6 +12,7 @@
 #include "orvane/core/visit_enumerator.h"
 #include "orvane/host/reference_host.h"
 #include "tests/support/pad_walk.h"
+#include "tests/support/random_values.h"
 
 namespace BP::test {
 namespace {
@@ -107,11 +107,6 @@ struct Problem {
 };
 
 template <class T>
-bool sameBits(const T& a, const T& b) {
-  return std::memcmp(&a, &b, sizeof(T)) == 0;
-}
-
-template <class T>
 void expectNestedSums(const Problem<T>& p) {
   for (std::size_t i = 0; i < p.y.size(); ++i) {
     const T expected = p.nestedSum(p.positionOf(i));
@@ -126,21 +121,18 @@ template <class T>
 struct CorrelationTest : testing::Test {
   std::mt19937 random{3};
 
-  int pick(int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); }
   Index extents(int rank, int high) {
     Index values;
-    for (int d = 0; d < rank; ++d) values.push_back(pick(1, high));
+    for (int d = 0; d < rank; ++d) values.push_back(pick(random, 1, high));
     return values;
   }
   void fill(std::vector<T>& values, const Index& dims) {
-    values.resize(product(dims));
-    for (T& value : values) {  // some are -0, which a sum that starts at +0 must not show
-      value = pick(0, 7) == 0 ? T(-0.0) : std::ldexp(std::uniform_real_distribution<T>(-1, 1)(random), pick(-20, 20));
-    }
+    const auto fresh = randomValues<T>(random, static_cast<int>(product(dims)), pick(random, 0, 1) == 1);
+    values.assign(fresh.begin(), fresh.end());  // in place: a front may refer to them
   }
   Problem<T> problem(const Index& hDims, const Index& uDims) {
     Problem<T> result{hDims, hDims, uDims, {}, {}, {}, {}, {}};
-    for (int& extent : result.centre) extent = pick(0, extent - 1);
+    for (int& extent : result.centre) extent = pick(random, 0, extent - 1);
     fill(result.h, hDims);
     fill(result.u, uDims);
     return result;

@@ -335,10 +335,10 @@ TEST(MedianFrontTest, PadValueIsTunedBetweenRuns) {
   EXPECT_THAT(valid.run(1), ElementsAre(2));
 }
 
-TEST(MedianFrontTest, OneDimensionIsALineAndHigherRanksFilterTheFirstPlane) {
+TEST(MedianFrontTest, OneDimensionIsALineMoreThanTwoFilterTheFirstPlaneAndNoneDoNothing) {
   float u[] = {4, 1, 3, 2, 9, 9, 9, 9}, y[8];
   int hDims[] = {3, 1, 2}, uDims[] = {4, 1, 2};
-  for (const int rank : {1, 3}) {
+  for (const int rank : {1, 3, 0}) {
     std::fill_n(y, 8, -77.0F);
     ReferenceHost host;
     MedianFilterTolk<float, float> front(host.getAdaptor(), rank, hDims, rank, uDims, PadTypeReplicate, OutputModeSame,
@@ -346,7 +346,9 @@ TEST(MedianFrontTest, OneDimensionIsALineAndHigherRanksFilterTheFirstPlane) {
     host.provideWorkVectors(front.getAllocator());
     front.setup(u, y, nullptr, false);
     front.computeOutputs();
-    EXPECT_THAT(y, ElementsAre(4, 3, 2, 2, -77, -77, -77, -77)) << rank;
+    EXPECT_THAT(std::vector(y + 4, y + 8), testing::Each(-77)) << rank;
+    const std::vector<float> nothing(4, -77), medians{4, 3, 2, 2};
+    EXPECT_EQ(std::vector(y, y + 4), rank == 0 ? nothing : medians) << rank;
   }
 }
 

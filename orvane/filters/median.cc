@@ -1,0 +1,92 @@
+#include "orvane/filters/median.h"
+
+#include <utility>
+
+#include "orvane/filters/convolution_front.h"
+#include "orvane/median/median_filter_tolk.h"
+
+namespace BP::filters {
+
+namespace detail {
+
+/// One median filter with all that its front borrows: extents, pad value, work vectors.
+template <class T>
+class MedianJob {
+ public:
+  MedianJob(const Extents& window, const Extents& input, const MedianOptions<T>& options)
+      : geometry(input, window, {.mode = options.mode, .pad = options.pad}, greatestIndex, "window"),
+        padValue(options.padValue),
+        front(host.getAdaptor(), geometry.rank, geometry.filterDims.data(), geometry.rank, geometry.inputDims.data(),
+              geometry.pad, geometry.mode, false) {
+    host.provideWorkVectors(front.getAllocator());
+  }
+
+  void run(ArrayView<const T> input, ArrayView<T> output) {
+    checkArray("input", input, geometry.inputExtents);
+    checkArray("output", output, geometry.outputExtents);
+    checkDisjoint(input, output);
+    bind(const_cast<T*>(input.data()), output.data());  // the front only reads it
+    front.computeOutputs();
+    throwMessages(host);
+  }
+
+  void setPadValue(T value) { padValue = value; }
+
+  const Extents& outputExtents() const { return geometry.outputExtents; }
+
+ private:
+  /// Starts the front over these arrays, unless it was last run over them. The pad value is read in every run.
+  void bind(T* input, T* output) {
+    if (input == boundInput && output == boundOutput) return;
+    front.setup(input, output, &padValue, false);
+    boundInput = input;
+    boundOutput = output;
+  }
+
+  ConvolutionGeometry geometry;
+  T padValue;
+  T* boundInput = nullptr;
+  T* boundOutput = nullptr;
+  ReferenceHost host;
+  MedianFilterTolk<T, T> front;  // ends before what it borrows
+};
+
+}  // namespace detail
+
+template <class T>
+Median<T>::Median(const Extents& window, const Extents& inputExtents, const MedianOptions<T>& options)
+    : job(std::make_unique<detail::MedianJob<T>>(window, inputExtents, options)) {}
+template <class T>
+Median<T>::Median(Median&&) noexcept = default;
+template <class T>
+Median<T>& Median<T>::operator=(Median&&) noexcept = default;
+template <class T>
+Median<T>::~Median() = default;
+
+template <class T>
+void Median<T>::run(ArrayView<const T> input, ArrayView<T> output) {
+  detail::used(job, "median").run(input, output);
+}
+
+template <class T>
+Array<T> Median<T>::run(ArrayView<const T> input) {
+  Array<T> output(outputExtents());
+  run(input, output);
+  return output;
+}
+
+template <class T>
+void Median<T>::setPadValue(T value) {
+  detail::used(job, "median").setPadValue(value);
+}
+
+template <class T>
+const Extents& Median<T>::outputExtents() const {
+  return detail::used(job, "median").outputExtents();
+}
+
+template class Median<float>;
+template class Median<double>;
+template class Median<bool>;
+
+}  // namespace BP::filters

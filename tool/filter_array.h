@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "tool/array.h"
+#include "tool/filter_image.h"
+#include "tool/filter_settings.h"
+
+namespace BP::tool {
+
+struct FilteredArray {
+  Array array;
+  std::uint64_t rounded = 0;  ///< input values that the type of sums does not have
+  std::string fixedTable;     ///< of a filter in fixed point, what happened to its values
+};
+
+/// `input`, filtered as the settings say; each result is then multiplied by the scale and added to the offset.
+///
+/// Floating-point elements, complex ones too, are summed in their own precision or in that of `sumType`, to which they
+/// are converted; so is the kernel. Whole numbers and bools need a `sumType`. The output has the elements of the sums:
+/// with fixed point, which any element can be cast into, float64 or complex128.
+///
+/// Throws `std::runtime_error` or `std::invalid_argument` for another rank than 1 and 2, elements that need a type, and
+/// extents that do not fit the kernel.
+FilteredArray filterArray(const Array& input, const FilterSettings& settings, const SampleScaling& scaling);
+
+}  // namespace BP::tool
