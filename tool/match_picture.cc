@@ -141,7 +141,7 @@ Image matchOverlay(const Image& picture, const MatchResult& match, const std::op
     std::copy_n(&picture.samples[picture.at(0, y)], picture.rowSamples(), &image.samples[image.at(0, y)]);
   }
   const Region ground{{0, 0}, {picture.width, picture.height}};
-  const std::int64_t width = std::max(2, std::min(picture.width, picture.height) / 200);
+  const std::int64_t width = std::max(2, std::min(picture.width, picture.height) / 150);
   if (region) frame(image, ground, *region, width, asked);
   frame(image, ground, match.window, width, found);
   drawHeat(image, match, layout, picture.width + gap, 1);
