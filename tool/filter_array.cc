@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "orvane/filters/array.h"
+#include "orvane/filters/correlation_nd.h"
 #include "tool/plane_filter.h"
 
 namespace BP::tool {
@@ -132,6 +133,32 @@ ElementType sumTypeFor(const Array& input, const FilterSettings& settings) {
   return isSingle ? ElementType::float32 : ElementType::float64;
 }
 
+filters::Extents checkedRank(const Array& array, const std::string& name) {
+  constexpr std::size_t most = 8;
+  if (array.extents.empty() || array.extents.size() > most) {
+    throw std::runtime_error("the " + name + " has " + std::to_string(array.extents.size()) +
+                             " dimensions; allowed are 1 to " + std::to_string(most));
+  }
+  if (isComplex(array.type)) {
+    throw std::runtime_error("the " + name + " has elements of type " + std::string(nameOf(array.type)) +
+                             "; --nd allows real ones only");
+  }
+  return Extents(array.extents);
+}
+
+template <class T>
+void correlateAs(const Array& input, const Array& kernel, const FilterSettings& settings, const SampleScaling& scaling,
+                 FilteredArray& result) {
+  std::uint64_t roundedInKernel = 0;
+  const auto filter = elementsAs<T>(kernel, checkedRank(kernel, "kernel"), roundedInKernel);
+  const auto volume = elementsAs<T>(input, checkedRank(input, "array"), result.rounded);
+  result.array = packed(
+      filters::correlateND(
+          volume, filter,
+          {.mode = settings.options.mode, .pad = settings.options.pad, .padValue = settings.options.padValue.real()}),
+      scaling);
+}
+
 }  // namespace
 
 FilteredArray filterArray(const Array& input, const FilterSettings& settings, const SampleScaling& scaling) {
@@ -150,6 +177,20 @@ FilteredArray filterArray(const Array& input, const FilterSettings& settings, co
                                             : isDouble ? filterPlain<double>
                                                        : filterPlain<float>);
   run(input, extents, settings, scaling, result);
+  return result;
+}
+
+FilteredArray correlateVolume(const Array& input, const Array& kernel, const FilterSettings& settings,
+                              const SampleScaling& scaling) {
+  if (settings.fixed || settings.options.normalise != filters::Normalisation::none) {
+    throw std::runtime_error("--nd allows neither --fixed nor --normalise");
+  }
+  if (settings.options.padValue.imag() != 0)
+    throw std::runtime_error("--pad constant: with --nd the value must be real");
+  checkedRank(input, "array");
+  FilteredArray result;
+  const bool isDouble = sumTypeFor(input, settings) == ElementType::float64;
+  (isDouble ? correlateAs<double> : correlateAs<float>)(input, kernel, settings, scaling, result);
   return result;
 }
 
