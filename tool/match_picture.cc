@@ -42,7 +42,9 @@ void put(Image& image, std::int64_t x, std::int64_t y, const Colour& colour) {
 /// Colours what of `box` lies in `limits`.
 void fill(Image& image, const Region& limits, const Region& box, const Colour& colour) {
   const auto first = [&](std::size_t d) { return std::max(box.start[d], limits.start[d]); };
-  const auto end = [&](std::size_t d) { return std::min(box.start[d] + box.size[d], limits.start[d] + limits.size[d]); };
+  const auto end = [&](std::size_t d) {
+    return std::min(box.start[d] + box.size[d], limits.start[d] + limits.size[d]);
+  };
   for (std::int64_t y = first(1); y < end(1); ++y) {
     for (std::int64_t x = first(0); x < end(0); ++x) put(image, x, y, colour);
   }

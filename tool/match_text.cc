@@ -17,9 +17,7 @@ std::string sizeText(const std::array<std::int64_t, 2>& size) {
   return std::to_string(size[0]) + "x" + std::to_string(size[1]);
 }
 
-std::string regionText(const filters::Region& region) {
-  return cornerText(region.start) + " " + sizeText(region.size);
-}
+std::string regionText(const filters::Region& region) { return cornerText(region.start) + " " + sizeText(region.size); }
 
 std::string scoreText(const std::complex<double>& score, bool isComplex) {
   if (!isComplex) return numberText(score.real());
@@ -28,7 +26,8 @@ std::string scoreText(const std::complex<double>& score, bool isComplex) {
 }
 
 std::string jsonNumber(double value) {
-  return std::isfinite(value) ? numberText(value) : "\"" + numberText(std::isnan(value) ? std::fabs(value) : value) + "\"";
+  return std::isfinite(value) ? numberText(value)
+                              : "\"" + numberText(std::isnan(value) ? std::fabs(value) : value) + "\"";
 }
 
 std::string jsonScore(const std::complex<double>& score, bool isComplex) {
@@ -74,8 +73,8 @@ std::string matchText(const MatchResult& match, const filters::MatchOptions& opt
             (match.regionValid ? "" : ", of which " + regionText(match.positions) + " are positions") + "\n";
   }
   if (options.neighbourhood == 0) return text;
-  return text + "scores around it" +
-         (match.neighbourhoodValid ? "" : ", some of them beyond the positions searched") + ":\n" +
+  return text + "scores around it" + (match.neighbourhoodValid ? "" : ", some of them beyond the positions searched") +
+         ":\n" +
          blockText(match, options.neighbourhood, "  ", [&](const auto& s) { return scoreText(s, match.isComplex); });
 }
 

@@ -70,8 +70,9 @@ void addPatch(CLI::App& command) {
   operation->add_option("--noise", arguments->noise, "Adds a number of -N to N to each sample, and clips")
       ->type_name("N")
       ->capture_default_str();
-  operation->footer("The noise is the same on every machine and in every run. Alpha stays as it is.\n"
-                    "Example: orvane patch photo.png patch.png --box 400,180,80x60 --noise 40\n");
+  operation->footer(
+      "The noise is the same on every machine and in every run. Alpha stays as it is.\n"
+      "Example: orvane patch photo.png patch.png --box 400,180,80x60 --noise 40\n");
   operation->callback([arguments] { run(*arguments); });
 }
 

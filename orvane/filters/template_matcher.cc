@@ -33,10 +33,8 @@ template <>
 struct FrontTypes<std::int32_t> {
   using YT = Fixpt;
   static KarnDSPFixpt::DSPDataAttributesHandle handle(ReferenceHost& host) {
-    return KarnDSPFixpt::makeAttributes({.value = {32, 0, true},
-                                         .product = {64, 0, true},
-                                         .accumulator = {32, 0, true},
-                                         .adaptor = host.getAdaptor()});
+    return KarnDSPFixpt::makeAttributes(
+        {.value = {32, 0, true}, .product = {64, 0, true}, .accumulator = {32, 0, true}, .adaptor = host.getAdaptor()});
   }
   static Fixpt* makeAlias(ReferenceHost& host) { return KarnDSPFixpt::makeFixpt(handle(host), 0).release(); }
   template <class Front, class... Arguments>
@@ -48,8 +46,8 @@ struct FrontTypes<std::int32_t> {
 
 }  // namespace
 
-/// One match with all that its fronts borrow: extents, template, region of interest, results in the making. There is one
-/// front for the search and one for the map.
+/// One match with all that its fronts borrow: extents, template, region of interest, results in the making. There is
+/// one front for the search and one for the map.
 template <class UT, class HT>
 class MatchJob {
  public:
@@ -102,10 +100,9 @@ class MatchJob {
   std::unique_ptr<Front> makeFront(TMModeEnum tmMode) {
     constexpr bool isVarSize = false, roiEnabled = true, roiValidEnabled = true;
     // Scores read no pad value, so the front is given a pad that has none.
-    auto front = Types::template make<Front>(host, host.getAdaptor(), 2, geometry.patternDims.data(), 2,
-                                             geometry.imageDims.data(), PadTypeReplicate, geometry.mode,
-                                             geometry.metric, tmMode, isVarSize, roiEnabled, roiValidEnabled,
-                                             geometry.search);
+    auto front = Types::template make<Front>(
+        host, host.getAdaptor(), 2, geometry.patternDims.data(), 2, geometry.imageDims.data(), PadTypeReplicate,
+        geometry.mode, geometry.metric, tmMode, isVarSize, roiEnabled, roiValidEnabled, geometry.search);
     host.provideWorkVectors(front->getAllocator());
     front->setup(pattern.data(), nullptr, geometry.roi.data(), Types::makeAlias(host), location.data(), blockEdge(),
                  Types::makeAlias(host), &blockIsValid, &regionIsValid, nullptr, false);

@@ -83,8 +83,8 @@ struct Match {
   Score score{};                           ///< the score there
   /// Whether all of the region of interest are positions; true without one, false for an empty one.
   bool regionValid = false;
-  /// The block of scores: (neighbourhood - 1) / 2 positions before the location in each dimension, rounded down, and the
-  /// others from there on. Beyond the positions too scores are real where the template fits and 0 elsewhere.
+  /// The block of scores: (neighbourhood - 1) / 2 positions before the location in each dimension, rounded down, and
+  /// the others from there on. Beyond the positions too scores are real where the template fits and 0 elsewhere.
   Array<Score> neighbourhood;
   bool neighbourhoodValid = false;  ///< whether all of the block are positions in the region of interest
   Array<Score> map;                 ///< a score for each position in `positions`
@@ -103,18 +103,19 @@ class MatchJob;
 /// score that is NaN is passed over, unless it is that of the very first position, where it stays.
 ///
 /// Scores are summed in their own type, element by element in the order of the template, each operation rounded once:
-/// the same bits on every machine. A three-step search with a mode other than `valid` can end at a position that is none
-/// of the mode; the score is then that of the position where it ended, 0 if the template does not fit there.
+/// the same bits on every machine. A three-step search with a mode other than `valid` can end at a position that is
+/// none of the mode; the score is then that of the position where it ended, 0 if the template does not fit there.
 ///
-/// UT and HT, the element types of image and template, are `float` or `double` or their complex types, of one precision,
-/// or both `bool`. Rank is 2: a line is an image of height 1. Indices are signed 32-bit numbers inside, so there are at
-/// most 2^31 - 1 elements in each array, for a three-step search with a mode other than `valid` 2^29; in each dimension
-/// the extent of the image and twice those of template and neighbourhood are no more than 2^31 - 1 together.
+/// UT and HT, the element types of image and template, are `float` or `double` or their complex types, of one
+/// precision, or both `bool`. Rank is 2: a line is an image of height 1. Indices are signed 32-bit numbers inside, so
+/// there are at most 2^31 - 1 elements in each array, for a three-step search with a mode other than `valid` 2^29; in
+/// each dimension the extent of the image and twice those of template and neighbourhood are no more than 2^31 - 1
+/// together.
 ///
 /// One object is one job: make it once, run it for each image. It keeps a copy of the template. One thread at a time;
 /// different objects share nothing. It can be moved; one that was moved from throws `std::logic_error` when it is used,
-/// until something is assigned to it. Bad arguments throw `std::invalid_argument` that names the argument, its value and
-/// what is allowed, and change nothing.
+/// until something is assigned to it. Bad arguments throw `std::invalid_argument` that names the argument, its value
+/// and what is allowed, and change nothing.
 template <class UT, class HT = UT>
 class ORVANE_API TemplateMatcher {
  public:

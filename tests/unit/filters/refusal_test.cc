@@ -238,7 +238,10 @@ void makeMatcher(const Extents& image, const MatchOptions& options = {}, const E
 
 const Refusal matchRefusals[] = {
     {"image: rank 1; it must be 2", [] { makeMatcher({4}); }},
-    {"template: rank 1; it must be 2", [] { makeMatcher({4, 3}, {}, {3}); }},
+    {"template: rank 1; it must be 2",
+     [] {
+       makeMatcher({4, 3}, {}, {3});
+     }},
     {"template: extent 3 in dimension 0; with mode valid and an image of 2 x 3, allowed are 1 to 2",
      [] {
        makeMatcher({2, 3});
@@ -271,7 +274,10 @@ const Refusal matchRefusals[] = {
      [] {
        makeMatcher({4, 3}, {.neighbourhood = 3, .best = false, .map = true});
      }},
-    {"best: false; it must be true unless map is", [] { makeMatcher({4, 3}, {.best = false}); }},
+    {"best: false; it must be true unless map is",
+     [] {
+       makeMatcher({4, 3}, {.best = false});
+     }},
     {"region: size -1 in dimension 1; with a start of 0, allowed are 0 to 2147483647",
      [] {
        makeMatcher({4, 3}, {.region = Region{{0, 0}, {1, -1}}});

@@ -1,4 +1,5 @@
-// Matches against the plain model, bit for bit, over random geometry; what one run finds must not depend on those before.
+// Matches against the plain model, bit for bit, over random geometry; what one run finds must not depend on those
+// before.
 #include "orvane/filters/template_matcher.h"
 
 #include <gtest/gtest.h>
@@ -107,8 +108,7 @@ class TemplateMatcherTest : public testing::Test {
       const auto edge = static_cast<std::size_t>(options.neighbourhood);
       return expectScores(decltype(Model::map)(edge * edge), match.neighbourhood, "block");
     }
-    EXPECT_EQ(match.positions,
-              (Region{{expected.lo[0], expected.lo[1]}, {expected.size[0], expected.size[1]}}));
+    EXPECT_EQ(match.positions, (Region{{expected.lo[0], expected.lo[1]}, {expected.size[0], expected.size[1]}}));
     Model searched = model;
     searched.mode = TMModeBestMatchNeighborhood;
     searched.block.resize(static_cast<std::size_t>(model.edge * model.edge));
@@ -158,9 +158,9 @@ class TemplateMatcherTest : public testing::Test {
 
 using C32 = std::complex<float>;
 using C64 = std::complex<double>;
-using Pairs = testing::Types<Pair<float, float>, Pair<float, C32>, Pair<C32, float>, Pair<C32, C32>,
-                             Pair<double, double>, Pair<double, C64>, Pair<C64, double>, Pair<C64, C64>,
-                             Pair<bool, bool>>;
+using Pairs =
+    testing::Types<Pair<float, float>, Pair<float, C32>, Pair<C32, float>, Pair<C32, C32>, Pair<double, double>,
+                   Pair<double, C64>, Pair<C64, double>, Pair<C64, C64>, Pair<bool, bool>>;
 TYPED_TEST_SUITE(TemplateMatcherTest, Pairs);
 
 TYPED_TEST(TemplateMatcherTest, EachRunFindsWhatTheModelFinds) { this->compare(150); }
