@@ -4,13 +4,12 @@
 #include <string>
 
 #include "orvane/filters/checks.h"
+#include "orvane/filters/convolution_geometry.h"
 
 namespace BP::filters::detail {
 
 namespace {
 
-constexpr std::array<Choice<OutputModeEnum>, 3> modes{
-    {{"valid", OutputModeValid}, {"same", OutputModeSame}, {"full", OutputModeFull}}};
 constexpr std::array<Choice<AlgorithmModeEnum>, 4> metrics{{{"sad", AlgorithmModeSAD},
                                                             {"ssd", AlgorithmModeSSD},
                                                             {"maxad", AlgorithmModeMaxAD},
@@ -20,10 +19,6 @@ constexpr std::array<Choice<SearchMethodEnum>, 2> searches{
 
 /// Of a square block that still has no more elements than an index reaches.
 constexpr std::int64_t greatestEdge = 46340;
-
-void checkRank(std::string_view argument, const Extents& extents) {
-  if (extents.rank() != 2) refuse(argument, "rank " + std::to_string(extents.rank()), "it must be 2");
-}
 
 std::string textOf(const char* what, std::int64_t value, std::size_t dimension) {
   return std::string(what) + " " + std::to_string(value) + " in dimension " + std::to_string(dimension);
@@ -64,49 +59,29 @@ std::array<int, 2> dimsOf(const Extents& extents) {
 
 MatchingGeometry::MatchingGeometry(const Extents& image, const Extents& pattern, const MatchOptions& options)
     : imageExtents(image), patternExtents(pattern) {
-  mode = chosen("mode", options.mode, modes);
+  mode = modeOf(options.mode);
   metric = chosen("metric", options.metric, metrics);
   search = chosen("search", options.search, searches);
-  checkExtents("image", image);
-  checkRank("image", image);
-  checkExtents("template", pattern);
-  checkRank("template", pattern);
-  checkPattern();
+  // A three-step search can look at positions beyond an inside sector that does not start at the first position.
+  constexpr std::int64_t mostForSteps = std::int64_t{1} << 29;
+  const bool leavesSectors = search == SearchMethodThreeStep && mode != OutputModeValid;
+  if (image.rank() != 2) refuse("image", "rank " + std::to_string(image.rank()), "it must be 2");
+  checkExtents("image", image, leavesSectors ? mostForSteps : greatestIndex);
+  const Extents outputs = checkedOutputExtents(image, pattern, mode, PadTypeReplicate, 2, greatestIndex, "template");
   checkNeighbourhood(options.neighbourhood);
   if (!options.best && !options.map) refuse("best", "false", "it must be true unless map is");
   if (!options.best && options.neighbourhood > 0) {
     refuse("neighbourhood", std::to_string(options.neighbourhood), "without best it must be 0");
   }
   edge = static_cast<int>(options.neighbourhood);
+  support.size = {outputs[0], outputs[1]};
   for (std::size_t d = 0; d < 2; ++d) {
-    const std::int64_t u = image[d], h = pattern[d];
-    support.start[d] = mode == OutputModeSame ? 0 : mode == OutputModeValid ? centre(d) : centre(d) - h + 1;
-    support.size[d] = mode == OutputModeSame ? u : mode == OutputModeValid ? u - h + 1 : u + h - 1;
+    const std::int64_t beyond = mode == OutputModeFull ? pattern[d] - 1 : 0;
+    support.start[d] = mode == OutputModeSame ? 0 : centre(d) - beyond;
   }
-  checkExtents("map", {support.size[0], support.size[1]});
   imageDims = dimsOf(image);
   patternDims = dimsOf(pattern);
   setRegion(options.region);
-}
-
-/// Checks that the template fits, and that coordinates stay in 32 bits: windows go over each edge by up to its extents.
-void MatchingGeometry::checkPattern() const {
-  for (std::size_t d = 0; d < 2; ++d) {
-    const std::int64_t u = imageExtents[d], h = patternExtents[d];
-    if (mode == OutputModeValid && h > u) {
-      refuse("template", textOf("extent", h, d),
-             "with mode valid and an image of " + filters::toText(imageExtents) + ", allowed are 1 to " +
-                 std::to_string(u));
-    }
-    if (u + 2 * h > greatestIndex) {
-      refuse("template", textOf("extent", h, d),
-             "for an image extent of " + std::to_string(u) + ", at most " + std::to_string((greatestIndex - u) / 2) +
-                 " is allowed");
-    }
-  }
-  // A three-step search can look at positions beyond an inside sector that does not start at the first position.
-  constexpr std::int64_t mostForSteps = std::int64_t{1} << 29;
-  if (search == SearchMethodThreeStep && mode != OutputModeValid) checkExtents("image", imageExtents, mostForSteps);
 }
 
 void MatchingGeometry::checkNeighbourhood(std::int64_t size) const {

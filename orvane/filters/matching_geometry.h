@@ -34,7 +34,6 @@ struct MatchingGeometry {
   SearchMethodEnum search;
 
  private:
-  void checkPattern() const;
   void checkNeighbourhood(std::int64_t size) const;
   std::int64_t centre(std::size_t d) const { return (patternExtents[d] - 1) / 2; }
 };

@@ -35,7 +35,7 @@ class MatchArgumentsTest(RefusalCase):
 
     def test_files(self):
         for image, pattern, *words in (
-            ("small.png", "in.png", "template: extent 6", "image of 3 x 2", "1 to 3"),
+            ("small.png", "in.png", "template: extent 6", "input of 3 x 2", "1 to 3"),
             ("none.png", "small.png", "'none.png'", "No such file"),
             ("in.png", "deep.png", "'deep.png'", "16 bits", "of 8", "the same"),
             ("in.png", "f32.npy", "float64", "float32", "complex128", "bool"),

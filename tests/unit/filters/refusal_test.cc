@@ -238,19 +238,19 @@ void makeMatcher(const Extents& image, const MatchOptions& options = {}, const E
 
 const Refusal matchRefusals[] = {
     {"image: rank 1; it must be 2", [] { makeMatcher({4}); }},
-    {"template: rank 1; it must be 2",
+    {"template: rank 1; it must be that of the input, 2",
      [] {
        makeMatcher({4, 3}, {}, {3});
      }},
-    {"template: extent 3 in dimension 0; with mode valid and an image of 2 x 3, allowed are 1 to 2",
+    {"template: extent 3 in dimension 0; with mode valid and an input of 2 x 3, allowed are 1 to 2",
      [] {
        makeMatcher({2, 3});
      }},
-    {"template: extent 1073741822 in dimension 0; for an image extent of 4, at most 1073741821 is allowed",
+    {"template: extent 1073741822 in dimension 0; for an input extent of 4, at most 1073741821 is allowed",
      [] {
        makeMatcher({4, 3}, {.mode = OutputMode::same}, {1073741822, 1});
      }},
-    {"map: 65537 x 32768 are 2147516416 elements; at most 2147483647 are allowed",
+    {"output: 65537 x 32768 are 2147516416 elements; at most 2147483647 are allowed",
      [] {
        makeMatcher({65535, 32767}, {.mode = OutputMode::full});
      }},
