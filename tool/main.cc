@@ -64,6 +64,7 @@ int main(int count, char** arguments) {
     command.set_version_flag("--version", std::string("orvane ") + orvaneblockprocbrekk_version);
     command.require_subcommand(1);
     BP::tool::addConvolution(command);
+    BP::tool::addMedian(command);
     BP::tool::addChart(command);
     BP::tool::addPlan(command);
     command.footer("An operation without arguments prints its usage.");
