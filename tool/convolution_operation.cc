@@ -1,5 +1,6 @@
 #include <cstdio>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -27,6 +28,7 @@ struct Arguments : FileArguments {
 struct MatrixArguments : Arguments {
   std::string kernel;
   std::string scale = "1";
+  bool isVolume = false;
 };
 
 struct SeparableArguments : Arguments {
@@ -50,20 +52,39 @@ void runOnPicture(const Arguments& arguments, const FilterSettings& settings, co
   tellFixed(arguments.out, result.fixedTable);
 }
 
-void runOnArray(const Arguments& arguments, const FilterSettings& settings, const SampleScaling& scaling) {
-  checkNpyName(arguments.out);
-  const Array input = readNpy(arguments.in);
-  const FilteredArray result = filterArray(input, settings, scaling);
-  writeNpy(arguments.out, result.array);
+void tellArray(const Arguments& arguments, const Array& input, const FilteredArray& result) {
   if (arguments.quiet) return;
   tellCount(arguments.out, result.rounded, input.elements(),
             "rounded to " + std::string(nameOf(result.array.type)) + " before they were filtered");
   tellFixed(arguments.out, result.fixedTable);
 }
 
+void runOnArray(const Arguments& arguments, const FilterSettings& settings, const SampleScaling& scaling) {
+  checkNpyName(arguments.out);
+  const Array input = readNpy(arguments.in);
+  const FilteredArray result = filterArray(input, settings, scaling);
+  writeNpy(arguments.out, result.array);
+  tellArray(arguments, input, result);
+}
+
+SampleScaling scalingOf(const Arguments& arguments) {
+  return {parseNumber(arguments.scaleOutput, "--scale-output"), parseNumber(arguments.offset, "--offset")};
+}
+
+/// Arrays of any rank, the kernel another one.
+void runOnVolume(const MatrixArguments& arguments, const FilterSettings& settings) {
+  checkNpyName(arguments.out);
+  if (parseNumber(arguments.scale, "--scale") != 1)
+    throw std::runtime_error("--scale: with --nd the kernel's elements stand as they are");
+  const SampleScaling scaling = scalingOf(arguments);
+  const Array input = readNpy(arguments.in);
+  const FilteredArray result = correlateVolume(input, readNpy(arguments.kernel), settings, scaling);
+  writeNpy(arguments.out, result.array);
+  tellArray(arguments, input, result);
+}
+
 void run(const Arguments& arguments, const FilterSettings& settings) {
-  const SampleScaling scaling{parseNumber(arguments.scaleOutput, "--scale-output"),
-                              parseNumber(arguments.offset, "--offset")};
+  const SampleScaling scaling = scalingOf(arguments);
   (isArrayName(arguments.in) ? runOnArray : runOnPicture)(arguments, settings, scaling);
 }
 
@@ -96,10 +117,15 @@ void addMatrix(CLI::App& command, const std::string& name, filters::Direction di
   addFiles(*operation, *arguments);
   operation->add_option("--kernel", arguments->kernel, "The filter, see below")->required()->type_name("KERNEL");
   addNumber(*operation, "--scale", arguments->scale, "Multiplies each element of the kernel; such as 0.1 or 1/16");
+  if (direction == filters::Direction::correlation) {
+    operation->add_flag("--nd", arguments->isVolume,
+                        "Over all dimensions, 1 to 8, of an NPY array: KERNEL is an NPY file of that rank");
+  }
   addOutputOptions(*operation, *arguments, kernelForms(), true,
                    name + " photo.png filtered.png --kernel gaussian:9:2 --mode same --pad replicate");
   operation->callback([arguments, direction] {
     FilterSettings settings = parseFilterTexts(arguments->filter, direction);
+    if (arguments->isVolume) return runOnVolume(*arguments, settings);
     settings.kernels = {parseKernel(arguments->kernel, parseNumber(arguments->scale, "--scale"))};
     run(*arguments, settings);
   });

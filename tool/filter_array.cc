@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "orvane/filters/array.h"
+#include "orvane/filters/correlation_nd.h"
 #include "tool/plane_filter.h"
 
 namespace BP::tool {
@@ -30,33 +31,41 @@ constexpr ElementType typeOf() {
   return sizeof(T) == 4 ? ElementType::float32 : ElementType::float64;
 }
 
-/// A real value in another type; counts it if that does not have it.
-template <class To, class From>
-To converted(From value, std::uint64_t& rounded) {
-  const To result = static_cast<To>(value);
-  if constexpr (!std::is_same_v<To, From>) {  // `long double` holds every whole number of 64 bits
-    const auto before = static_cast<long double>(value);
-    if (before == before && before != static_cast<long double>(result)) ++rounded;
+/// Conversion of one element into To, which counts it in `rounded` if To does not have its value.
+template <class To>
+struct Into {
+  template <class From>
+  static To convert(From value, std::uint64_t& rounded) {
+    const To result = static_cast<To>(value);
+    if constexpr (!std::is_same_v<To, From>) {  // `long double` holds every whole number of 64 bits
+      const auto before = static_cast<long double>(value);
+      if (before == before && before != static_cast<long double>(result)) ++rounded;
+    }
+    return result;
   }
-  return result;
-}
+  template <class Real>
+  static To convert(const std::complex<Real>& /*value*/, std::uint64_t& /*rounded*/) {
+    throw std::logic_error("complex elements do not become real ones");
+  }
+};
+template <class Real>
+struct Into<std::complex<Real>> {
+  template <class From>
+  static std::complex<Real> convert(const From& value, std::uint64_t& rounded) {
+    std::uint64_t parts = 0;
+    const std::complex<Real> result(Into<Real>::convert(std::real(value), parts),
+                                    Into<Real>::convert(std::imag(value), parts));
+    rounded += parts > 0 ? 1 : 0;
+    return result;
+  }
+};
 
 /// The elements as To, which is complex if they are.
 template <class To>
 filters::Array<To> elementsAs(const Array& array, const Extents& extents, std::uint64_t& rounded) {
   filters::Array<To> result(extents);
   visitElements(array, [&](const auto* elements) {
-    using From = std::remove_cvref_t<decltype(*elements)>;
-    for (std::size_t i = 0; i < result.size(); ++i) {
-      if constexpr (IsComplex<To>::value && IsComplex<From>::value) {
-        using Real = typename To::value_type;
-        std::uint64_t parts = 0;
-        result[i] = {converted<Real>(elements[i].real(), parts), converted<Real>(elements[i].imag(), parts)};
-        rounded += parts > 0 ? 1 : 0;
-      } else if constexpr (!IsComplex<To>::value && !IsComplex<From>::value) {
-        result[i] = converted<To>(elements[i], rounded);
-      }
-    }
+    for (std::size_t i = 0; i < result.size(); ++i) result[i] = Into<To>::convert(elements[i], rounded);
   });
   return result;
 }
@@ -103,6 +112,32 @@ ElementType sumTypeFor(const Array& input, const FilterSettings& settings) {
   return isSingle ? ElementType::float32 : ElementType::float64;
 }
 
+filters::Extents checkedRank(const Array& array, const std::string& name) {
+  constexpr std::size_t most = 8;
+  if (array.extents.empty() || array.extents.size() > most) {
+    throw std::runtime_error("the " + name + " has " + std::to_string(array.extents.size()) +
+                             " dimensions; allowed are 1 to " + std::to_string(most));
+  }
+  if (isComplex(array.type)) {
+    throw std::runtime_error("the " + name + " has elements of type " + std::string(nameOf(array.type)) +
+                             "; --nd allows real ones only");
+  }
+  return Extents(array.extents);
+}
+
+template <class T>
+void correlateAs(const Array& input, const Array& kernel, const FilterSettings& settings, const SampleScaling& scaling,
+                 FilteredArray& result) {
+  std::uint64_t roundedInKernel = 0;
+  const auto filter = elementsAs<T>(kernel, checkedRank(kernel, "kernel"), roundedInKernel);
+  const auto volume = elementsAs<T>(input, checkedRank(input, "array"), result.rounded);
+  result.array = packed(
+      filters::correlateND(
+          volume, filter,
+          {.mode = settings.options.mode, .pad = settings.options.pad, .padValue = settings.options.padValue.real()}),
+      scaling);
+}
+
 }  // namespace
 
 Extents planeExtents(const Array& array) {
@@ -125,6 +160,20 @@ FilteredArray filterArray(const Array& input, const FilterSettings& settings, co
                                             : isDouble ? filterPlain<double>
                                                        : filterPlain<float>);
   run(input, extents, settings, scaling, result);
+  return result;
+}
+
+FilteredArray correlateVolume(const Array& input, const Array& kernel, const FilterSettings& settings,
+                              const SampleScaling& scaling) {
+  if (settings.fixed || settings.options.normalise != filters::Normalisation::none) {
+    throw std::runtime_error("--nd allows neither --fixed nor --normalise");
+  }
+  if (settings.options.padValue.imag() != 0)
+    throw std::runtime_error("--pad constant: with --nd the value must be real");
+  checkedRank(input, "array");
+  FilteredArray result;
+  const bool isDouble = sumTypeFor(input, settings) == ElementType::float64;
+  (isDouble ? correlateAs<double> : correlateAs<float>)(input, kernel, settings, scaling, result);
   return result;
 }
 

@@ -29,4 +29,13 @@ filters::Extents planeExtents(const Array& array);
 /// extents that do not fit the kernel.
 FilteredArray filterArray(const Array& input, const FilterSettings& settings, const SampleScaling& scaling);
 
+/// `input` of rank 1 to 8, correlated over all its dimensions with `kernel`, an array of that rank, by mode and pad of
+/// the settings; scale and offset as above. Both are real, and converted to the type of sums: that of floating-point
+/// `input`, or `sumType`.
+///
+/// Throws `std::runtime_error` or `std::invalid_argument` for complex elements, elements that need a type, settings of
+/// normalisation or fixed point, and ranks and extents that do not fit.
+FilteredArray correlateVolume(const Array& input, const Array& kernel, const FilterSettings& settings,
+                              const SampleScaling& scaling);
+
 }  // namespace BP::tool

@@ -42,7 +42,7 @@ ORVANE_API Extents outputExtents(const Extents& input, const Extents& filter, Ou
 /// What `Convolution` and `SeparableConvolution` have in common: everything but their filters.
 ///
 /// One object is one job: make it once, run it for each input. It keeps a copy of the filters. Everything lasting is
-/// allocated at construction; a run over other arrays than the last costs a few microseconds more. An object serves one
+/// allocated at construction; a run over other arrays than the last costs little more. An object serves one
 /// thread at a time, and different objects share nothing. It can be moved; one that was moved from throws
 /// `std::logic_error` when it is used, until something is assigned to it.
 ///

@@ -24,6 +24,25 @@ class ArgumentsTest(RefusalCase):
         ):
             self.refused(arguments, *words)
 
+    def test_volumes(self):
+        arrays = {"plane": numpy.zeros((4, 4)), "volume": numpy.zeros((3, 4, 5), "f4"),
+                  "complex": numpy.zeros((3, 4, 5), "c8"), "deep": numpy.zeros((1,) * 9), "wide": numpy.zeros((3, 4, 6))}
+        for name, array in arrays.items():
+            numpy.save(self.folder / f"{name}.npy", array)
+        for volume, kernel, options, *words in (
+            ("volume", "plane", [], "filter: rank 2", "3"),
+            ("volume", "complex", [], "kernel", "complex64", "real"),
+            ("complex", "volume", [], "array", "complex64", "real"),
+            ("deep", "deep", [], "9 dimensions", "1 to 8"),
+            ("volume", "wide", [], "filter: extent 6", "1 to 5"),
+            ("volume", "volume", ["--normalise", "energy"], "--nd", "--normalise"),
+            ("volume", "volume", ["--scale", "2"], "--scale", "--nd"),
+            ("volume", "volume", ["--pad", "constant:1,2"], "--pad", "real"),
+            ("volume", "nothing", [], "nothing.npy"),
+        ):
+            arguments = [f"{volume}.npy", "old.npy", "--kernel", f"{kernel}.npy", "--nd", *options]
+            self.refused(["correlate", *arguments], *words)
+
     def test_named_kernels(self):
         for kernel, *words in (
             ("bok:3", "'bok:3'", "box:N", "gaussian:N:SIGMA", "sobel-y", "CSV"),

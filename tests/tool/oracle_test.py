@@ -56,6 +56,21 @@ class OracleTest(CommandCase):
                     expected = scipy.signal.convolve2d(array, kernel, mode, rule)
                     numpy.testing.assert_allclose(found, expected, rtol=0, atol=10 * tolerance)
 
+    @unittest.skipUnless(scipy, "scipy is not installed")
+    def test_any_number_of_dimensions_against_scipy_ndimage(self):
+        rules = {"constant:-1.5": ("constant", -1.5), "replicate": ("nearest", 0), "symmetric": ("reflect", 0),
+                 "circular": ("wrap", 0)}
+        shapes = [((20,), (5,)), ((6, 7), (3, 5)), ((5, 6, 7), (3, 3, 3)), ((3, 4, 2, 5), (3, 1, 5, 3)),
+                  ((2, 3, 2, 3, 2, 4), (1, 3, 1, 3, 3, 5))]
+        for (shape, window), (pad, (rule, value)), kind in itertools.product(shapes, rules.items(), ("f4", "f8")):
+            with self.subTest(shape=shape, pad=pad, type=kind):
+                array, kernel = (self.random.normal(size=size).astype(kind) for size in (shape, window))
+                numpy.save(self.folder / "kernel.npy", kernel)
+                found = self.filtered(array, "correlate", "--kernel", "kernel.npy", "--nd", "--mode", "same", "--pad", pad)
+                expected = scipy.ndimage.correlate(array, kernel, mode=rule, cval=value)
+                self.assertEqual(found.dtype, array.dtype)
+                numpy.testing.assert_allclose(found, expected, rtol=0, atol=1e-4 if kind == "f4" else 1e-12)
+
     @unittest.skipUnless(cv2, "opencv is not installed")
     def test_correlation_and_separable_filters_against_opencv(self):
         borders = {"constant:0": "BORDER_CONSTANT", "replicate": "BORDER_REPLICATE", "symmetric": "BORDER_REFLECT"}
