@@ -1,6 +1,9 @@
+#include <cstdint>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "tool/file_arguments.h"
 #include "tool/kernel.h"
