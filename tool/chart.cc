@@ -8,6 +8,7 @@
 
 #include "tool/glyphs.h"
 #include "tool/portable_math.h"
+#include "tool/scramble.h"
 
 namespace BP::tool {
 
@@ -86,14 +87,6 @@ void paintText(Image& image, const Cell& cell) {
     y += lineDots * dots;
     dots = line == 0 ? std::max(1, size / 2) : 1;
   }
-}
-
-/// A well mixed number that depends on nothing but `index` (splitmix64).
-std::uint64_t scramble(std::uint64_t index) {
-  std::uint64_t z = (index + 1) * 0x9e3779b97f4a7c15u;
-  z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9u;
-  z = (z ^ (z >> 27)) * 0x94d049bb133111ebu;
-  return z ^ (z >> 31);
 }
 
 void paintNoise(Image& image, const Cell& cell) {

@@ -168,6 +168,12 @@ void replaceFile(const std::string& path, std::span<const std::uint8_t> bytes, s
   if (!temporary.rename(target)) fail("write", path, errno);
 }
 
+void printOut(const std::string& text) {
+  if (std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0) {
+    throw std::runtime_error(std::string("cannot write to the standard output: ") + std::strerror(errno));
+  }
+}
+
 bool isStream(const std::string& path) {
   const auto status = statusOf(path);
   return status && !S_ISREG(status->st_mode) && !S_ISDIR(status->st_mode);

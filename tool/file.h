@@ -30,6 +30,9 @@ std::string readText(const std::string& path, std::size_t limit);
 /// removed; signals that ask to end wait meanwhile. A link is followed; a pipe or device is written straight.
 void replaceFile(const std::string& path, std::span<const std::uint8_t> bytes, std::span<const std::uint8_t> more = {});
 
+/// Writes `text` to the standard output.
+void printOut(const std::string& text);
+
 /// True if `path` is there but neither a regular file nor a folder: a pipe or a device.
 bool isStream(const std::string& path);
 

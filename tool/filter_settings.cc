@@ -55,15 +55,6 @@ filters::FixedType typeOf(const Entries& entries, const std::string& key) {
   }
 }
 
-filters::OutputMode modeOf(OutputModeEnum mode) {
-  switch (mode) {
-    case OutputModeValid: return filters::OutputMode::valid;
-    case OutputModeSame: return filters::OutputMode::same;
-    case OutputModeFull: return filters::OutputMode::full;
-  }
-  throw std::logic_error("unknown output mode");
-}
-
 filters::Pad padOf(PadTypeEnum pad) {
   switch (pad) {
     case PadTypeConstant: return filters::Pad::constant;
@@ -75,6 +66,15 @@ filters::Pad padOf(PadTypeEnum pad) {
 }
 
 }  // namespace
+
+filters::OutputMode filterModeOf(OutputModeEnum mode) {
+  switch (mode) {
+    case OutputModeValid: return filters::OutputMode::valid;
+    case OutputModeSame: return filters::OutputMode::same;
+    case OutputModeFull: return filters::OutputMode::full;
+  }
+  throw std::logic_error("unknown output mode");
+}
 
 FixedSettings parseFixed(const std::string& text) {
   const Entries entries = entriesOf(text);
@@ -97,7 +97,7 @@ FixedSettings parseFixed(const std::string& text) {
 
 EdgeSettings parseEdges(const EdgeTexts& texts) {
   const Pad pad = parsePad(texts.pad);
-  return {modeOf(parseMode(texts.mode)), padOf(pad.type), pad.value};
+  return {filterModeOf(parseMode(texts.mode)), padOf(pad.type), pad.value};
 }
 
 FilterSettings parseFilterTexts(const FilterTexts& texts, filters::Direction direction) {

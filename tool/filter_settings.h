@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "orvane/core/enums.h"
 #include "orvane/filters/fixed_convolution.h"
 #include "orvane/filters/options.h"
 #include "tool/array.h"
@@ -52,6 +53,9 @@ struct FilterTexts : EdgeTexts {
   std::optional<std::string> type;
   std::optional<std::string> fixed;
 };
+
+/// What the filters call an output mode.
+filters::OutputMode filterModeOf(OutputModeEnum mode);
 
 /// Adds `--mode` and `--pad` to an operation.
 void addEdgeOptions(CLI::App& operation, EdgeTexts& texts);

@@ -65,7 +65,9 @@ int main(int count, char** arguments) {
     command.require_subcommand(1);
     BP::tool::addConvolution(command);
     BP::tool::addMedian(command);
+    BP::tool::addMatch(command);
     BP::tool::addChart(command);
+    BP::tool::addPatch(command);
     BP::tool::addPlan(command);
     command.footer("An operation without arguments prints its usage.");
     return run(command, count, arguments);

@@ -19,4 +19,10 @@ void addMedian(CLI::App& command);
 /// `plan`.
 void addPlan(CLI::App& command);
 
+/// `match`.
+void addMatch(CLI::App& command);
+
+/// `patch`.
+void addPatch(CLI::App& command);
+
 }  // namespace BP::tool

@@ -1,9 +1,5 @@
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 
 #include "orvane/plan/plan_description.h"
@@ -41,12 +37,6 @@ PlanRequest requestOf(const Arguments& arguments) {
   return request;
 }
 
-void print(const std::string& text) {
-  if (std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0) {
-    throw std::runtime_error(std::string("cannot write to the standard output: ") + std::strerror(errno));
-  }
-}
-
 void run(const Arguments& arguments) {
   const PlanRequest request = requestOf(arguments);
   const PlanDescription plan = describePlan(request);
@@ -55,7 +45,7 @@ void run(const Arguments& arguments) {
     const std::string picture = planPicture(request, plan);
     replaceFile(*arguments.svg, {reinterpret_cast<const std::uint8_t*>(picture.data()), picture.size()});
   }
-  print(planText(request, plan));
+  printOut(planText(request, plan));
 }
 
 }  // namespace

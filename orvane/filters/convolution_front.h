@@ -1,11 +1,10 @@
 #pragma once
 
 #include <memory>
-#include <stdexcept>
-#include <string>
 
 #include "orvane/convcorr/conv_corr_tolk.h"
 #include "orvane/filters/convolution_geometry.h"
+#include "orvane/filters/job.h"
 #include "orvane/host/reference_host.h"
 
 namespace BP::filters::detail {
@@ -32,22 +31,6 @@ std::unique_ptr<ConvCorrTolk<HT, UT, YT>> makeFront(ReferenceHost& host, Convolu
   }
   host.provideWorkVectors(front->getAllocator());
   return front;
-}
-
-/// Throws what the host was told, if it was told anything, as one `std::runtime_error`, and forgets it.
-inline void throwMessages(ReferenceHost& host) {
-  if (host.getMessages().empty()) return;
-  std::string text;
-  for (const std::string& message : host.getMessages()) text += (text.empty() ? "" : "; ") + message;
-  host.getAdaptor()->clearMessages();
-  throw std::runtime_error(text);
-}
-
-/// The object behind `job`; throws `std::logic_error`, which calls it `what`, if it was moved from.
-template <class Job>
-Job& used(const std::unique_ptr<Job>& job, const std::string& what = "convolution") {
-  if (!job) throw std::logic_error(what + ": the object was moved from; only assignment and destruction are left");
-  return *job;
 }
 
 }  // namespace BP::filters::detail

@@ -67,6 +67,7 @@ void TemplateMatching<HT, UT, YT, AllocT>::makeNeighborhood() {
   neighborhoodScope = std::make_unique<Scope>(*neighborhoodAllRegion, *neighborhoodRegion, wherever);
   for (CleverPtr<int>* table : {&yNeighborhoodOrigin, &yNeighborhoodLoc, &yNeighborhoodDims}) {
     allocator->allocateArray(*table, nDims, "ignore");
+    std::fill_n(table->ptr, nDims, 0);  // set-up reads them before the first pass places the block
   }
   yNeighborhood = std::make_unique<Out>(allocator, nDims, yNeighborhoodDims, yNeighborhoodOrigin, yNeighborhoodLoc,
                                         host.yNeighborhoodData);

@@ -12,13 +12,13 @@ class ArgumentsTest(RefusalCase):
 
     def test_operations_and_options(self):
         for arguments, *words in (
-            (["blur", "in.png", "old.png"], "'blur'", "convolve, correlate, separable, median, chart, plan"),
+            (["blur", "in.png", "old.png"], "'blur'", "convolve, correlate, separable, median, match, chart, patch, plan"),
             (["convolve", "in.png"], "OUT is required", "orvane convolve --help"),
             (["convolve", "in.png", "old.png"], "--kernel is required"),
             (["convolve", "in.png", "old.png", "--kernel"], "--kernel"),
             (["convolve", "in.png", "old.png", "more.png", "--kernel", "1"], "more.png"),
             (["correlate", "in.png", "old.png", "--kernel", "1", "--sigma", "3"], "--sigma"),
-            (["--quiet", "convolve"], "'--quiet'", "convolve, correlate, separable, median, chart, plan"),
+            (["--quiet", "convolve"], "'--quiet'", "convolve, correlate, separable, median, match, chart, patch, plan"),
             (["convolve", "in.png", "out.jpg", "--kernel", "1"], "'out.jpg'", ".png"),
             (["chart", "out"], "'out'", ".png"),
         ):

@@ -17,8 +17,8 @@ class ReadmeTest(unittest.TestCase):
     median = (SOURCE / "docs/median.md").read_text()
 
     def test_programs_are_the_examples(self):
-        guide = (SOURCE / "docs/filters.md").read_text()
-        shown = re.findall(r"<!-- (examples/\S+) -->\n```cpp\n(.*?)```", self.text + guide + self.median, re.S)
+        guides = "".join((SOURCE / "docs" / name).read_text() for name in ("filters.md", "median.md", "template-matching.md"))
+        shown = re.findall(r"<!-- (examples/\S+) -->\n```cpp\n(.*?)```", self.text + guides, re.S)
         self.assertTrue(shown)
         for name, code in shown:
             self.assertEqual(code, (SOURCE / name).read_text(), name)

@@ -22,7 +22,8 @@ class DemoTest(CommandCase):
         page = (self.folder / "out" / "index.html").read_text()
         shown = re.findall(r'<img src="([^"]*)"', page)
         commands = [html.unescape(code) for code in re.findall("<code>(.*?)</code>", page)]
-        self.assertEqual(shown, [source, "blurred.png", "denoised.png", "sharpened.png", "edges.png"])
+        self.assertEqual(shown, [source, "blurred.png", "denoised.png", "sharpened.png", "edges.png", "patch.png",
+                                 "found.png"])
         self.assertEqual(re.findall(r'<image href="([^"]*)"', page), shown[:3])
         self.assertEqual(sorted(os.listdir(self.folder / "out")), sorted([*shown, "index.html"]))
         again = self.folder / "again"
@@ -35,6 +36,7 @@ class DemoTest(CommandCase):
     def test_page_shows_the_commands_that_made_its_pictures(self):
         self.assertEqual(self.draw().returncode, 0)
         self.check_page("chart.png")
+        self.assertIn("window    400,180 60x40", (self.folder / "out" / "index.html").read_text())
 
     def test_photograph_with_an_awkward_name(self):
         name = "a <b> & 'c' $d.png"

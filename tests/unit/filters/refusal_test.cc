@@ -9,6 +9,7 @@
 
 #include "orvane/filters/convolution.h"
 #include "orvane/filters/fixed_convolution.h"
+#include "orvane/filters/template_matcher.h"
 
 namespace BP::filters {
 namespace {
@@ -229,6 +230,73 @@ const Refusal fixedRefusals[] = {
      }},
 };
 
+/// A template of 3 by 2 for images of these extents; only the extents of others are looked at.
+void makeMatcher(const Extents& image, const MatchOptions& options = {}, const Extents& patternExtents = {3, 2}) {
+  const std::vector<float> pattern(6);
+  TemplateMatcher<float>({pattern.data(), patternExtents}, image, options);
+}
+
+const Refusal matchRefusals[] = {
+    {"image: rank 1; it must be 2", [] { makeMatcher({4}); }},
+    {"template: rank 1; it must be that of the input, 2",
+     [] {
+       makeMatcher({4, 3}, {}, {3});
+     }},
+    {"template: extent 3 in dimension 0; with mode valid and an input of 2 x 3, allowed are 1 to 2",
+     [] {
+       makeMatcher({2, 3});
+     }},
+    {"template: extent 1073741822 in dimension 0; for an input extent of 4, at most 1073741821 is allowed",
+     [] {
+       makeMatcher({4, 3}, {.mode = OutputMode::same}, {1073741822, 1});
+     }},
+    {"output: 65537 x 32768 are 2147516416 elements; at most 2147483647 are allowed",
+     [] {
+       makeMatcher({65535, 32767}, {.mode = OutputMode::full});
+     }},
+    {"image: 65536 x 8193 are 536936448 elements; at most 536870912 are allowed",
+     [] {
+       makeMatcher({65536, 8193}, {.mode = OutputMode::same, .search = Search::threeStep});
+     }},
+    {"metric: 4; allowed are 0 (sad), 1 (ssd), 2 (maxad), 3 (product)",
+     [] {
+       makeMatcher({4, 3}, {.metric = static_cast<Metric>(4)});
+     }},
+    {"search: -1; allowed are 0 (exhaustive), 1 (three-step)",
+     [] {
+       makeMatcher({4, 3}, {.search = static_cast<Search>(-1)});
+     }},
+    {"neighbourhood: 46341; allowed are 0 (none) to 46340",
+     [] {
+       makeMatcher({4, 3}, {.neighbourhood = 46341});
+     }},
+    {"neighbourhood: 3; without best it must be 0",
+     [] {
+       makeMatcher({4, 3}, {.neighbourhood = 3, .best = false, .map = true});
+     }},
+    {"best: false; it must be true unless map is",
+     [] {
+       makeMatcher({4, 3}, {.best = false});
+     }},
+    {"region: size -1 in dimension 1; with a start of 0, allowed are 0 to 2147483647",
+     [] {
+       makeMatcher({4, 3}, {.region = Region{{0, 0}, {1, -1}}});
+     }},
+    {"region: size 2147483647 in dimension 0; with a start of 5, allowed are 0 to 2147483642",
+     [] {
+       makeMatcher({4, 3}, {.region = Region{{5, 0}, {greatest, 1}}});
+     }},
+    {"region: start -1073741824 in dimension 0; allowed are -1073741823 to 2147483647",
+     [] {
+       makeMatcher({4, 3}, {.region = Region{{-1073741824, 0}, {1, 1}}});
+     }},
+    {"image: extents 4 x 2; they must be 4 x 3",
+     [] {
+       const std::vector<float> values(12);
+       TemplateMatcher<float>(ArrayView<const float>(values.data(), {3, 2}), {4, 3}).run({values.data(), {4, 2}});
+     }},
+};
+
 class RefusalTest : public testing::TestWithParam<Refusal> {};
 
 TEST_P(RefusalTest, NamesArgumentValueAndWhatIsAllowed) {
@@ -237,6 +305,7 @@ TEST_P(RefusalTest, NamesArgumentValueAndWhatIsAllowed) {
 
 INSTANTIATE_TEST_SUITE_P(Plain, RefusalTest, testing::ValuesIn(plainRefusals));
 INSTANTIATE_TEST_SUITE_P(Fixed, RefusalTest, testing::ValuesIn(fixedRefusals));
+INSTANTIATE_TEST_SUITE_P(Match, RefusalTest, testing::ValuesIn(matchRefusals));
 
 }  // namespace
 }  // namespace BP::filters

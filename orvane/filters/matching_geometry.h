@@ -1,0 +1,41 @@
+#pragma once
+
+#include <array>
+
+#include "orvane/core/enums.h"
+#include "orvane/filters/template_matcher.h"
+#include "orvane/matching/template_matching.h"
+
+namespace BP::filters::detail {
+
+/// A match in the terms of the fronts, after all checks that do not depend on element types.
+///
+/// A front keeps pointers to the tables, so an object stays where it is while its front lives.
+struct MatchingGeometry {
+  /// Throws `std::invalid_argument`.
+  MatchingGeometry(const Extents& image, const Extents& pattern, const MatchOptions& options);
+
+  /// Throws `std::invalid_argument`, and changes nothing then.
+  void setRegion(const std::optional<Region>& region);
+
+  bool hasPositions() const { return positions.size[0] > 0; }
+  Region windowAt(const std::array<std::int64_t, 2>& location) const;
+
+  Extents imageExtents;
+  Extents patternExtents;
+  Region support;    ///< the positions of the mode
+  Region positions;  ///< those in the region of interest; of size 0 if there are none
+  int edge;          ///< of the neighbourhood
+  std::array<int, 2> imageDims;
+  std::array<int, 2> patternDims;
+  std::array<int, 4> roi;  ///< the region of interest, or the positions: start, then size
+  OutputModeEnum mode;
+  AlgorithmModeEnum metric;
+  SearchMethodEnum search;
+
+ private:
+  void checkNeighbourhood(std::int64_t size) const;
+  std::int64_t centre(std::size_t d) const { return (patternExtents[d] - 1) / 2; }
+};
+
+}  // namespace BP::filters::detail

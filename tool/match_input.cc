@@ -1,0 +1,85 @@
+#include "tool/match_input.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <stdexcept>
+
+#include "tool/levels.h"
+#include "tool/npy_file.h"
+#include "tool/png_file.h"
+#include "tool/text.h"
+
+namespace BP::tool {
+
+namespace {
+
+Array lumaOf(const Image& image) {
+  Array plane{ElementType::float64, {image.width, image.height}, {}};
+  plane.bytes.resize(bytesOf(plane.type, plane.extents));
+  double* value = plane.as<double>();
+  const auto channels = static_cast<std::size_t>(image.channels);
+  for (std::size_t i = 0; i < image.samples.size(); i += channels) {
+    const std::uint16_t* sample = &image.samples[i];
+    *value++ = image.colours() == 1 ? sample[0] : 0.2126 * sample[0] + 0.7152 * sample[1] + 0.0722 * sample[2];
+  }
+  return plane;
+}
+
+Image pictureOf(const Image& image) {
+  Image picture = makeImage(image.width, image.height, 3, 8);
+  const int step = image.colours() == 1 ? 0 : 1;
+  for (int y = 0; y < image.height; ++y) {
+    for (int x = 0; x < image.width; ++x) {
+      for (int c = 0; c < 3; ++c) {
+        const int sample = image.samples[image.at(x, y, c * step)];
+        picture.samples[picture.at(x, y, c)] =
+            static_cast<std::uint16_t>((sample * 255 + image.maximum() / 2) / image.maximum());
+      }
+    }
+  }
+  return picture;
+}
+
+Image pictureOf(const Array& array) {
+  const Levels levels = levelsOf(array);
+  Image picture = makeImage(static_cast<int>(array.extents[0]), static_cast<int>(array.extents[1]), 3, 8);
+  for (std::size_t i = 0; i < levels.values.size(); ++i) {
+    const auto sample = static_cast<std::uint16_t>(std::nearbyint(255 * levels.place(levels.values[i])));
+    std::fill_n(&picture.samples[3 * i], 3, sample);
+  }
+  return picture;
+}
+
+void checkArray(const Array& array, const std::string& what) {
+  const ElementType allowed[] = {ElementType::boolean, ElementType::float32, ElementType::float64,
+                                 ElementType::complex64, ElementType::complex128};
+  if (std::find(std::begin(allowed), std::end(allowed), array.type) == std::end(allowed)) {
+    std::string names;
+    for (const ElementType type : allowed) names.append(names.empty() ? "" : ", ").append(nameOf(type));
+    throw std::runtime_error(what + " has elements of type " + std::string(nameOf(array.type)) + "; allowed are " +
+                             names);
+  }
+  std::string extents;
+  for (const std::int64_t extent : array.extents) extents += (extents.empty() ? "" : "x") + std::to_string(extent);
+  if (array.extents.size() != 2) {
+    throw std::runtime_error(what + " has " + std::to_string(array.extents.size()) + " dimensions (" + extents +
+                             "); it must have 2");
+  }
+  if (array.bytes.empty()) throw std::runtime_error(what + " is empty (" + extents + "); extents must be 1 or more");
+}
+
+}  // namespace
+
+MatchInput readMatchInput(const std::string& path) {
+  if (!lowered(path).ends_with(".npy")) {
+    const Image image = readPng(path);
+    return {lumaOf(image), pictureOf(image), image.bitDepth};
+  }
+  Array array = readNpy(path);
+  checkArray(array, inQuotes(path));
+  Image picture = pictureOf(array);
+  return {std::move(array), std::move(picture), 0};
+}
+
+}  // namespace BP::tool
