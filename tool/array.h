@@ -1,7 +1,9 @@
 #pragma once
 
+#include <complex>
 #include <cstddef>
 #include <cstdint>
+#include <stdexcept>
 #include <string_view>
 #include <vector>
 
@@ -50,6 +52,27 @@ struct Array {
     return reinterpret_cast<T*>(bytes.data());
   }
 };
+
+/// Calls `visit` with the address of the first element, whatever its type: bools are `std::uint8_t`.
+template <class Visit>
+void visitElements(const Array& array, Visit&& visit) {
+  switch (array.type) {
+    case ElementType::boolean: return visit(array.as<std::uint8_t>());
+    case ElementType::int8: return visit(array.as<std::int8_t>());
+    case ElementType::int16: return visit(array.as<std::int16_t>());
+    case ElementType::int32: return visit(array.as<std::int32_t>());
+    case ElementType::int64: return visit(array.as<std::int64_t>());
+    case ElementType::uint8: return visit(array.as<std::uint8_t>());
+    case ElementType::uint16: return visit(array.as<std::uint16_t>());
+    case ElementType::uint32: return visit(array.as<std::uint32_t>());
+    case ElementType::uint64: return visit(array.as<std::uint64_t>());
+    case ElementType::float32: return visit(array.as<float>());
+    case ElementType::float64: return visit(array.as<double>());
+    case ElementType::complex64: return visit(array.as<std::complex<float>>());
+    case ElementType::complex128: return visit(array.as<std::complex<double>>());
+  }
+  throw std::logic_error("unknown element type");
+}
 
 /// Product of the extents times the size of an element; throws `std::length_error` if an extent is negative or the
 /// product exceeds what a signed 64-bit number holds.

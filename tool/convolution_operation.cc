@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "tool/file_arguments.h"
 #include "tool/filter_array.h"
 #include "tool/filter_image.h"
 #include "tool/filter_settings.h"
@@ -18,12 +19,9 @@ namespace BP::tool {
 namespace {
 
 /// What the operations have in common.
-struct Arguments {
-  std::string in;
-  std::string out;
+struct Arguments : FileArguments {
   std::string scaleOutput = "1";
   std::string offset = "0";
-  bool quiet = false;
   FilterTexts filter;
 };
 
@@ -38,13 +36,6 @@ struct SeparableArguments : Arguments {
   std::string column;
   bool correlates = false;
 };
-
-/// Says that `count` of `all` values were not kept as they were, if there are any.
-void tellCount(const std::string& out, std::uint64_t count, std::uint64_t all, const std::string& what) {
-  if (count == 0) return;
-  std::fprintf(stderr, "orvane: %s: %s of %s values were %s\n", out.c_str(), std::to_string(count).c_str(),
-               std::to_string(all).c_str(), what.c_str());
-}
 
 void tellFixed(const std::string& out, const std::string& table) {
   if (!table.empty()) std::fprintf(stderr, "orvane: %s: fixed-point values\n%s", out.c_str(), table.c_str());
@@ -94,20 +85,7 @@ void runOnVolume(const MatrixArguments& arguments, const FilterSettings& setting
 
 void run(const Arguments& arguments, const FilterSettings& settings) {
   const SampleScaling scaling = scalingOf(arguments);
-  const bool isArray = lowered(arguments.in).ends_with(".npy");
-  (isArray ? runOnArray : runOnPicture)(arguments, settings, scaling);
-}
-
-/// The arguments that come first.
-void addFiles(CLI::App& operation, Arguments& arguments) {
-  operation
-      .add_option("IN", arguments.in,
-                  "PNG picture of 1 to 16 bits, each colour channel of which is filtered, or NPY array")
-      ->required()
-      ->type_name("");
-  operation.add_option("OUT", arguments.out, "Picture or array to write, of the kind of IN; may be IN")
-      ->required()
-      ->type_name("");
+  (isArrayName(arguments.in) ? runOnArray : runOnPicture)(arguments, settings, scaling);
 }
 
 void addNumber(CLI::App& operation, const std::string& option, std::string& text, const std::string& meaning) {

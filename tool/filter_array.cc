@@ -15,27 +15,6 @@ namespace {
 
 using filters::Extents;
 
-/// Calls `visit` with the address of the first element, whatever its type.
-template <class Visit>
-void visitElements(const Array& array, Visit&& visit) {
-  switch (array.type) {
-    case ElementType::boolean: return visit(array.as<std::uint8_t>());
-    case ElementType::int8: return visit(array.as<std::int8_t>());
-    case ElementType::int16: return visit(array.as<std::int16_t>());
-    case ElementType::int32: return visit(array.as<std::int32_t>());
-    case ElementType::int64: return visit(array.as<std::int64_t>());
-    case ElementType::uint8: return visit(array.as<std::uint8_t>());
-    case ElementType::uint16: return visit(array.as<std::uint16_t>());
-    case ElementType::uint32: return visit(array.as<std::uint32_t>());
-    case ElementType::uint64: return visit(array.as<std::uint64_t>());
-    case ElementType::float32: return visit(array.as<float>());
-    case ElementType::float64: return visit(array.as<double>());
-    case ElementType::complex64: return visit(array.as<std::complex<float>>());
-    case ElementType::complex128: return visit(array.as<std::complex<double>>());
-  }
-  throw std::logic_error("unknown element type");
-}
-
 template <class T>
 struct IsComplex : std::false_type {};
 template <class T>
@@ -161,12 +140,16 @@ void correlateAs(const Array& input, const Array& kernel, const FilterSettings& 
 
 }  // namespace
 
-FilteredArray filterArray(const Array& input, const FilterSettings& settings, const SampleScaling& scaling) {
-  if (input.extents.empty() || input.extents.size() > 2) {
-    throw std::runtime_error("the array has " + std::to_string(input.extents.size()) +
+Extents planeExtents(const Array& array) {
+  if (array.extents.empty() || array.extents.size() > 2) {
+    throw std::runtime_error("the array has " + std::to_string(array.extents.size()) +
                              " dimensions; allowed are 1 and 2, for one plane is filtered");
   }
-  const Extents extents(input.extents);
+  return Extents(array.extents);
+}
+
+FilteredArray filterArray(const Array& input, const FilterSettings& settings, const SampleScaling& scaling) {
+  const Extents extents = planeExtents(input);
   const bool isFixed = settings.fixed.has_value();
   const bool isDouble = isFixed || sumTypeFor(input, settings) == ElementType::float64;
   FilteredArray result;

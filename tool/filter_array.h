@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "orvane/filters/extents.h"
 #include "tool/array.h"
 #include "tool/filter_image.h"
 #include "tool/filter_settings.h"
@@ -14,6 +15,9 @@ struct FilteredArray {
   std::uint64_t rounded = 0;  ///< input values that the type of sums does not have
   std::string fixedTable;     ///< of a filter in fixed point, what happened to its values
 };
+
+/// The extents of an array of one dimension or two; throws `std::runtime_error` for another rank.
+filters::Extents planeExtents(const Array& array);
 
 /// `input`, filtered as the settings say; each result is then multiplied by the scale and added to the offset.
 ///

@@ -2,28 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
+#include <cstdint>
 #include <stdexcept>
-#include <utility>
 
-#include "orvane/filters/convolution.h"
+#include "tool/channels.h"
 #include "tool/plane_filter.h"
 
 namespace BP::tool {
 
 namespace {
-
-using filters::Extents;
-
-std::string sides(int width, int height) { return std::to_string(width) + "x" + std::to_string(height); }
-
-void checkFits(const Image& image, const FilterSettings& settings) {
-  const int width = settings.windowWidth(), height = settings.windowHeight();
-  if (settings.options.mode == filters::OutputMode::valid && (width > image.width || height > image.height)) {
-    throw std::runtime_error("the kernel of " + sides(width, height) + " is larger than the image of " +
-                             sides(image.width, image.height) + "; with --mode same or full it may be");
-  }
-}
 
 /// Refuses what could overflow to infinity, and from there to a sum that is no number.
 void checkRange(const Image& image, const FilterSettings& settings, const SampleScaling& scaling) {
@@ -43,39 +30,28 @@ void checkRange(const Image& image, const FilterSettings& settings, const Sample
                            (isFloat ? "1e37" : "1e300"));
 }
 
-/// A channel as a plane of elements T, dimension 0 from left to right.
-template <class T>
-filters::Array<T> channelOf(const Image& image, int channel) {
-  filters::Array<T> plane({image.width, image.height});
-  std::size_t from = static_cast<std::size_t>(channel);
-  for (T& value : plane) {
-    value = static_cast<T>(image.samples[from]);
-    from += static_cast<std::size_t>(image.channels);
-  }
-  return plane;
+/// The sample for a sum; counts it if it is clipped.
+std::uint16_t sampleOf(double sum, const SampleScaling& scaling, FilteredImage& result) {
+  const double maximum = result.image.maximum();
+  const double rounded = std::nearbyint(sum * scaling.scale + scaling.offset);
+  if (!std::isfinite(rounded)) throw std::runtime_error("an output is not finite; --scale-output is too large");
+  const bool below = rounded < 0;
+  const bool above = rounded > maximum;
+  if (below || above) ++result.clipped;
+  return static_cast<std::uint16_t>(below ? 0 : above ? maximum : rounded);
 }
 
 /// Writes `sums` into a channel of `result`.
 template <class T>
-void storeChannel(FilteredImage& result, int channel, const filters::Array<T>& sums, const SampleScaling& scaling) {
-  const double maximum = result.image.maximum();
-  std::size_t to = static_cast<std::size_t>(channel);
-  for (const T sum : sums) {
-    const double rounded = std::nearbyint(static_cast<double>(sum) * scaling.scale + scaling.offset);
-    if (!std::isfinite(rounded)) throw std::runtime_error("an output is not finite; --scale-output is too large");
-    const bool below = rounded < 0;
-    const bool above = rounded > maximum;
-    if (below || above) ++result.clipped;
-    result.image.samples[to] = static_cast<std::uint16_t>(below ? 0 : above ? maximum : rounded);
-    to += static_cast<std::size_t>(result.image.channels);
-  }
+void storeSums(FilteredImage& result, int channel, const filters::Array<T>& sums, const SampleScaling& scaling) {
+  storeChannel(result.image, channel, sums, [&](T sum) { return sampleOf(static_cast<double>(sum), scaling, result); });
 }
 
 template <class T>
 void filterColours(const Image& image, const FilterSettings& settings, const SampleScaling& scaling,
                    FilteredImage& result) {
   const PlaneFilter<T> filter = makePlaneFilter<T>(settings, {image.width, image.height});
-  for (int c = 0; c < image.colours(); ++c) storeChannel(result, c, filter(channelOf<T>(image, c)), scaling);
+  for (int c = 0; c < image.colours(); ++c) storeSums(result, c, filter(channelOf<T>(image, c)), scaling);
 }
 
 void filterColoursFixed(const Image& image, const FilterSettings& settings, const SampleScaling& scaling,
@@ -83,40 +59,20 @@ void filterColoursFixed(const Image& image, const FilterSettings& settings, cons
   FixedPlaneFilter filter(settings, {image.width, image.height}, false);
   for (int c = 0; c < image.colours(); ++c) {
     const auto plane = channelOf<double>(image, c);
-    storeChannel(result, c, filter.run<double>(plane), scaling);
+    storeSums(result, c, filter.run<double>(plane), scaling);
   }
   result.fixedTable = filter.table();
-}
-
-/// A line of `side` elements with a one where a window has its centre.
-Kernel centreOf(int side) {
-  Kernel line{side, 1, std::vector<double>(static_cast<std::size_t>(side))};
-  line.elements[static_cast<std::size_t>((side - 1) / 2)] = 1;
-  return line;
-}
-
-/// Alpha of the pixel under the centre, by a window that picks it.
-void placeAlpha(const Image& image, const FilterSettings& settings, FilteredImage& result) {
-  FilterSettings pick;
-  pick.options = {
-      .direction = filters::Direction::correlation, .mode = settings.options.mode, .pad = settings.options.pad};
-  pick.kernels = {centreOf(settings.windowWidth()), centreOf(settings.windowHeight())};
-  std::swap(pick.kernels.back().width, pick.kernels.back().height);
-  const int alpha = image.channels - 1;
-  const PlaneFilter<float> filter = makePlaneFilter<float>(pick, {image.width, image.height});
-  storeChannel(result, alpha, filter(channelOf<float>(image, alpha)), {});
 }
 
 }  // namespace
 
 FilteredImage filterImage(const Image& image, const FilterSettings& settings, const SampleScaling& scaling) {
   if (settings.options.padValue.imag() != 0) throw std::runtime_error("--pad: pictures take a real value, constant:V");
-  checkFits(image, settings);
   if (!settings.fixed) checkRange(image, settings, scaling);
-  const Extents extents = filters::outputExtents(
-      {image.width, image.height}, {settings.windowWidth(), settings.windowHeight()}, settings.options.mode);
+  const filters::ConvolutionOptions& options = settings.options;
   FilteredImage result;
-  result.image = makeImage(static_cast<int>(extents[0]), static_cast<int>(extents[1]), image.channels, image.bitDepth);
+  result.image =
+      makeOutput(image, {settings.windowWidth(), settings.windowHeight(), options.mode, options.pad}, "kernel");
   if (settings.fixed) {
     filterColoursFixed(image, settings, scaling, result);
   } else if (settings.sumType == ElementType::float32) {
@@ -124,7 +80,6 @@ FilteredImage filterImage(const Image& image, const FilterSettings& settings, co
   } else {
     filterColours<double>(image, settings, scaling, result);
   }
-  if (image.hasAlpha()) placeAlpha(image, settings, result);
   return result;
 }
 

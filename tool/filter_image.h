@@ -25,9 +25,7 @@ struct FilteredImage {
 /// Sums run in double unless the settings say otherwise. In double again follow one multiplication, one addition, then
 /// rounding to the nearest whole number, ties to even, and clipping to the range of the samples, whose bit depth stays.
 ///
-/// Alpha is not filtered: each output gets that of the pixel under the window's centre (of the two in the middle of an
-/// even side, the one further left or up). Mode valid so crops it, same copies it, and full takes what lies beyond the
-/// edge by the rule of the pad, 0 with a constant one.
+/// Alpha is that of the pixel under the window's centre: see `makeOutput`.
 ///
 /// Throws `std::runtime_error` or `std::invalid_argument` if kernel and image do not fit, or sums could exceed the
 /// range of their type.

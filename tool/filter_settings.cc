@@ -95,13 +95,18 @@ FixedSettings parseFixed(const std::string& text) {
   return settings;
 }
 
+EdgeSettings parseEdges(const EdgeTexts& texts) {
+  const Pad pad = parsePad(texts.pad);
+  return {filterModeOf(parseMode(texts.mode)), padOf(pad.type), pad.value};
+}
+
 FilterSettings parseFilterTexts(const FilterTexts& texts, filters::Direction direction) {
   FilterSettings settings;
-  const Pad pad = parsePad(texts.pad);
+  const EdgeSettings edges = parseEdges(texts);
   settings.options = {.direction = direction,
-                      .mode = filterModeOf(parseMode(texts.mode)),
-                      .pad = padOf(pad.type),
-                      .padValue = pad.value,
+                      .mode = edges.mode,
+                      .pad = edges.pad,
+                      .padValue = edges.padValue,
                       .normalise = parseNormalise(texts.normalise) == NormNone ? filters::Normalisation::none
                                                                                : filters::Normalisation::energy};
   if (texts.type) settings.sumType = parseSumType(*texts.type);
@@ -110,12 +115,20 @@ FilterSettings parseFilterTexts(const FilterTexts& texts, filters::Direction dir
   return settings;
 }
 
+void addEdgeOptions(CLI::App& operation, EdgeTexts& texts) {
+  operation.add_option("--mode", texts.mode, "Which positions have an output, see below")
+      ->type_name(namesOf(outputModes))
+      ->capture_default_str();
+  operation.add_option("--pad", texts.pad, "What is read beyond the edge, see below")
+      ->type_name(std::string(padForms))
+      ->capture_default_str();
+}
+
 void addFilterOptions(CLI::App& operation, FilterTexts& texts, bool canNormalise) {
   const auto add = [&](const char* name, auto& text, const char* meaning, const std::string& form) {
     return operation.add_option(name, text, meaning)->type_name(form);
   };
-  add("--mode", texts.mode, "Which positions have an output, see below", namesOf(outputModes))->capture_default_str();
-  add("--pad", texts.pad, "What is read beyond the edge, see below", std::string(padForms))->capture_default_str();
+  addEdgeOptions(operation, texts);
   if (canNormalise) {
     add("--normalise", texts.normalise, "energy: divides each sum by the norms of kernel and window",
         namesOf(normalisations))
@@ -126,15 +139,20 @@ void addFilterOptions(CLI::App& operation, FilterTexts& texts, bool canNormalise
   add("--fixed", texts.fixed, "Sums run in fixed point, see below", "TYPES");
 }
 
+std::string edgeFooter(const std::string& window) {
+  return "Modes, by extent of the output in a dimension with an input of u and a " + window +
+         " of h:\n  valid  u - h + 1   only where the " + window +
+         " lies wholly in the input\n  same   u           the " + window +
+         "'s middle lies on each element of the input in turn\n  full   u + h - 1   wherever " + window +
+         " and input overlap\n"
+         "Pads, for an input of a b c:\n"
+         "  constant:V v v v | a b c | v v v     replicate  a a a | a b c | c c c\n"
+         "  symmetric  c b a | a b c | c b a     circular   a b c | a b c | a b c\n";
+}
+
 std::string filterFooter(bool canNormalise) {
-  return std::string(
-             "Modes, by extent of the output in a dimension with an input of u and a kernel of h:\n"
-             "  valid  u - h + 1   only where the kernel lies wholly in the input\n"
-             "  same   u           the kernel's middle lies on each element of the input in turn\n"
-             "  full   u + h - 1   wherever kernel and input overlap\n"
-             "Pads, for an input of a b c:\n"
-             "  constant:V v v v | a b c | v v v     replicate  a a a | a b c | c c c\n"
-             "  symmetric  c b a | a b c | c b a     circular   a b c | a b c | a b c\n"
+  return edgeFooter("kernel") +
+         std::string(
              "Fixed point: TYPES are such as\n"
              "  input=u8.0,filter=s16.14,accumulator=s40.14,output=u8.0,rounding=nearest,overflow=saturate\n"
              "where s16.14 is a signed type of 16 bits, 14 of them fraction. product=TYPE makes products inexact") +

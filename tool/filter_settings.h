@@ -1,6 +1,6 @@
 #pragma once
 
-#include <memory>
+#include <complex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,6 +21,13 @@ struct FixedSettings {
   filters::FixedType filter;
 };
 
+/// Which positions have an output, and what is read beyond the edge.
+struct EdgeSettings {
+  filters::OutputMode mode = filters::OutputMode::valid;
+  filters::Pad pad = filters::Pad::constant;
+  std::complex<double> padValue;  ///< of a constant pad
+};
+
 /// What the operations `convolve`, `correlate` and `separable` do to each plane of their input.
 struct FilterSettings {
   std::vector<Kernel> kernels;  ///< one, or of a separable filter a row of numbers and a column of them
@@ -34,10 +41,14 @@ struct FilterSettings {
   int windowHeight() const { return kernels.back().height; }
 };
 
-/// The options about edges and numbers as they were typed, each with its default.
-struct FilterTexts {
+/// The options about edges as they were typed, each with its default.
+struct EdgeTexts {
   std::string mode = "valid";
   std::string pad = "constant:0";
+};
+
+/// The options about edges and numbers.
+struct FilterTexts : EdgeTexts {
   std::string normalise = "none";
   std::optional<std::string> type;
   std::optional<std::string> fixed;
@@ -46,7 +57,16 @@ struct FilterTexts {
 /// What the filters call an output mode.
 filters::OutputMode filterModeOf(OutputModeEnum mode);
 
-/// Adds the options to an operation; `--normalise` only on demand.
+/// Adds `--mode` and `--pad` to an operation.
+void addEdgeOptions(CLI::App& operation, EdgeTexts& texts);
+
+/// What `addEdgeOptions` says at the end of a usage text; `window` is what the operation calls what it moves.
+std::string edgeFooter(const std::string& window);
+
+/// Throws `std::runtime_error` that names the option and what it allows.
+EdgeSettings parseEdges(const EdgeTexts& texts);
+
+/// Adds the options to an operation, those about edges too; `--normalise` only on demand.
 void addFilterOptions(CLI::App& operation, FilterTexts& texts, bool canNormalise);
 
 /// What `addFilterOptions` says at the end of a usage text.

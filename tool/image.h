@@ -16,6 +16,7 @@ struct Image {
   int channels = 1;
   int bitDepth = 8;  ///< 8 or 16
   std::vector<std::uint16_t> samples;
+  bool isBilevel = false;  ///< the file has grey of one bit: grey samples are 0 or 255, and 8 their bit depth here
 
   bool hasAlpha() const { return channels % 2 == 0; }
   /// Channels without alpha, which is the last one.
@@ -31,7 +32,7 @@ struct Image {
 
 /// An image of the given shape, all samples 0. The extents must be 1 or more.
 inline Image makeImage(int width, int height, int channels, int bitDepth) {
-  Image image{width, height, channels, bitDepth, {}};
+  Image image{width, height, channels, bitDepth, {}, false};
   image.samples.resize(image.pixels() * static_cast<std::size_t>(channels));
   return image;
 }

@@ -64,6 +64,7 @@ int main(int count, char** arguments) {
     command.set_version_flag("--version", std::string("orvane ") + orvaneblockprocbrekk_version);
     command.require_subcommand(1);
     BP::tool::addConvolution(command);
+    BP::tool::addMedian(command);
     BP::tool::addMatch(command);
     BP::tool::addChart(command);
     BP::tool::addPatch(command);

@@ -13,6 +13,9 @@ void addConvolution(CLI::App& command);
 /// `chart`.
 void addChart(CLI::App& command);
 
+/// `median`.
+void addMedian(CLI::App& command);
+
 /// `plan`.
 void addPlan(CLI::App& command);
 

@@ -131,6 +131,9 @@ void checkExtents(Reader& reader, const File& file, const std::string& path) {
   }
 }
 
+/// The bit depth of the file for an image.
+int bitsOf(const Image& image) { return image.isBilevel && image.channels == 1 ? 1 : image.bitDepth; }
+
 /// The stored bytes of one row, high byte first, to samples or back.
 void unpackRow(const png_byte* bytes, Image& image, int y) {
   std::uint16_t* sample = &image.samples[image.at(0, y)];
@@ -144,6 +147,10 @@ void packRow(const Image& image, int y, png_byte* bytes) {
   const std::uint16_t* sample = &image.samples[image.at(0, y)];
   const std::size_t count = image.rowSamples();
   for (std::size_t i = 0; i < count; ++i) {
+    if (bitsOf(image) == 1) {
+      *bytes++ = sample[i] == 0 ? 0 : 1;  // a byte for each; libpng packs them
+      continue;
+    }
     if (image.bitDepth == 16) *bytes++ = static_cast<png_byte>(sample[i] >> 8);
     *bytes++ = static_cast<png_byte>(sample[i] & 0xff);
   }
@@ -171,6 +178,8 @@ Image readPng(const std::string& path) {
   checkExtents(reader, file, path);
 
   int passes = 0;
+  const bool isBilevel = png_get_color_type(reader.png, reader.info) == PNG_COLOR_TYPE_GRAY &&
+                         png_get_bit_depth(reader.png, reader.info) == 1;
   const bool prepared = succeeds(reader.png, [&] {
     png_set_expand(reader.png);
     passes = png_set_interlace_handling(reader.png);
@@ -180,6 +189,7 @@ Image readPng(const std::string& path) {
   Image image = makeImage(static_cast<int>(png_get_image_width(reader.png, reader.info)),
                           static_cast<int>(png_get_image_height(reader.png, reader.info)),
                           png_get_channels(reader.png, reader.info), png_get_bit_depth(reader.png, reader.info));
+  image.isBilevel = isBilevel;
 
   // An interlaced file gives every row several times, each time with more of its pixels.
   const std::size_t stride = passes == 1 ? 0 : rowBytes(image);
@@ -204,9 +214,10 @@ void writePng(const std::string& path, const Image& image) {
   const bool written = succeeds(writer.png, [&] {
     png_set_user_limits(writer.png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
     png_set_IHDR(writer.png, writer.info, static_cast<png_uint_32>(image.width), static_cast<png_uint_32>(image.height),
-                 image.bitDepth, colourType(image), PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
+                 bitsOf(image), colourType(image), PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
                  PNG_FILTER_TYPE_DEFAULT);
     png_write_info(writer.png, writer.info);
+    png_set_packing(writer.png);
     for (int y = 0; y < image.height; ++y) {
       packRow(image, y, row.data());
       png_write_row(writer.png, row.data());

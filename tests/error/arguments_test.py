@@ -12,13 +12,13 @@ class ArgumentsTest(RefusalCase):
 
     def test_operations_and_options(self):
         for arguments, *words in (
-            (["blur", "in.png", "old.png"], "'blur'", "convolve, correlate, separable, match, chart, patch, plan"),
+            (["blur", "in.png", "old.png"], "'blur'", "convolve, correlate, separable, median, match, chart, patch, plan"),
             (["convolve", "in.png"], "OUT is required", "orvane convolve --help"),
             (["convolve", "in.png", "old.png"], "--kernel is required"),
             (["convolve", "in.png", "old.png", "--kernel"], "--kernel"),
             (["convolve", "in.png", "old.png", "more.png", "--kernel", "1"], "more.png"),
             (["correlate", "in.png", "old.png", "--kernel", "1", "--sigma", "3"], "--sigma"),
-            (["--quiet", "convolve"], "'--quiet'", "convolve, correlate, separable, match, chart, patch, plan"),
+            (["--quiet", "convolve"], "'--quiet'", "convolve, correlate, separable, median, match, chart, patch, plan"),
             (["convolve", "in.png", "out.jpg", "--kernel", "1"], "'out.jpg'", ".png"),
             (["chart", "out"], "'out'", ".png"),
         ):
@@ -149,6 +149,40 @@ class ArgumentsTest(RefusalCase):
             self.refused(["convolve", "in.npy", "out.npy", *kernel, *options], *words)
         self.refused(["convolve", "in.npy", "old.png", "--kernel", "1"], "'old.png'", ".npy")
         self.refused(["convolve", "in.png", "out.npy", "--kernel", "1"], "'out.npy'", ".png")
+
+    def test_medians(self):
+        self.write("bit.png", self.random_image(6, 5, 1, 1), 1)
+        arrays = {"line": numpy.zeros(9), "complex": numpy.zeros((5, 6), "c8"), "cube": numpy.zeros((3, 3, 3)),
+                  "long": numpy.array([[0, 2**52 + 1, -2**60]]), "int8": numpy.zeros((5, 6), "i1"),
+                  "bool": numpy.zeros((5, 6), bool), "float": numpy.zeros((5, 6), "f4")}
+        for name, array in arrays.items():
+            numpy.save(self.folder / f"{name}.npy", array)
+        for name, options, *words in (
+            ("in.png", [], "--window is required"),
+            ("in.png", ["--window", ""], "--window", "''", "1 to 1023"),
+            ("in.png", ["--window", "5"], "--window", "WIDTHxHEIGHT"),
+            ("in.png", ["--window", "5x"], "--window '5x'", "''"),
+            ("in.png", ["--window", "0x3"], "'0'", "1 to 1023"),
+            ("in.png", ["--window", "3x1024"], "'1024'", "1 to 1023"),
+            ("in.png", ["--window", "3X3"], "'3X3'"),
+            ("in.png", ["--window", "3x3x3"], "'3x3x3'", "WIDTHxHEIGHT"),
+            ("in.png", ["--window", "7x3"], "window of 7x3", "image of 6x5", "same or full"),
+            ("in.png", ["--window", "3x3", "--mode", "all"], "--mode 'all'", "valid, same, full"),
+            ("in.png", ["--window", "3x3", "--pad", "constant:256"], "constant:256", "8 bits", "0 to 255"),
+            ("in.png", ["--window", "3x3", "--pad", "constant:0.5"], "constant:0.5", "whole"),
+            ("in.png", ["--window", "3x3", "--pad", "constant:1,2"], "constant:1,2", "8 bits"),
+            ("bit.png", ["--window", "3x3", "--pad", "constant:255"], "constant:255", "one bit", "0 to 1"),
+            ("line.npy", ["--window", "3x3"], "window: rank 2", "1"),
+            ("line.npy", ["--window", "10"], "window: extent 10", "1 to 9"),
+            ("cube.npy", ["--window", "3x3"], "3 dimensions", "1 and 2"),
+            ("complex.npy", ["--window", "3x3"], "complex64", "no order", "float64"),
+            ("long.npy", ["--window", "1x1"], "2 of 3", "int64", "-2^52 to 2^52"),
+            ("int8.npy", ["--window", "3x3", "--pad", "constant:-129"], "int8", "-128 to 127"),
+            ("bool.npy", ["--window", "3x3", "--pad", "constant:2"], "bool", "0 to 1"),
+            ("float.npy", ["--window", "3x3", "--pad", "constant:1e39"], "float32", "real"),
+        ):
+            self.refused(["median", name, "old." + name[-3:], *options], *words)
+        self.refused(["median", "bool.npy", "old.png", "--window", "1x1"], "'old.png'", ".npy")
 
     def test_separable_kernels(self):
         for row, column, *words in (

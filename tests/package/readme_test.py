@@ -14,18 +14,19 @@ COMMAND = os.environ["ORVANE_TOOL"]
 
 class ReadmeTest(unittest.TestCase):
     text = (SOURCE / "README.md").read_text()
+    median = (SOURCE / "docs/median.md").read_text()
 
     def test_programs_are_the_examples(self):
-        guides = "".join((SOURCE / "docs" / name).read_text() for name in ("filters.md", "template-matching.md"))
+        guides = "".join((SOURCE / "docs" / name).read_text() for name in ("filters.md", "median.md", "template-matching.md"))
         shown = re.findall(r"<!-- (examples/\S+) -->\n```cpp\n(.*?)```", self.text + guides, re.S)
         self.assertTrue(shown)
         for name, code in shown:
             self.assertEqual(code, (SOURCE / name).read_text(), name)
 
     def test_commands_run(self):
-        block = re.search(r"```sh\n(orvane .*?)```", self.text, re.S).group(1)
+        blocks = [re.search(r"```sh\n(orvane .*?)```", page, re.S).group(1) for page in (self.text, self.median)]
         with tempfile.TemporaryDirectory() as folder:
-            for line in block.splitlines():
+            for line in "".join(blocks).splitlines():
                 words = [COMMAND, *shlex.split(line)[1:]]
                 done = subprocess.run(words, cwd=folder, capture_output=True, text=True)
                 self.assertEqual(done.returncode, 0, f"{line}\n{done.stderr}")

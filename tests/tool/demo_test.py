@@ -22,7 +22,9 @@ class DemoTest(CommandCase):
         page = (self.folder / "out" / "index.html").read_text()
         shown = re.findall(r'<img src="([^"]*)"', page)
         commands = [html.unescape(code) for code in re.findall("<code>(.*?)</code>", page)]
-        self.assertEqual(shown, [source, "blurred.png", "sharpened.png", "edges.png", "patch.png", "found.png"])
+        self.assertEqual(shown, [source, "blurred.png", "denoised.png", "sharpened.png", "edges.png", "patch.png",
+                                 "found.png"])
+        self.assertEqual(re.findall(r'<image href="([^"]*)"', page), shown[:3])
         self.assertEqual(sorted(os.listdir(self.folder / "out")), sorted([*shown, "index.html"]))
         again = self.folder / "again"
         again.mkdir()

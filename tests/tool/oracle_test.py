@@ -46,6 +46,19 @@ class OracleTest(CommandCase):
                     numpy.testing.assert_allclose(found, expected, rtol=0, atol=10 * tolerance)
 
     @unittest.skipUnless(scipy, "scipy is not installed")
+    def test_medians_of_odd_windows_against_scipy_ndimage(self):
+        pads = {"constant:3": "constant", "replicate": "nearest", "symmetric": "reflect", "circular": "wrap"}
+        for (shape, window), (pad, rule) in itertools.product(self.shapes, pads.items()):
+            for dtype in ("f4", "f8", "u1", "i2", "i4"):
+                with self.subTest(shape=shape, window=window, pad=pad, type=dtype):
+                    array = (self.random.normal(size=shape) * 20 + 60).astype(dtype)
+                    found = self.filtered(array, "median", "--window", f"{window[1]}x{window[0]}", "--mode", "same", "--pad",
+                                          pad)
+                    self.assertEqual(found.dtype, array.dtype)
+                    expected = scipy.ndimage.median_filter(array, window, mode=rule, cval=3)
+                    numpy.testing.assert_array_equal(found, expected)
+
+    @unittest.skipUnless(scipy, "scipy is not installed")
     def test_extents_of_valid_and_full_against_scipy_signal(self):
         rules = {"constant:0": "fill", "symmetric": "symm", "circular": "wrap"}
         for (shape, window), mode in itertools.product([((9, 8), (3, 2)), ((6, 6), (4, 4)), ((5, 9), (1, 6))],

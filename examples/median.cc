@@ -1,0 +1,17 @@
+// Takes a speck out of a line with a step, by a window of an odd and one of an even width.
+#include <cstdio>
+#include <vector>
+
+#include "orvane/filters/median.h"
+
+int main() {
+  using namespace BP::filters;
+  const std::vector<float> values = {1, 2, 99, 3, 4, 20, 20};
+  const ArrayView line(values, {7});
+
+  for (const std::int64_t width : {3, 4}) {
+    const Array<float> clean = median(line, {width}, {.mode = OutputMode::same, .pad = Pad::replicate});
+    for (const float value : clean) std::printf("%g ", value);
+    std::printf("\n");
+  }
+}

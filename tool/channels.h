@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "orvane/filters/array.h"
+#include "orvane/filters/options.h"
+#include "tool/image.h"
+
+namespace BP::tool {
+
+/// What moves over a picture, and where it does.
+struct Window {
+  int width = 0;
+  int height = 0;
+  filters::OutputMode mode = filters::OutputMode::valid;
+  filters::Pad pad = filters::Pad::constant;
+};
+
+/// The picture for the outputs of `window` over `image`: extents by the mode, bit depth and channels those of `image`,
+/// colours all 0, alpha in place. `isBilevel` is not taken over.
+///
+/// Alpha is not filtered: each output gets that of the pixel under the window's centre (of the two in the middle of an
+/// even side, the one further left or up). Mode valid so crops it, same copies it, and full takes what lies beyond the
+/// edge by the rule of the pad, 0 with a constant one.
+///
+/// Throws `std::runtime_error` if the window, called `name`, does not fit.
+Image makeOutput(const Image& image, const Window& window, const std::string& name);
+
+/// A channel as a plane of elements T, dimension 0 from left to right.
+template <class T>
+filters::Array<T> channelOf(const Image& image, int channel) {
+  filters::Array<T> plane({image.width, image.height});
+  std::size_t from = static_cast<std::size_t>(channel);
+  for (T& value : plane) {
+    value = static_cast<T>(image.samples[from]);
+    from += static_cast<std::size_t>(image.channels);
+  }
+  return plane;
+}
+
+/// Writes toSample(value) for each value of `plane`, which has the picture's extents, into a channel.
+template <class T, class ToSample>
+void storeChannel(Image& image, int channel, const filters::Array<T>& plane, const ToSample& toSample) {
+  std::size_t to = static_cast<std::size_t>(channel);
+  for (const T value : plane) {
+    image.samples[to] = static_cast<std::uint16_t>(toSample(value));
+    to += static_cast<std::size_t>(image.channels);
+  }
+}
+
+}  // namespace BP::tool
