@@ -78,8 +78,8 @@ class PlanScene {
   std::unique_ptr<P> plan;
 
  private:
-  std::unique_ptr<Region> makeRegion(const RegionSpec& spec, Table& dims, Table& loc) const {
-    if (!spec.isRestricted()) return std::make_unique<UnrestrictedRegion>();
+  std::unique_ptr<Region> makeRegion(const RegionSpec& region, Table& dims, Table& loc) const {
+    if (!region.isRestricted()) return std::make_unique<UnrestrictedRegion>();
     return std::make_unique<RestrictedRegion>(rank, dims, loc);
   }
 };
