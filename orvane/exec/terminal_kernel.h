@@ -73,16 +73,20 @@ class TerminalKernel : public Kernel<Out, Alloc> {
 
   template <class SectorT>
   void search(SectorT& sector, Out& result, CleverPtr<int>& bestIndex) {
-    walkOver(sector, result, [&](auto scorer, const WalkGeometry& geometry) {
-      searchWalk(scorer, geometry, BestMatch<Algo, Out>(*algorithm, *this->output, bestIndex));
-    });
+    if constexpr (!isEmpty) {
+      walkOver(sector, result, [&](auto scorer, const WalkGeometry& geometry) {
+        searchWalk(scorer, geometry, BestMatch<Algo, Out>(*algorithm, *this->output, bestIndex));
+      });
+    }
   }
 
   template <class SectorT>
   void stepSearch(SectorT& sector, Out& result, CleverPtr<int>& bestIndex) {
-    walkOver(sector, result, [&](auto scorer, const WalkGeometry& geometry) {
-      stepSearchWalk(scorer, geometry, BestMatch<Algo, Out>(*algorithm, *this->output, bestIndex), bestIndex);
-    });
+    if constexpr (!isEmpty) {
+      walkOver(sector, result, [&](auto scorer, const WalkGeometry& geometry) {
+        stepSearchWalk(scorer, geometry, BestMatch<Algo, Out>(*algorithm, *this->output, bestIndex), bestIndex);
+      });
+    }
   }
 
   Algo* algorithm;
