@@ -19,7 +19,8 @@ namespace BP {
 /// with p the position of the filter's centre, hLoc minus the centre's index, and f running over the filter's elements
 /// from the last to the first for convolution and from the first to the last for correlation; optionally divided by the
 /// norms of filter and window (see `ConvCorrAlgorithm`). Each output is one sum in this order, with one rounding for
-/// each operation in the element type itself. Modes, pads, arrays and ownership are those of `WindowProcessor`.
+/// each operation in the element type itself; but an application can have a vendor's functions compute interiors, see
+/// `ZdFilterLoader`. Modes, pads, arrays and ownership are those of `WindowProcessor`.
 ///
 /// HT, UT and YT are the element types of filter, input and output. A pad type or an algorithm mode out of range builds
 /// a processor that does nothing.

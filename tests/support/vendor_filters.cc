@@ -22,7 +22,8 @@ int bufferBytes(IppiSize kernelSize, int width) {
   return (kernelSize.width * kernelSize.height + width) * static_cast<int>(sizeof(double));
 }
 
-/// y(p) = sum over j of kernel(j) * u(p + anchor - j), summed into `line`, a row of the rectangle.
+/// y(p) = sum over j of kernel(j) * u(p + anchor - j), summed into `line`, a row of the rectangle. The order of the sum
+/// is the kernel's, which is not that of the library.
 template <class T>
 IppStatus filter(const T* source, int sourceStep, T* destination, int destinationStep, IppiSize rectangle,
                  const T* kernel, IppiSize kernelSize, IppiPoint anchor, T* line) {
@@ -40,9 +41,9 @@ IppStatus filter(const T* source, int sourceStep, T* destination, int destinatio
   if (sourceStep < 1 || destinationStep < 1) return stepError;
   for (int y = 0; y < rectangle.height; ++y) {
     for (int x = 0; x < rectangle.width; ++x) line[x] = 0;
-    for (int j = kernelSize.height - 1; j >= 0; --j) {
+    for (int j = 0; j < kernelSize.height; ++j) {
       const T* const from = rowOf(source, sourceStep, y + anchor.y - j);
-      for (int i = kernelSize.width - 1; i >= 0; --i) {
+      for (int i = 0; i < kernelSize.width; ++i) {
         for (int x = 0; x < rectangle.width; ++x) line[x] += from[x + anchor.x - i] * kernel[i + kernelSize.width * j];
       }
     }
