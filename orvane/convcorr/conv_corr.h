@@ -1,9 +1,8 @@
 #pragma once
 
-#include <complex>
-
 #include "orvane/core/allocator_tolk.h"
 #include "orvane/core/clever_ptr.h"
+#include "orvane/core/element_pairs.h"
 #include "orvane/core/enums.h"
 #include "orvane/exec/window_processor.h"
 #include "orvane/plan/block.h"
@@ -50,16 +49,9 @@ class ORVANE_API ConvCorr : public WindowProcessor<UT, YT, AllocT> {
   FilterBlock* filter;
 };
 
-/// Declares, or with nothing in front defines, a class template for the nine triples of filter, input and output.
-#define ORVANE_FOR_CONV_CORR_TRIPLES(APPLY)                               \
-  APPLY(float, float, float)                                              \
-  APPLY(float, std::complex<float>, std::complex<float>)                  \
-  APPLY(std::complex<float>, float, std::complex<float>)                  \
-  APPLY(std::complex<float>, std::complex<float>, std::complex<float>)    \
-  APPLY(double, double, double)                                           \
-  APPLY(double, std::complex<double>, std::complex<double>)               \
-  APPLY(std::complex<double>, double, std::complex<double>)               \
-  APPLY(std::complex<double>, std::complex<double>, std::complex<double>) \
+/// Applies a macro to the nine triples of element types: filter, input, output.
+#define ORVANE_FOR_CONV_CORR_TRIPLES(APPLY) \
+  ORVANE_FOR_PLAIN_TRIPLES(APPLY)           \
   APPLY(KarnDSPFixpt::Fixpt, KarnDSPFixpt::Fixpt, KarnDSPFixpt::Fixpt)
 
 #define ORVANE_DECLARE(HT, UT, YT) extern template class ConvCorr<HT, UT, YT, AllocatorTolk>;
