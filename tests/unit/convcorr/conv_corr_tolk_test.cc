@@ -2,8 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <bit>
-#include <cstdint>
 #include <limits>
 #include <vector>
 
@@ -19,23 +17,16 @@ struct Array {
   std::vector<double> data;
 };
 
-/// Output of the front for `outputSize` elements that start out as `untouched`.
-constexpr double untouched = -77;
+/// The first `outputSize` elements of the front's output.
 std::vector<double> run(AlgorithmModeEnum mode, Array h, Array u, std::size_t outputSize) {
   ReferenceHost host;
   ConvCorrTolk<double, double, double> front(host.getAdaptor(), static_cast<int>(h.dims.size()), h.dims.data(),
                                              static_cast<int>(u.dims.size()), u.dims.data(), PadTypeConstant,
                                              OutputModeValid, mode, NormNone, false);
   host.provideWorkVectors(front.getAllocator());
-  std::vector<double> y(outputSize, untouched);
+  std::vector<double> y(outputSize);
   front.setup(h.data.data(), u.data.data(), y.data(), nullptr, false);
   front.computeOutputs();
-  const std::vector<double> first = y;
-  front.computeOutputs();
-  EXPECT_EQ(first.size(), y.size());
-  for (std::size_t i = 0; i < y.size(); ++i) {
-    EXPECT_EQ(std::bit_cast<std::uint64_t>(first[i]), std::bit_cast<std::uint64_t>(y[i])) << "second run, " << i;
-  }
   EXPECT_TRUE(host.getMessages().empty());
   return y;
 }
