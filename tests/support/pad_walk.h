@@ -6,6 +6,9 @@
 
 namespace BP::test {
 
+constexpr PadTypeEnum allPads[] = {PadTypeConstant, PadTypeReplicate, PadTypeSymmetric, PadTypeCircular};
+constexpr OutputModeEnum allModes[] = {OutputModeValid, OutputModeSame, OutputModeFull};
+
 /// Walks from coordinate 0 to coordinate `i` element by element: what the rules say, with no formula.
 inline int walkTo(PadTypeEnum padType, int i, int n) {
   int at = 0, direction = 1;

@@ -22,6 +22,27 @@ struct RegionSpec {
   bool isRestricted() const { return !loc.empty(); }
 };
 
+/// Calls `visit` with every position from `start` to `end`, dimension 0 first.
+template <class VisitT>
+void forEachPosition(const std::vector<int>& start, const std::vector<int>& end, VisitT&& visit) {
+  for (std::vector<int> p = start; p.back() <= end.back();) {
+    visit(p);
+    for (std::size_t d = 0; ++p[d] > end[d] && d + 1 < p.size(); ++d) p[d] = start[d];
+  }
+}
+
+/// The region of support of an output mode.
+inline RegionSpec supportOf(OutputModeEnum mode, const std::vector<int>& h, const std::vector<int>& centre,
+                            const std::vector<int>& u) {
+  RegionSpec support{centre, u};
+  for (std::size_t d = 0; d < u.size(); ++d) {
+    if (mode == OutputModeSame) support.loc[d] = 0;
+    if (mode == OutputModeFull) support.loc[d] -= h[d] - 1;
+    if (mode != OutputModeSame) support.dims[d] += (mode == OutputModeFull ? 1 : -1) * (h[d] - 1);
+  }
+  return support;
+}
+
 /// Everything that a plan refers to, for a filter with its centre over an input, and the plan.
 class PlanScene {
  public:

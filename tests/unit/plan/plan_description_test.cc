@@ -13,21 +13,6 @@ namespace {
 
 using testing::HasSubstr;
 
-/// The region of support of a request's mode, by what the modes mean.
-RegionSpec supportOf(const PlanRequest& request, const std::vector<int>& centre) {
-  RegionSpec support;
-  for (std::size_t d = 0; d < centre.size(); ++d) {
-    const int u = request.input[d], h = request.window[d];
-    const int below = request.mode == OutputModeValid  ? centre[d]
-                      : request.mode == OutputModeSame ? 0
-                                                       : centre[d] - h + 1;
-    const int more = request.mode == OutputModeValid ? 1 - h : request.mode == OutputModeSame ? 0 : h - 1;
-    support.loc.push_back(below);
-    support.dims.push_back(u + more);
-  }
-  return support;
-}
-
 std::vector<PlanSector> asDescribed(const std::vector<SectorCopy>& sectors) {
   std::vector<PlanSector> result;
   for (const SectorCopy& s : sectors) {
@@ -56,9 +41,10 @@ TEST(PlanDescriptionTest, IsThePlanThatAHostsProcessorRuns) {
     if (hasRegion) request.region = PlanRegion{region.loc, region.dims};
     const int reach = request.reach.value_or(request.mode == OutputModeValid ? 0 : 1);
 
-    PlanScene scene(request.window, centre, request.input,
-                    hasRegion && reach == 2 ? RegionSpec{} : supportOf(request, centre),
-                    hasRegion ? region : RegionSpec{}, reach, request.pad != PadTypeConstant);
+    PlanScene scene(
+        request.window, centre, request.input,
+        hasRegion && reach == 2 ? RegionSpec{} : supportOf(request.mode, request.window, centre, request.input),
+        hasRegion ? region : RegionSpec{}, reach, request.pad != PadTypeConstant);
     const PlanDescription plan = describePlan(request);
     ASSERT_EQ(plan.sectors, asDescribed(sectorsOf(scene))) << "trial " << trial;
     EXPECT_EQ(plan.centre, centre);

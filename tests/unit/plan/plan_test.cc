@@ -20,54 +20,53 @@ std::vector<int> centreOf(const std::vector<int>& h) {
   return centre;
 }
 
-/// The region of support of an output mode.
-RegionSpec supportOf(OutputModeEnum mode, const std::vector<int>& h, const std::vector<int>& u) {
-  RegionSpec support{centreOf(h), u};
-  for (std::size_t d = 0; d < u.size(); ++d) {
-    if (mode == OutputModeSame) support.loc[d] = 0;
-    if (mode == OutputModeFull) support.loc[d] -= h[d] - 1;
-    if (mode == OutputModeFull) support.dims[d] += h[d] - 1;
-    if (mode == OutputModeValid) support.dims[d] -= h[d] - 1;
-  }
-  return support;
-}
-
 /// A scene in an output mode.
 PlanScene sceneOf(OutputModeEnum mode, const std::vector<int>& h, const std::vector<int>& u, RegionSpec roi = {},
                   bool padUsesData = false) {
-  return {h, centreOf(h), u, supportOf(mode, h, u), std::move(roi), reachOf(mode), padUsesData};
+  const std::vector<int> centre = centreOf(h);
+  return {h, centre, u, supportOf(mode, h, centre, u), std::move(roi), reachOf(mode), padUsesData};
 }
 
-TEST(PlanTest, ThreeByThreeOnTenByTenSameSize) {
-  PlanScene scene = sceneOf(OutputModeSame, {3, 3}, {10, 10});
-  EXPECT_THAT(sectorsOf(scene), ElementsAre(SectorCopy{SectorCopy::inside, {1, 1}, {8, 8}, {}, {}},
-                                            SectorCopy{SectorCopy::boundary, {0, 1}, {0, 8}, {0}, {}},
-                                            SectorCopy{SectorCopy::boundary, {9, 1}, {9, 8}, {}, {0}},
-                                            SectorCopy{SectorCopy::boundary, {1, 0}, {8, 0}, {1}, {}},
-                                            SectorCopy{SectorCopy::boundary, {0, 0}, {0, 0}, {0, 1}, {}},
-                                            SectorCopy{SectorCopy::boundary, {9, 0}, {9, 0}, {1}, {0}},
-                                            SectorCopy{SectorCopy::boundary, {1, 9}, {8, 9}, {}, {1}},
-                                            SectorCopy{SectorCopy::boundary, {0, 9}, {0, 9}, {0}, {1}},
-                                            SectorCopy{SectorCopy::boundary, {9, 9}, {9, 9}, {}, {0, 1}}));
-  EXPECT_EQ(scene.plan->getInsideCount(), 1);
-  EXPECT_EQ(scene.plan->getBoundaryCount(), 8);
-  EXPECT_EQ(scene.plan->getOutsideCount(), 0);
-}
-
-TEST(PlanTest, ValidModeIsOneInsideSector) {
-  PlanScene scene = sceneOf(OutputModeValid, {3, 3}, {10, 10});
-  EXPECT_THAT(sectorsOf(scene), ElementsAre(SectorCopy{SectorCopy::inside, {1, 1}, {8, 8}, {}, {}}));
-  EXPECT_FALSE(scene.plan->getHasBoundary());
-}
-
-TEST(PlanTest, SevenOnFourOverlaps) {
-  PlanScene scene = sceneOf(OutputModeSame, {7, 1}, {4, 1});
-  EXPECT_TRUE(scene.plan->getIsHgtUpd(0));
-  EXPECT_FALSE(scene.plan->getIsHgtUpd(1));
-  EXPECT_TRUE(scene.plan->getFilterExceedsInput());
-  EXPECT_THAT(sectorsOf(scene), ElementsAre(SectorCopy{SectorCopy::boundary, {1, 0}, {2, 0}, {0}, {0}},
-                                            SectorCopy{SectorCopy::boundary, {0, 0}, {0, 0}, {0}, {}},
-                                            SectorCopy{SectorCopy::boundary, {3, 0}, {3, 0}, {}, {0}}));
+TEST(PlanTest, SectorsComeInTheirOrderWithTheirEdges) {
+  constexpr auto inside = SectorCopy::inside, boundary = SectorCopy::boundary;
+  const struct {
+    OutputModeEnum mode;
+    std::vector<int> h, u;
+    RegionSpec roi;
+    std::vector<SectorCopy> sectors;
+  } cases[] = {
+      {OutputModeSame,
+       {3, 3},
+       {10, 10},
+       {},
+       {{inside, {1, 1}, {8, 8}, {}, {}},
+        {boundary, {0, 1}, {0, 8}, {0}, {}},
+        {boundary, {9, 1}, {9, 8}, {}, {0}},
+        {boundary, {1, 0}, {8, 0}, {1}, {}},
+        {boundary, {0, 0}, {0, 0}, {0, 1}, {}},
+        {boundary, {9, 0}, {9, 0}, {1}, {0}},
+        {boundary, {1, 9}, {8, 9}, {}, {1}},
+        {boundary, {0, 9}, {0, 9}, {0}, {1}},
+        {boundary, {9, 9}, {9, 9}, {}, {0, 1}}}},
+      {OutputModeValid, {3, 3}, {10, 10}, {}, {{inside, {1, 1}, {8, 8}, {}, {}}}},
+      {OutputModeSame,
+       {7, 1},
+       {4, 1},
+       {},
+       {{boundary, {1, 0}, {2, 0}, {0}, {0}},
+        {boundary, {0, 0}, {0, 0}, {0}, {}},
+        {boundary, {3, 0}, {3, 0}, {}, {0}}}},
+      // A negative extent, where the formulas would give a centre.
+      {OutputModeSame, {9, 1}, {3, 1}, {{8, 0}, {2, 1}}, {}},
+  };
+  for (const auto& c : cases) {
+    PlanScene scene = sceneOf(c.mode, c.h, c.u, c.roi);
+    EXPECT_EQ(sectorsOf(scene), c.sectors) << "mode " << c.mode << " window " << testing::PrintToString(c.h);
+    EXPECT_EQ(scene.plan->getHasBoundary(), c.mode != OutputModeValid);
+    EXPECT_EQ(scene.plan->getFilterExceedsInput(), c.h[0] > c.u[0]);
+    EXPECT_EQ(scene.plan->getIsHgtUpd(0), c.h[0] > c.u[0] && !c.sectors.empty());
+    EXPECT_EQ(scene.plan->getInsideCount() + scene.plan->getBoundaryCount(), static_cast<int>(c.sectors.size()));
+  }
 }
 
 TEST(PlanTest, RegionsThatDoNotMeetYieldNothingAndLeaveTheOriginAtTheSecond) {
@@ -91,22 +90,14 @@ TEST(PlanTest, AMovingRegionNeedsNoFurtherSetUp) {
 TEST(PlanTest, ReplanningChangesNothingAndAReturnGivesTheFirstPlan) {
   PlanScene scene = sceneOf(OutputModeFull, {4, 3}, {9, 6}, {}, true);
   const auto first = sectorsOf(scene);
-  scene.setup(setupResize);
-  scene.setup(setupResize);
-  EXPECT_EQ(sectorsOf(scene), first);
-
-  const RegionSpec small = supportOf(OutputModeFull, {4, 3}, {2, 2}), large = supportOf(OutputModeFull, {4, 3}, {9, 6});
-  scene.uDims.values = {2, 2};
-  scene.firstDims.values = small.dims;
-  scene.setup(setupResize);
-  EXPECT_TRUE(scene.plan->getFilterExceedsInput());
-  EXPECT_FALSE(scene.plan->getHasInside());
-  EXPECT_NE(sectorsOf(scene), first);
-
-  scene.uDims.values = {9, 6};
-  scene.firstDims.values = large.dims;
-  scene.setup(setupResize);
-  EXPECT_EQ(sectorsOf(scene), first);
+  for (const int width : {9, 9, 2, 9}) {
+    scene.uDims.values = {width, 6};
+    scene.firstDims.values = {width + 3, 8};
+    scene.setup(setupResize);
+    EXPECT_EQ(scene.plan->getFilterExceedsInput(), width == 2);
+    EXPECT_EQ(scene.plan->getHasInside(), width != 2);
+    EXPECT_EQ(sectorsOf(scene) == first, width == 9);
+  }
 }
 
 /// How a window lies in a dimension.
@@ -118,26 +109,16 @@ Crossing crossingOf(int position, int hLoc, int h, int u) {
   return {first<0, last> u - 1, last < 0 || first > u - 1};
 }
 
-/// The positions of a sector, checked against its kind and its lists.
-std::vector<std::vector<int>> checkedPositions(const PlanScene& scene, const SectorCopy& sector) {
-  std::vector<std::vector<int>> positions;
-  std::vector<int> p = sector.start;
-  for (bool more = true; more;) {
-    positions.push_back(p);
-    for (int d = 0; d < scene.rank; ++d) {
-      const auto i = PlanScene::at(d);
-      const Crossing c = crossingOf(p[i], scene.hLoc.values[i], scene.hDims.values[i], scene.uDims.values[i]);
-      EXPECT_TRUE(!c.low || std::ranges::count(sector.preEdge, d) == 1) << "low edge of dimension " << d;
-      EXPECT_TRUE(!c.high || std::ranges::count(sector.postEdge, d) == 1) << "high edge of dimension " << d;
-      EXPECT_FALSE(sector.kind == SectorCopy::inside && (c.low || c.high)) << "inside, dimension " << d;
-    }
-    more = false;
-    for (std::size_t d = 0; d < p.size() && !more; ++d) {
-      more = ++p[d] <= sector.end[d];
-      if (!more) p[d] = sector.start[d];
-    }
+/// Checks a sector's kind and lists at one of its positions.
+void checkSector(const PlanScene& scene, const SectorCopy& sector, const std::vector<int>& p) {
+  for (int d = 0; d < scene.rank; ++d) {
+    const auto i = PlanScene::at(d);
+    const Crossing c = crossingOf(p[i], scene.hLoc.values[i], scene.hDims.values[i], scene.uDims.values[i]);
+    EXPECT_TRUE(!c.low || std::ranges::count(sector.preEdge, d) == 1) << "low edge of dimension " << d;
+    EXPECT_TRUE(!c.high || std::ranges::count(sector.postEdge, d) == 1) << "high edge of dimension " << d;
+    EXPECT_FALSE(sector.kind == SectorCopy::inside && (c.low || c.high)) << "inside, dimension " << d;
+    EXPECT_LE(sector.start[i], sector.end[i]) << "dimension " << d;
   }
-  return positions;
 }
 
 /// How often a plan of this reach must visit a position. In one dimension outside sections come from two generators.
@@ -175,7 +156,10 @@ TEST(PlanTest, SectorsTileTheFittedOutputOverRandomGeometry) {
     std::map<std::vector<int>, int> visits;
     for (const SectorCopy& sector : sectorsOf(scene)) {
       ++sectorCount;
-      for (const auto& position : checkedPositions(scene, sector)) ++visits[position];
+      forEachPosition(sector.start, sector.end, [&](const std::vector<int>& p) {
+        checkSector(scene, sector, p);
+        ++visits[p];
+      });
     }
     const auto inRegion = [&](const RegionSpec& region, const std::vector<int>& p) {
       for (std::size_t d = 0; d < p.size(); ++d) {
@@ -183,19 +167,13 @@ TEST(PlanTest, SectorsTileTheFittedOutputOverRandomGeometry) {
       }
       return true;
     };
-    std::vector<int> p(u.size(), -14);
-    for (bool more = true; more;) {
+    forEachPosition(std::vector<int>(u.size(), -14), std::vector<int>(u.size(), 26), [&](const std::vector<int>& p) {
       const bool isOutput = inRegion(first, p) && (!hasRoi || inRegion(second, p));
-      const int expected = isOutput ? expectedVisits(scene, p, reach) : 0;
       const auto found = visits.find(p);
-      ASSERT_EQ(found == visits.end() ? 0 : found->second, expected)
+      ASSERT_EQ(found == visits.end() ? 0 : found->second, isOutput ? expectedVisits(scene, p, reach) : 0)
           << "trial " << trial << " position " << testing::PrintToString(p) << " reach " << reach;
-      more = false;
-      for (std::size_t d = 0; d < p.size() && !more; ++d) {
-        more = ++p[d] <= 26;
-        if (!more) p[d] = -14;
-      }
-    }
+    });
+    ASSERT_FALSE(HasFailure());
   }
   EXPECT_GT(sectorCount, 3000);
 }
@@ -205,12 +183,6 @@ TEST(PlanTest, AnEmptyInputIsNeverRead) {
     PlanScene scene = sceneOf(OutputModeFull, {3, 3}, {0, 4}, {}, padUsesData);
     EXPECT_EQ(sectorsOf(scene).empty(), padUsesData) << "a constant pad needs no input, a data-based one does";
   }
-}
-
-TEST(PlanTest, NarrowOutputHasNoSectorEvenWhereTheFormulasWouldGiveACentre) {
-  PlanScene scene = sceneOf(OutputModeSame, {9, 1}, {3, 1}, {{8, 0}, {2, 1}});
-  EXPECT_LT(scene.yDims.ptr[0], 0);
-  EXPECT_THAT(sectorsOf(scene), IsEmpty());
 }
 
 TEST(PlanTest, TablesGoByTheirNamesInTheHost) {
@@ -225,16 +197,19 @@ TEST(PlanTest, TablesGoByTheirNamesInTheHost) {
 }
 
 TEST(PlanTest, CapacitiesFollowThePowers) {
-  const auto capacities = [](int n, SectorKinds kinds) {
-    const auto [boundary, outside] = capacitiesOf(n, kinds);
-    return std::pair(boundary, outside);
+  const struct {
+    int rank;
+    SectorKinds kinds;
+    int boundary, outside;
+  } cases[] = {
+      {2, {true, true, false, true, false}, 8, 0},  {2, {false, true, false, true, false}, 9, 0},
+      {2, {true, false, false, true, false}, 0, 0}, {2, {true, true, true, true, false}, 16, 8},
+      {2, {true, true, true, false, false}, 8, 16}, {3, {false, false, false, true, true}, 50, 74},
   };
-  EXPECT_EQ(capacities(2, {true, true, false, true, false}), std::pair(8, 0));
-  EXPECT_EQ(capacities(2, {false, true, false, true, false}), std::pair(9, 0));
-  EXPECT_EQ(capacities(2, {true, false, false, true, false}), std::pair(0, 0));
-  EXPECT_EQ(capacities(2, {true, true, true, true, false}), std::pair(16, 8));
-  EXPECT_EQ(capacities(2, {true, true, true, false, false}), std::pair(8, 16));
-  EXPECT_EQ(capacities(3, {false, false, false, true, true}), std::pair(50, 74));
+  for (const auto& c : cases) {
+    const SectorCapacities capacities = capacitiesOf(c.rank, c.kinds);
+    EXPECT_EQ(std::pair(capacities.boundary, capacities.outside), std::pair(c.boundary, c.outside));
+  }
 }
 
 }  // namespace
