@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "orvane/host/reference_host.h"
+#include "orvane/platform/karn_fixpt_3_make.h"
 
 namespace BP {
 namespace {
@@ -16,22 +17,8 @@ using KarnDSPFixpt::Fixpt;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-DSPDataAttributesHandle typeOf(unsigned word, int fraction, brekk::BrekkAdaptorTolk* adaptor, const char* label) {
-  return {word,
-          fraction,
-          word,
-          fraction,
-          word,
-          fraction,
-          adaptor,
-          fxpModeOverflow_tag(1),
-          fxpModeRounding_tag(3),
-          true,
-          false,
-          label,
-          "product",
-          "accumulator",
-          KarnSimCommon::overrideDType(2)};
+DSPDataAttributesHandle typeOf(unsigned word, const char* label) {
+  return KarnDSPFixpt::makeAttributes({.value = {word, 0}, .overflow = fxpOverflowSaturate, .valueLabel = label});
 }
 
 class AllocatorTolkTest : public testing::Test {
@@ -41,8 +28,8 @@ class AllocatorTolkTest : public testing::Test {
 };
 
 TEST_F(AllocatorTolkTest, FirstTypeOfARoleStaysAndTheSecondIsReported) {
-  allocator.registerTypeName("input", typeOf(8, 0, host.getAdaptor(), "first"));
-  allocator.registerTypeName("input", typeOf(16, 0, host.getAdaptor(), "second"));
+  allocator.registerTypeName("input", typeOf(8, "first"));
+  allocator.registerTypeName("input", typeOf(16, "second"));
   EXPECT_THAT(host.getMessages(), ElementsAre("AllocatorTolk: attempted to register duplicate type name"));
 
   CleverPtr<Fixpt> array;
@@ -58,8 +45,8 @@ TEST_F(AllocatorTolkTest, UnknownRoleIsReportedAndLeavesTheHandle) {
   allocator.allocateArray(array, 1, "output");
   EXPECT_EQ(array.ptr, nullptr);
   EXPECT_FALSE(array.owned);
-  EXPECT_THAT(host.getMessages(), ElementsAre("AllocatorTolk: specified type name was not registered",
-                                              "AllocatorTolk: specified type name was not registered"));
+  const char* const message = "AllocatorTolk: specified type name was not registered";
+  EXPECT_THAT(host.getMessages(), ElementsAre(message, message));
 }
 
 TEST_F(AllocatorTolkTest, PlainArraysNeedNoRole) {
@@ -102,18 +89,13 @@ TEST_F(AllocatorTolkTest, WorkVectorsAreRegisteredNumberedRefreshedAndBound) {
   host.provideWorkVectors(allocator);
   allocator.refreshWorkVectors();
   allocator.attachWorkVector(second);
-  allocator.attachWorkVector(first);
-  allocator.attachWorkVector(flags);
-  for (int i = 0; i < 5; ++i) second.ptr[i] = i;
-  for (int i = 0; i < 4; ++i) first.ptr[i] = -i;
-  flags.ptr[2] = true;
-  EXPECT_EQ(second.ptr[4], 4);
-  EXPECT_EQ(first.ptr, tolkGetWork(host.getAdaptor(), allocator.getWorkVectors().at("inSStart")->workIndex));
+  EXPECT_NE(second.ptr, nullptr);
+  EXPECT_EQ(second.ptr, tolkGetWork(host.getAdaptor(), record.workIndex));
 }
 
 TEST_F(AllocatorTolkTest, StatisticsAreFoldedPerLabelOnlyIntoAMap) {
-  allocator.registerTypeName("input", typeOf(4, 0, host.getAdaptor(), "in"));
-  allocator.registerTypeName("accumulator", typeOf(8, 0, host.getAdaptor(), "sum"));
+  allocator.registerTypeName("input", typeOf(4, "in"));
+  allocator.registerTypeName("accumulator", typeOf(8, "sum"));
   CleverPtr<Fixpt> wide, narrow, alike;
   allocator.createFixptArray(wide, 1, "accumulator");
   allocator.createFixptArray(narrow, 1, "input");

@@ -38,12 +38,11 @@ TEST(BlockProcTolkCacheTest, UpdatesDoNothingByDefaultAndTheLogMapReachesTheAllo
   front.updateInputPointers(&data, &data);
   front.updateOutputPointers(&data, &data, &data, &data, &data);
   EXPECT_EQ(data, 7);
-
   FixptLogMap log;
-  front.setFixptLogMap(&log);
-  EXPECT_EQ(front.allocator->getFixptLogMap(), &log);
-  front.setFixptLogMap(nullptr);
-  EXPECT_EQ(front.allocator->getFixptLogMap(), nullptr);
+  for (FixptLogMap* map : {&log, static_cast<FixptLogMap*>(nullptr)}) {
+    front.setFixptLogMap(map);
+    EXPECT_EQ(front.allocator->getFixptLogMap(), map);
+  }
   EXPECT_EQ(front.allocator->getAdaptor(), &adaptor);
 }
 

@@ -95,10 +95,7 @@ TEST(TerminalKernelTest, RunStoresEachWindowAtItsOutput) {
     // The window begins one to the left of the position; output element 0 lies at (-1, 1).
     EXPECT_THAT(scene.algorithm.windows, ElementsAre(Position(0, 2), Position(1, 2), Position(0, 3), Position(1, 3)));
     std::vector<double> expected(30, -1);
-    expected[2 + 6 * 1] = 200;
-    expected[3 + 6 * 1] = 201;
-    expected[2 + 6 * 2] = 300;
-    expected[3 + 6 * 2] = 301;
+    for (const int i : {8, 9, 14, 15}) expected[static_cast<std::size_t>(i)] = 100 * (i / 6 + 1) + i % 6 - 2;
     EXPECT_THAT(scene.results, ElementsAreArray(expected)) << kind;
   }
 }
@@ -122,25 +119,6 @@ TEST(TerminalKernelTest, WithoutAPadThatReadsTheInputOutputsTakeThePadOutput) {
   expectPadOutput(plain, 5, 0);
 }
 
-TEST(TerminalKernelTest, SearchKeepsTheFirstOfTheBestAcrossSectors) {
-  Scene<Plain> scene({8, 8}, {1, 1}, {0, 0});
-  scene.hLoc.values = {0, 0};
-  scene.algorithm.scoreOf = [](Position p) { return p == Position(3, 2) || p == Position(1, 3) ? 1.0 : 2.0; };
-  scene.cover({0, 0}, {7, 7});
-  scene.kernel.searchInside(scene.insideSector, scene.output, scene.best);
-  EXPECT_THAT(scene.best.values, ElementsAre(3, 2));
-  EXPECT_EQ(scene.algorithm.windows.size(), 64u);
-
-  scene.algorithm.scoreOf = [](Position) { return 1.0; };
-  scene.cover({0, 0}, {0, 0});
-  scene.kernel.searchInside(scene.insideSector, scene.output, scene.best);
-  EXPECT_THAT(scene.best.values, ElementsAre(3, 2)) << "an equal score in a later sector does not replace";
-  scene.kernel.setup(setupInvoke);
-  scene.kernel.searchBoundary(scene.boundarySector, scene.output, scene.best);
-  EXPECT_THAT(scene.best.values, ElementsAre(0, 0)) << "a run begins without a best position";
-  EXPECT_THAT(scene.results, testing::Each(-1)) << "a search writes no output";
-}
-
 TEST(TerminalKernelTest, SteppedSearchVisitsItsPattern) {
   Scene<Plain> scene({40, 40}, {1, 1}, {0, 0});
   scene.hLoc.values = {0, 0};
@@ -155,32 +133,6 @@ TEST(TerminalKernelTest, SteppedSearchVisitsItsPattern) {
                           Position(23, 15), Position(7, 23), Position(15, 23), Position(23, 23)));
   EXPECT_EQ(windows[9], Position(16, 0)) << "centre (23, 7), step 7, clipped to the low edge";
   EXPECT_EQ(windows[11], Position(30, 0));
-}
-
-TEST(TerminalKernelTest, SteppedSearchAddsTheLowCornerToTheNewCentre) {
-  Scene<Plain> scene({40, 40}, {1, 1}, {0, 0});
-  scene.hLoc.values = {0, 0};
-  scene.algorithm.scoreOf = [](Position p) { return -p.first; };
-  scene.cover({3, 0}, {10, 9});  // centre (6, 4), half widths 3 and 4, step 2
-  scene.kernel.stepSearchInside(scene.insideSector, scene.output, scene.best);
-  EXPECT_EQ(scene.algorithm.windows[0], Position(4, 2));
-  EXPECT_EQ(scene.algorithm.windows[2], Position(8, 2));
-  EXPECT_EQ(scene.algorithm.windows[9], Position(10, 1)) << "best (8, 2), centre (11, 2), step 1";
-  EXPECT_EQ(scene.algorithm.windows[10], Position(10, 1)) << "clipped to the last position";
-}
-
-TEST(TerminalKernelTest, SteppedSearchInOneByOneSectors) {
-  Scene<Plain> scene({4, 4}, {1, 1}, {0, 0});
-  scene.hLoc.values = {0, 0};
-  scene.cover({0, 0}, {0, 0});
-  scene.kernel.stepSearchInside(scene.insideSector, scene.output, scene.best);
-  EXPECT_THAT(scene.algorithm.windows, ElementsAreArray(std::vector<Position>(9, Position(0, 0))));
-
-  // An outer sector clips to one below its last position; all its scores are the pad output, so the first one stays.
-  scene.kernel.setup(setupInvoke);
-  scene.cover({2, 2}, {2, 2});
-  scene.kernel.stepSearchBoundary(scene.boundarySector, scene.output, scene.best);
-  EXPECT_THAT(scene.best.values, ElementsAre(2, 2));
 }
 
 TEST(TerminalKernelTest, SteppedSearchScoresNoWindowThatLeavesTheArray) {
