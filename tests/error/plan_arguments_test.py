@@ -34,6 +34,7 @@ class PlanArgumentsTest(RefusalCase):
             ("", "3", "--input ''", "whole number"),
             ("9x", "3x3", "--input '9x'", "''"),
             ("9x0", "3x3", "--input '9x0'", "'0'", "1 to 2147483647"),
+            ("3x2147483648", "3x3", "--input '3x2147483648'", "1 to 2147483647"),
             ("9x9", "3x-3", "--window '3x-3'", "'-3'"),
             ("9x9", "3", "window has 1 dimension", "input has 2"),
             ("9x9x9x9x9", "3x3x3x3x3", "5 dimensions", "1 to 4"),

@@ -58,13 +58,9 @@ class NpyTest(CommandCase):
                         version = ((1, 0), (2, 0), (3, 0))[number % 3]
                         with open(self.folder / "in.npy", "wb") as file:
                             numpy.lib.format.write_array(file, stored, version)
+                        if len(shape) == 5:
+                            self.assertIn(b"'fortran_order': True", (self.folder / "in.npy").read_bytes())
                         self.check(stored)
-
-    def test_fortran_order_gives_the_same_elements(self):
-        array = numpy.arange(24, dtype="i4").reshape(2, 3, 4)
-        numpy.save(self.folder / "in.npy", numpy.asfortranarray(array))
-        self.assertIn(b"'fortran_order': True", (self.folder / "in.npy").read_bytes())
-        self.check(array)
 
     def test_headers_as_python_may_write_them(self):
         expected = numpy.array([[1, 2, 3]], "u1")

@@ -47,6 +47,7 @@ class PlanTest(CommandCase):
             ("--input 9x7 --window 4x2 --mode same --reach 0", 36, 0, 0),
             ("--input 4x3 --window 7x1 --mode same", 0, 12, 0),
             ("--input 8 --window 3 --mode full", 6, 4, 0),
+            ("--input 8 --window 3 --mode full --roi 0,3", 2, 1, 0),
             ("--input 10x8 --window 3x3 --mode same --roi 8,-5,9x7", 1, 3, 0),
             ("--input 6x6 --window 3x3 --roi -2,-2,10x10 --reach 2", 16, 64 - 16, 36),
             ("--input 6x6 --window 3x3 --roi -3,2,4x1 --reach 2", 0, 2, 2),
