@@ -108,6 +108,7 @@ TEST_F(AllocatorTolkTest, StatisticsAreFoldedPerLabelOnlyIntoAMap) {
   allocator.mergeFixptLog(nullptr, true);
   (*wide.ptr)[0] = 100;
   (*narrow.ptr)[0] = *wide.ptr;  // 100 does not fit 4 bits: one overflow
+  (*wide.ptr)[0] = -100;
   (*alike.ptr)[0] = *wide.ptr;
   allocator.mergeFixptLog(narrow.ptr, false);
   EXPECT_THAT(log, IsEmpty());
@@ -117,6 +118,8 @@ TEST_F(AllocatorTolkTest, StatisticsAreFoldedPerLabelOnlyIntoAMap) {
   allocator.mergeFixptLog(alike.ptr, true);
   allocator.mergeFixptLog(alike.ptr, true);
   EXPECT_EQ(log["in"]->getLogStruct()->overflows, 2u) << "what was merged once is not counted again";
+  EXPECT_EQ(log["in"]->getLogStruct()->minimum, -8);
+  EXPECT_EQ(log["in"]->getLogStruct()->maximum, 7);
 }
 
 }  // namespace

@@ -136,14 +136,14 @@ TEST(TerminalKernelTest, SteppedSearchVisitsItsPattern) {
 }
 
 TEST(TerminalKernelTest, SteppedSearchScoresNoWindowThatLeavesTheArray) {
-  Scene<Plain> scene({6, 6}, {3, 3}, {0, 0});
+  Scene<Plain> scene({12, 12}, {3, 3}, {0, 0});
   scene.hLoc.values = {0, 0};
   scene.algorithm.scoreOf = [](Position p) { return -p.second; };
-  scene.cover({0, 2}, {3, 3});  // the next centre is the best row plus 2: row 5, whose window would leave the image
+  scene.cover({0, 4}, {9, 9});  // centre row 6, step 2: best row 8; plus 4, less 1: row 11, whose window would leave
   scene.kernel.stepSearchInside(scene.insideSector, scene.output, scene.best);
-  for (const Position& window : scene.algorithm.windows) EXPECT_LE(window.second, 3);
-  EXPECT_EQ(scene.best.values[1], 3);
-  EXPECT_LT(scene.algorithm.windows.size() % 9, 9u);
+  for (const Position& window : scene.algorithm.windows) EXPECT_LE(window.second, 9);
+  EXPECT_EQ(scene.best.values[1], 9);
+  EXPECT_EQ(scene.algorithm.windows.size(), 9u + 6u);
 }
 
 TEST(AlgorithmTest, StagesOfTheCommonSetUp) {

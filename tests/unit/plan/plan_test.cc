@@ -70,9 +70,9 @@ TEST(PlanTest, SectorsComeInTheirOrderWithTheirEdges) {
 }
 
 TEST(PlanTest, RegionsThatDoNotMeetYieldNothingAndLeaveTheOriginAtTheSecond) {
-  PlanScene scene = sceneOf(OutputModeSame, {9, 3}, {4, 5}, {{40, 1}, {2, 2}});
+  PlanScene scene = sceneOf(OutputModeSame, {9, 3}, {4, 5}, {{-40, 1}, {2, 2}});
   EXPECT_THAT(sectorsOf(scene), IsEmpty());
-  EXPECT_EQ(scene.yOrigin.ptr[0], 40);
+  EXPECT_EQ(scene.yOrigin.ptr[0], -40);
   EXPECT_EQ(scene.yOrigin.ptr[1], 1);
 }
 
