@@ -75,7 +75,7 @@ class CommandTest(CommandCase):
         for arguments, words in (
             ((), ("convolve", "correlate", "chart", "--version")),
             (("convolve",), ("orvane convolve", "IN", "OUT", "gaussian:N:SIGMA", "sobel-y", "CSV", "--scale NUMBER=1",
-                             "--offset NUMBER=0")),
+                             "--offset NUMBER=0", "valid|same|full")),
             (("chart",), ("orvane chart", "640x480", "16384")),
         ):
             for shown in (self.run_tool(*arguments), self.run_tool(*arguments, "--help")):
