@@ -255,21 +255,25 @@ TEST(FixptConvCorr, SeparableQuantisesBetweenThePasses) {
   };
   const auto input = handle({16, 0, true}), output = handle({5, 0, true}), filter = handle({8, 0, true}),
              accumulator = handle({24, 0, true});
-  const auto make = [](const DSPDataAttributesHandle& type, std::vector<int> values) {
+  const auto make = [](const DSPDataAttributesHandle& type, const std::vector<int>& values) {
     auto array = makeFixpt(type, static_cast<int>(values.size()));
     for (std::size_t i = 0; i < values.size(); ++i) (*array)[static_cast<int>(i)] = values[i];
     return array.release();
   };
   int column[] = {2, 1}, row[] = {1, 2}, size[] = {2, 2};
-  auto* y = make(output, {0});
-  ConvCorrTolk<Fixpt, Fixpt, Fixpt> front(host.getAdaptor(), 2, column, 2, row, 2, size, PadTypeConstant,
-                                          OutputModeValid, AlgorithmModeCorrelation, false, input, output, filter,
-                                          accumulator);
-  host.provideWorkVectors(front.getAllocator());
-  front.setup(make(filter, {1, 1}), make(filter, {1, -1}), make(input, {10, 10, 3, 4}), y, nullptr, false);
-  front.computeOutputs();
+  const auto firstOutput = [&](OutputModeEnum mode, const std::vector<int>& first, const std::vector<int>& u) {
+    ConvCorrTolk<Fixpt, Fixpt, Fixpt> front(host.getAdaptor(), 2, column, 2, row, 2, size, PadTypeConstant, mode,
+                                            AlgorithmModeCorrelation, false, input, output, filter, accumulator);
+    host.provideWorkVectors(front.getAllocator());
+    auto* const y = make(output, std::vector<int>(9));
+    front.setup(make(filter, first), make(filter, {1, -1}), make(input, u), y, make(input, {-1}), false);
+    front.computeOutputs();
+    return (*y)[0].toDouble();
+  };
   // The column sums 20 and 7; 20 saturates to 15 in the intermediate, which has the output's type.
-  EXPECT_EQ((*y)[0].toDouble(), 15 - 7);
+  EXPECT_EQ(firstOutput(OutputModeValid, {1, 1}, {10, 10, 3, 4}), 15 - 7);
+  // The second pad value is the sum of the column, saturated in the output's type, and only then times the first.
+  EXPECT_EQ(firstOutput(OutputModeFull, {10, 10}, {0, 0, 0, 0}), -15 + 10);
 }
 
 }  // namespace
