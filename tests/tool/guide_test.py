@@ -47,6 +47,9 @@ class GuideTest(CommandCase):
     def test_template_matching(self):
         self.assertEqual(len(self.check("template-matching.md")), 1)
 
+    def test_fixed_point(self):
+        self.assertEqual(len(self.check("fixed-point.md")), 2)
+
 
 if __name__ == "__main__":
     unittest.main()
