@@ -61,8 +61,7 @@ class FixedConvolutionJob {
     checkDisjoint(newInput.data(), bytesOf(newInput), newOutput.data(), bytesOf(newOutput));
     input->setValPtr(const_cast<void*>(newInput.data()));  // the front only reads it
     output->setValPtr(newOutput.data());
-    front->computeOutputs();
-    throwMessages(host);
+    runFront(*front, host);
   }
 
   FixedArray run(const FixedView& newInput) {

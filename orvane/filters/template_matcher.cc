@@ -72,7 +72,6 @@ class MatchJob {
     if (searcher) findBest(elements, match);
     if (mapper) invoke(*mapper, elements, match.map.data(), nullptr);
     match.regionValid = regionIsValid;
-    throwMessages(host);
     return match;
   }
 
@@ -112,7 +111,7 @@ class MatchJob {
   void invoke(Front& front, UT* image, Score* map, Score* block) {
     front.updateInputPointers(image, pattern.data());
     front.updateOutputPointers(map, nullptr, block, nullptr, nullptr);
-    front.computeOutputs();
+    runFront(front, host);
   }
 
   void findBest(UT* image, Match<Score>& match) {
