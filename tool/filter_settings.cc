@@ -1,8 +1,11 @@
 #include "tool/filter_settings.h"
 
+#include <algorithm>
+#include <functional>
 #include <map>
 #include <stdexcept>
 #include <string_view>
+#include <vector>
 
 #include "tool/options.h"
 #include "tool/text.h"
@@ -20,40 +23,68 @@ constexpr Choice<filters::Overflow> overflows[] = {{"wrap", filters::Overflow::w
                                                    {"symmetric", filters::Overflow::symmetric},
                                                    {"zero", filters::Overflow::zero}};
 
-constexpr std::string_view fixedForm =
+/// The entries that a text of types may have, and how errors tell them.
+struct FixedForm {
+  std::vector<std::string_view> keys;
+  std::string_view text;
+};
+
+const FixedForm filterForm{
+    {"input", "filter", "accumulator", "output", "product", "sqrt", "rounding", "overflow"},
     "input=TYPE,filter=TYPE,accumulator=TYPE,output=TYPE and if wanted product=TYPE, sqrt=TYPE, rounding=MODE, "
-    "overflow=MODE";
+    "overflow=MODE"};
+const FixedForm kernelForm{{"input", "filter", "rounding", "overflow"},
+                           "input=TYPE,filter=TYPE and if wanted rounding=MODE, overflow=MODE"};
 
-[[noreturn]] void refuseFixed(const std::string& problem) {
-  throw std::runtime_error("--fixed: " + problem + "; allowed are " + std::string(fixedForm));
-}
-
-using Entries = std::map<std::string, std::string, std::less<>>;
-
-Entries entriesOf(const std::string& text) {
-  constexpr std::string_view keys[] = {"input",   "filter", "accumulator", "output",
-                                       "product", "sqrt",   "rounding",    "overflow"};
-  Entries entries;
-  for (const std::string_view part : split(text, ',')) {
-    const std::size_t equals = part.find('=');
-    const std::string key(trimmed(part.substr(0, equals)));
-    if (equals == std::string_view::npos || std::ranges::find(keys, key) == std::end(keys)) {
-      refuseFixed("unknown entry " + inQuotes(part));
+/// What a text of types says, entry by entry.
+class FixedEntries {
+ public:
+  FixedEntries(const std::string& text, const FixedForm& chosen) : form(chosen) {
+    for (const std::string_view part : split(text, ',')) {
+      const std::size_t equals = part.find('=');
+      const std::string key(trimmed(part.substr(0, equals)));
+      if (equals == std::string_view::npos || std::ranges::find(form.keys, key) == form.keys.end()) {
+        refuse("unknown entry " + inQuotes(part));
+      }
+      if (!entries.emplace(key, trimmed(part.substr(equals + 1))).second) refuse(key + " is given twice");
     }
-    if (!entries.emplace(key, trimmed(part.substr(equals + 1))).second) refuseFixed(key + " is given twice");
   }
-  return entries;
-}
 
-filters::FixedType typeOf(const Entries& entries, const std::string& key) {
-  const auto entry = entries.find(key);
-  if (entry == entries.end()) refuseFixed(key + " is missing");
-  try {
-    return filters::fixedType(entry->second);
-  } catch (const std::invalid_argument& error) {
-    throw std::runtime_error("--fixed: " + key + ": " + error.what());
+  filters::FixedType type(const std::string& key) const {
+    const auto found = optionalType(key);
+    if (!found) refuse(key + " is missing");
+    return *found;
   }
-}
+
+  std::optional<filters::FixedType> optionalType(const std::string& key) const {
+    const auto entry = entries.find(key);
+    if (entry == entries.end()) return std::nullopt;
+    try {
+      return filters::fixedType(entry->second);
+    } catch (const std::invalid_argument& error) {
+      throw std::runtime_error("--fixed: " + key + ": " + error.what());
+    }
+  }
+
+  filters::FixedModes modes() const {
+    filters::FixedModes modes;
+    if (const auto entry = entries.find("rounding"); entry != entries.end()) {
+      modes.rounding = choose(roundings, entry->second, "--fixed: rounding");
+    }
+    if (const auto entry = entries.find("overflow"); entry != entries.end()) {
+      modes.overflow = choose(overflows, entry->second, "--fixed: overflow");
+    }
+    return modes;
+  }
+
+ private:
+  [[noreturn]] void refuse(const std::string& problem) const {
+    throw std::runtime_error("--fixed: " + problem + "; allowed are " + std::string(form.text));
+  }
+
+  const FixedForm& form;
+  std::map<std::string, std::string, std::less<>> entries;
+};
 
 filters::Pad padOf(PadTypeEnum pad) {
   switch (pad) {
@@ -77,22 +108,21 @@ filters::OutputMode filterModeOf(OutputModeEnum mode) {
 }
 
 FixedSettings parseFixed(const std::string& text) {
-  const Entries entries = entriesOf(text);
+  const FixedEntries entries(text, filterForm);
   FixedSettings settings;
-  settings.types.input = typeOf(entries, "input");
-  settings.filter = typeOf(entries, "filter");
-  settings.types.accumulator = typeOf(entries, "accumulator");
-  settings.types.output = typeOf(entries, "output");
-  if (entries.contains("product")) settings.types.product = typeOf(entries, "product");
-  if (entries.contains("sqrt")) settings.types.sqrt = typeOf(entries, "sqrt");
-  filters::FixedModes& modes = settings.types.modes;
-  if (const auto entry = entries.find("rounding"); entry != entries.end()) {
-    modes.rounding = choose(roundings, entry->second, "--fixed: rounding");
-  }
-  if (const auto entry = entries.find("overflow"); entry != entries.end()) {
-    modes.overflow = choose(overflows, entry->second, "--fixed: overflow");
-  }
+  settings.types.input = entries.type("input");
+  settings.filter = entries.type("filter");
+  settings.types.accumulator = entries.type("accumulator");
+  settings.types.output = entries.type("output");
+  settings.types.product = entries.optionalType("product");
+  settings.types.sqrt = entries.optionalType("sqrt");
+  settings.types.modes = entries.modes();
   return settings;
+}
+
+KernelTypes parseKernelTypes(const std::string& text) {
+  const FixedEntries entries(text, kernelForm);
+  return {entries.type("input"), entries.type("filter"), entries.modes()};
 }
 
 EdgeSettings parseEdges(const EdgeTexts& texts) {
@@ -150,15 +180,18 @@ std::string edgeFooter(const std::string& window) {
          "  symmetric  c b a | a b c | c b a     circular   a b c | a b c | a b c\n";
 }
 
+std::string modeNames() {
+  return "Rounding: " + namesOf(roundings, ", ") + ". Overflow: " + namesOf(overflows, ", ") + ".\n";
+}
+
 std::string filterFooter(bool canNormalise) {
   return edgeFooter("kernel") +
          std::string(
              "Fixed point: TYPES are such as\n"
              "  input=u8.0,filter=s16.14,accumulator=s40.14,output=u8.0,rounding=nearest,overflow=saturate\n"
              "where s16.14 is a signed type of 16 bits, 14 of them fraction. product=TYPE makes products inexact") +
-         (canNormalise ? ",\n--normalise energy needs sqrt=TYPE" : "") + ".\nRounding: " + namesOf(roundings, ", ") +
-         ". Overflow: " + namesOf(overflows, ", ") +
-         ".\nValues are cast into the types of input and filter; what happened to values of each label is told at the "
+         (canNormalise ? ",\n--normalise energy needs sqrt=TYPE" : "") + ".\n" + modeNames() +
+         "Values are cast into the types of input and filter; what happened to values of each label is told at the "
          "end.\n";
 }
 

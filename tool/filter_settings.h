@@ -21,6 +21,13 @@ struct FixedSettings {
   filters::FixedType filter;
 };
 
+/// The types that a kernel is designed for.
+struct KernelTypes {
+  filters::FixedType input;
+  filters::FixedType filter;
+  filters::FixedModes modes;
+};
+
 /// Which positions have an output, and what is read beyond the edge.
 struct EdgeSettings {
   filters::OutputMode mode = filters::OutputMode::valid;
@@ -72,10 +79,16 @@ void addFilterOptions(CLI::App& operation, FilterTexts& texts, bool canNormalise
 /// What `addFilterOptions` says at the end of a usage text.
 std::string filterFooter(bool canNormalise);
 
+/// The modes of fixed point, a line for usage texts.
+std::string modeNames();
+
 /// Settings without kernels. Throws `std::runtime_error` that names the option and what it allows.
 FilterSettings parseFilterTexts(const FilterTexts& texts, filters::Direction direction);
 
 /// The types in a text such as "input=u8.0,filter=s16.14,accumulator=s40.14,output=u8.0,rounding=nearest".
 FixedSettings parseFixed(const std::string& text);
+
+/// The types in a text such as "input=u8.0,filter=s16.14,rounding=nearest".
+KernelTypes parseKernelTypes(const std::string& text);
 
 }  // namespace BP::tool

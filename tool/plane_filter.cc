@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <stdexcept>
+#include <utility>
 
 #include "orvane/filters/convolution.h"
 #include "tool/text.h"
@@ -47,12 +49,14 @@ PlaneFilter<T> shared(Filter filter) {
   };
 }
 
-/// As in "  accumulator      120          0 ...", columns of fixed width.
-std::string tableLine(const std::string& label, const std::string& casts, const std::string& overflows,
-                      const std::string& lossy, const std::string& least, const std::string& greatest) {
+/// As in "  accumulator     s40.14           120           0 ...", columns of fixed width.
+std::string tableLine(const std::string& label, const std::string& type, const std::string& casts,
+                      const std::string& overflows, const std::string& lossy, const std::string& least,
+                      const std::string& greatest) {
   std::string line(200, '\0');
-  const int length = std::snprintf(line.data(), line.size(), "  %-15s %14s %14s %14s %14s %14s\n", label.c_str(),
-                                   casts.c_str(), overflows.c_str(), lossy.c_str(), least.c_str(), greatest.c_str());
+  const int length =
+      std::snprintf(line.data(), line.size(), "  %-15s %-7s %12s %12s %12s %14s %14s\n", label.c_str(), type.c_str(),
+                    casts.c_str(), overflows.c_str(), lossy.c_str(), least.c_str(), greatest.c_str());
   line.resize(static_cast<std::size_t>(length));
   return line;
 }
@@ -117,13 +121,27 @@ template filters::Array<double> FixedPlaneFilter::run(filters::ArrayView<const d
 template filters::Array<std::complex<double>> FixedPlaneFilter::run(filters::ArrayView<const std::complex<double>>);
 
 std::string FixedPlaneFilter::table() const {
+  const filters::FixedTypes& types = settings.types;
+  const auto textOr = [](const std::optional<filters::FixedType>& type, const char* without) {
+    return type ? filters::toText(*type) : without;
+  };
+  const std::pair<const char*, std::string> rows[] = {{"input", filters::toText(types.input)},
+                                                      {"filter", filters::toText(settings.filter)},
+                                                      {"filter product", "exact"},
+                                                      {"product", textOr(types.product, "exact")},
+                                                      {"product sum", filters::toText(types.accumulator)},
+                                                      {"second product", "exact"},
+                                                      {"accumulator", filters::toText(types.accumulator)},
+                                                      {"sqrt", textOr(types.sqrt, "")},
+                                                      {"output", filters::toText(types.output)}};
   std::vector<filters::FixedStatistics> all = statistics();
-  all.insert(all.begin(), {inputStatistics, filterStatistics});
-  std::string table = tableLine("label", "casts", "overflows", "lossy", "least", "greatest");
-  for (const filters::FixedStatistics& line : all) {
-    if (line.casts == 0) continue;
-    table += tableLine(line.label, std::to_string(line.casts), std::to_string(line.overflows),
-                       std::to_string(line.lossy), numberText(line.minimum), numberText(line.maximum));
+  all.insert(all.end(), {inputStatistics, filterStatistics});
+  std::string table = tableLine("label", "type", "casts", "overflows", "lossy", "least", "greatest");
+  for (const auto& [label, type] : rows) {
+    const auto line = std::ranges::find(all, label, &filters::FixedStatistics::label);
+    if (line == all.end() || line->casts == 0) continue;
+    table += tableLine(label, type, std::to_string(line->casts), std::to_string(line->overflows),
+                       std::to_string(line->lossy), numberText(line->minimum), numberText(line->maximum));
   }
   return table;
 }

@@ -32,7 +32,8 @@ class FixedPlaneFilter {
   template <class T>
   filters::Array<T> run(filters::ArrayView<const T> plane);
 
-  /// A line for each label: casts, overflows, lossy roundings, least and greatest value.
+  /// A line for each label, from input to output: its type, casts, overflows, lossy roundings, least and greatest
+  /// value.
   std::string table() const;
 
  private:
