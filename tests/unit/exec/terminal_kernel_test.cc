@@ -120,19 +120,22 @@ TEST(TerminalKernelTest, WithoutAPadThatReadsTheInputOutputsTakeThePadOutput) {
 }
 
 TEST(TerminalKernelTest, SteppedSearchVisitsItsPattern) {
-  Scene<Plain> scene({40, 40}, {1, 1}, {0, 0});
-  scene.hLoc.values = {0, 0};
-  scene.algorithm.scoreOf = [](Position p) { return std::abs(p.first - 22) + std::abs(p.second - 9); };
-  scene.cover({0, 0}, {30, 30});
-  scene.kernel.stepSearchInside(scene.insideSector, scene.output, scene.best);
-  const auto& windows = scene.algorithm.windows;
-  EXPECT_THAT(scene.best.values, ElementsAre(22, 9));
-  EXPECT_EQ(windows.size(), 8u * 9u) << "rounds of step 8 down to 1";
-  EXPECT_THAT(std::vector<Position>(windows.begin(), windows.begin() + 9),
-              ElementsAre(Position(7, 7), Position(15, 7), Position(23, 7), Position(7, 15), Position(15, 15),
-                          Position(23, 15), Position(7, 23), Position(15, 23), Position(23, 23)));
-  EXPECT_EQ(windows[9], Position(16, 0)) << "centre (23, 7), step 7, clipped to the low edge";
-  EXPECT_EQ(windows[11], Position(30, 0));
+  for (const bool isInside : {true, false}) {
+    Scene<Padded> scene({40, 40}, {1, 1}, {0, 0});
+    scene.hLoc.values = {0, 0};
+    scene.algorithm.scoreOf = [](Position p) { return std::abs(p.first - 22) + std::abs(p.second - 9); };
+    scene.cover({0, 0}, {30, 30});
+    if (isInside) scene.kernel.stepSearchInside(scene.insideSector, scene.output, scene.best);
+    if (!isInside) scene.kernel.stepSearchBoundary(scene.boundarySector, scene.output, scene.best);
+    const auto& windows = scene.algorithm.windows;
+    EXPECT_THAT(scene.best.values, ElementsAre(22, 9));
+    EXPECT_EQ(windows.size(), 8u * 9u) << "rounds of step 8 down to 1";
+    EXPECT_THAT(std::vector<Position>(windows.begin(), windows.begin() + 9),
+                ElementsAre(Position(7, 7), Position(15, 7), Position(23, 7), Position(7, 15), Position(15, 15),
+                            Position(23, 15), Position(7, 23), Position(15, 23), Position(23, 23)));
+    EXPECT_EQ(windows[9], Position(16, 0)) << "centre (23, 7), step 7, clipped to the low edge";
+    EXPECT_EQ(windows[11], Position(isInside ? 30 : 29, 0)) << "and to the high one, outside the inside to one less";
+  }
 }
 
 TEST(TerminalKernelTest, SteppedSearchScoresNoWindowThatLeavesTheArray) {
