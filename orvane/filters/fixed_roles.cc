@@ -55,18 +55,32 @@ FixedType givenProduct(const FixedType& product, bool isSigned) {
   return product;
 }
 
+FixedType checked(const char* argument, const FixedType& type) {
+  checkedContainerBits(argument, type);
+  return type;
+}
+
+/// What is never multiplied.
+RoleDescription plainRole(const char* label, const FixedType& type) {
+  return {label, checked(label, type), type, type, false};
+}
+
+/// The narrowest type that holds the mean of any two values of `input`, and their sum.
+FixedType exactMean(const FixedType& input) {
+  const FixedType mean{input.word + 2, input.fraction + 1, input.isSigned};
+  if (mean.word <= static_cast<int>(KarnDSPFixpt::greatestWord)) return mean;
+  refuse("accumulator", std::to_string(mean.word) + " bits for the exact mean of two values of " + toText(input),
+         "at most " + std::to_string(KarnDSPFixpt::greatestWord) + " are allowed: its type must be given");
+}
+
 }  // namespace
 
 FixedRoles::FixedRoles(const FixedTypes& types, const FixedType& filterType, bool filterIsComplex, bool isNormalised) {
-  const auto check = [](const char* argument, const FixedType& type) {
-    checkedContainerBits(argument, type);
-    return type;
-  };
   const bool isComplex = types.inputIsComplex || filterIsComplex;
-  input = {"input", check("input", types.input), {}, {}, types.inputIsComplex, "product"};
-  filter = {"filter", check("filter", filterType), {}, {}, filterIsComplex};
-  accumulator = {"accumulator", check("accumulator", types.accumulator), {}, {}, isComplex};
-  output = {"output", check("output", types.output), {}, {}, isComplex, "second product"};
+  input = {"input", checked("input", types.input), {}, {}, types.inputIsComplex, "product"};
+  filter = {"filter", checked("filter", filterType), {}, {}, filterIsComplex};
+  accumulator = {"accumulator", checked("accumulator", types.accumulator), {}, {}, isComplex};
+  output = {"output", checked("output", types.output), {}, {}, isComplex, "second product"};
   accumulator.product = accumulator.value;  // is never multiplied
   for (RoleDescription* role : {&input, &filter, &accumulator, &output}) role->sum = accumulator.value;
 
@@ -89,8 +103,13 @@ FixedRoles::FixedRoles(const FixedTypes& types, const FixedType& filterType, boo
            isNormalised ? "normalise 1 (energy) needs one" : "only normalise 1 (energy) takes one");
   }
   if (!isNormalised) return;
-  sqrt = {"sqrt", check("sqrt", *types.sqrt), {}, accumulator.value, false};
+  sqrt = {"sqrt", checked("sqrt", *types.sqrt), {}, accumulator.value, false};
   sqrt.product = checkedProduct({{"sqrt and sqrt", sqrt.value, sqrt.value}}, narrower);
 }
+
+FixedMedianRoles::FixedMedianRoles(const FixedMedianTypes& types)
+    : input(plainRole("input", types.input)),
+      accumulator(plainRole("accumulator", types.accumulator ? *types.accumulator : exactMean(types.input))),
+      output(plainRole("output", types.output.value_or(types.input))) {}
 
 }  // namespace BP::filters::detail

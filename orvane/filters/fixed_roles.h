@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orvane/filters/fixed_convolution.h"
+#include "orvane/filters/fixed_median.h"
 #include "orvane/filters/fixed_values.h"
 
 namespace BP::filters::detail {
@@ -15,6 +16,16 @@ struct FixedRoles {
   RoleDescription accumulator;
   RoleDescription output;
   RoleDescription sqrt;
+};
+
+/// What the arrays of a fixed-point median are.
+struct FixedMedianRoles {
+  /// Throws `std::invalid_argument` for a type that is missing or out of range.
+  explicit FixedMedianRoles(const FixedMedianTypes& types);
+
+  RoleDescription input;
+  RoleDescription accumulator;
+  RoleDescription output;
 };
 
 }  // namespace BP::filters::detail
