@@ -7,7 +7,6 @@
 
 #include "orvane/filters/array.h"
 #include "orvane/filters/correlation_nd.h"
-#include "tool/plane_filter.h"
 
 namespace BP::tool {
 
@@ -93,12 +92,9 @@ void filterPlain(const Array& input, const Extents& extents, const FilterSetting
 
 /// T is `double` or its complex type.
 template <class T>
-void filterFixed(const Array& input, const Extents& extents, const FilterSettings& settings,
-                 const SampleScaling& scaling, FilteredArray& result) {
-  FixedPlaneFilter filter(settings, extents, IsComplex<T>::value);
-  const auto plane = elementsAs<T>(input, extents, result.rounded);
+void filterFixed(const Array& input, FixedPlaneFilter& filter, const SampleScaling& scaling, FilteredArray& result) {
+  const auto plane = elementsAs<T>(input, planeExtents(input), result.rounded);
   result.array = packed(filter.run<T>(plane), scaling);
-  result.fixedTable = filter.table();
 }
 
 /// The precision of sums: float32 or float64.
@@ -150,16 +146,23 @@ Extents planeExtents(const Array& array) {
 
 FilteredArray filterArray(const Array& input, const FilterSettings& settings, const SampleScaling& scaling) {
   const Extents extents = planeExtents(input);
-  const bool isFixed = settings.fixed.has_value();
-  const bool isDouble = isFixed || sumTypeFor(input, settings) == ElementType::float64;
+  if (settings.fixed) {
+    FixedPlaneFilter filter(settings, extents, isComplex(input.type));
+    return filterArrayFixed(input, filter, scaling);
+  }
+  const bool isDouble = sumTypeFor(input, settings) == ElementType::float64;
   FilteredArray result;
-  const auto run = isComplex(input.type) ? (isFixed    ? filterFixed<std::complex<double>>
-                                            : isDouble ? filterPlain<std::complex<double>>
-                                                       : filterPlain<std::complex<float>>)
-                                         : (isFixed    ? filterFixed<double>
-                                            : isDouble ? filterPlain<double>
-                                                       : filterPlain<float>);
+  const auto run = isComplex(input.type)
+                       ? (isDouble ? filterPlain<std::complex<double>> : filterPlain<std::complex<float>>)
+                       : (isDouble ? filterPlain<double> : filterPlain<float>);
   run(input, extents, settings, scaling, result);
+  return result;
+}
+
+FilteredArray filterArrayFixed(const Array& input, FixedPlaneFilter& filter, const SampleScaling& scaling) {
+  FilteredArray result;
+  (isComplex(input.type) ? filterFixed<std::complex<double>> : filterFixed<double>)(input, filter, scaling, result);
+  result.fixedTable = filter.table();
   return result;
 }
 

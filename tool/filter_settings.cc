@@ -1,59 +1,14 @@
 #include "tool/filter_settings.h"
 
-#include <map>
 #include <stdexcept>
-#include <string_view>
 
+#include "tool/fixed_types.h"
 #include "tool/options.h"
 #include "tool/text.h"
 
 namespace BP::tool {
 
 namespace {
-
-constexpr Choice<filters::Rounding> roundings[] = {
-    {"ceiling", filters::Rounding::ceiling}, {"convergent", filters::Rounding::convergent},
-    {"floor", filters::Rounding::floor},     {"nearest", filters::Rounding::nearest},
-    {"round", filters::Rounding::round},     {"zero", filters::Rounding::zero}};
-constexpr Choice<filters::Overflow> overflows[] = {{"wrap", filters::Overflow::wrap},
-                                                   {"saturate", filters::Overflow::saturate},
-                                                   {"symmetric", filters::Overflow::symmetric},
-                                                   {"zero", filters::Overflow::zero}};
-
-constexpr std::string_view fixedForm =
-    "input=TYPE,filter=TYPE,accumulator=TYPE,output=TYPE and if wanted product=TYPE, sqrt=TYPE, rounding=MODE, "
-    "overflow=MODE";
-
-[[noreturn]] void refuseFixed(const std::string& problem) {
-  throw std::runtime_error("--fixed: " + problem + "; allowed are " + std::string(fixedForm));
-}
-
-using Entries = std::map<std::string, std::string, std::less<>>;
-
-Entries entriesOf(const std::string& text) {
-  constexpr std::string_view keys[] = {"input",   "filter", "accumulator", "output",
-                                       "product", "sqrt",   "rounding",    "overflow"};
-  Entries entries;
-  for (const std::string_view part : split(text, ',')) {
-    const std::size_t equals = part.find('=');
-    const std::string key(trimmed(part.substr(0, equals)));
-    if (equals == std::string_view::npos || std::ranges::find(keys, key) == std::end(keys)) {
-      refuseFixed("unknown entry " + inQuotes(part));
-    }
-    if (!entries.emplace(key, trimmed(part.substr(equals + 1))).second) refuseFixed(key + " is given twice");
-  }
-  return entries;
-}
-
-filters::FixedType typeOf(const Entries& entries, const std::string& key) {
-  const auto entry = entries.find(key);
-  if (entry == entries.end()) refuseFixed(key + " is missing");
-  try {
-    return filters::fixedType(entry->second);
-  } catch (const std::invalid_argument& error) {
-    throw std::runtime_error("--fixed: " + key + ": " + error.what());
-  }
-}
 
 filters::Pad padOf(PadTypeEnum pad) {
   switch (pad) {
@@ -77,22 +32,15 @@ filters::OutputMode filterModeOf(OutputModeEnum mode) {
 }
 
 FixedSettings parseFixed(const std::string& text) {
-  const Entries entries = entriesOf(text);
-  FixedSettings settings;
-  settings.types.input = typeOf(entries, "input");
-  settings.filter = typeOf(entries, "filter");
-  settings.types.accumulator = typeOf(entries, "accumulator");
-  settings.types.output = typeOf(entries, "output");
-  if (entries.contains("product")) settings.types.product = typeOf(entries, "product");
-  if (entries.contains("sqrt")) settings.types.sqrt = typeOf(entries, "sqrt");
-  filters::FixedModes& modes = settings.types.modes;
-  if (const auto entry = entries.find("rounding"); entry != entries.end()) {
-    modes.rounding = choose(roundings, entry->second, "--fixed: rounding");
-  }
-  if (const auto entry = entries.find("overflow"); entry != entries.end()) {
-    modes.overflow = choose(overflows, entry->second, "--fixed: overflow");
-  }
-  return settings;
+  const FixedEntries entries =
+      parseFixedEntries(text, {{"input", "filter", "accumulator", "output"}, {"product", "sqrt"}});
+  return {{.input = entries.at("input"),
+           .accumulator = entries.at("accumulator"),
+           .output = entries.at("output"),
+           .product = entries.find("product"),
+           .sqrt = entries.find("sqrt"),
+           .modes = entries.modes},
+          entries.at("filter")};
 }
 
 EdgeSettings parseEdges(const EdgeTexts& texts) {
@@ -152,13 +100,10 @@ std::string edgeFooter(const std::string& window) {
 
 std::string filterFooter(bool canNormalise) {
   return edgeFooter("kernel") +
-         std::string(
-             "Fixed point: TYPES are such as\n"
-             "  input=u8.0,filter=s16.14,accumulator=s40.14,output=u8.0,rounding=nearest,overflow=saturate\n"
-             "where s16.14 is a signed type of 16 bits, 14 of them fraction. product=TYPE makes products inexact") +
-         (canNormalise ? ",\n--normalise energy needs sqrt=TYPE" : "") + ".\nRounding: " + namesOf(roundings, ", ") +
-         ". Overflow: " + namesOf(overflows, ", ") +
-         ".\nValues are cast into the types of input and filter; what happened to values of each label is told at the "
+         fixedFooter("input=u8.0,filter=s16.14,accumulator=s40.14,output=u8.0,rounding=nearest,overflow=saturate",
+                     std::string("product=TYPE makes products inexact") +
+                         (canNormalise ? ",\n--normalise energy needs sqrt=TYPE" : "")) +
+         "Values are cast into the types of input and filter; what happened to values of each label is told at the "
          "end.\n";
 }
 

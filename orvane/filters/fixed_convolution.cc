@@ -55,12 +55,12 @@ class FixedConvolutionJob : public FixedFilterJob {
   /// Makes the front and hands it arrays: filters and pad value with copies of the values, input and output without.
   void begin(const ConvolutionOptions& options, const FixedView& newFilter, const FixedView* newSecond) {
     Arrays arrays = makeArrays(roles.input, roles.output, options.padValue);
-    auto made = geometry.norm == NormNone
-                    ? makeFront<Fixpt, Fixpt, Fixpt>(getHost(), geometry, handleOf(roles.input), handleOf(roles.output),
-                                                     handleOf(roles.filter), handleOf(roles.accumulator))
-                    : makeFront<Fixpt, Fixpt, Fixpt>(getHost(), geometry, handleOf(roles.input), handleOf(roles.output),
-                                                     handleOf(roles.filter), handleOf(roles.accumulator),
-                                                     handleOf(roles.sqrt));
+    auto made =
+        geometry.norm == NormNone
+            ? makeFront<Fixpt, Fixpt, Fixpt>(getHost(), geometry, handleOf(roles.input), handleOf(roles.output),
+                                             handleOf(roles.filter), handleOf(roles.accumulator))
+            : makeFront<Fixpt, Fixpt, Fixpt>(getHost(), geometry, handleOf(roles.input), handleOf(roles.output),
+                                             handleOf(roles.filter), handleOf(roles.accumulator), handleOf(roles.sqrt));
     auto first = makeOwn(roles.filter, elementCount(geometry.filterExtents));
     copyValues(newFilter, *first);
     filter = first.get();
@@ -100,8 +100,7 @@ void FixedConvolution::setFilter(const FixedView& filter) { detail::usedConvolut
 FixedSeparableConvolution::FixedSeparableConvolution(const FixedView& first, const FixedView& second,
                                                      const Extents& inputExtents, const FixedTypes& types,
                                                      const ConvolutionOptions& options)
-    : FixedRunner(
-          std::make_unique<detail::FixedConvolutionJob>(first, second, inputExtents, types, options)) {}
+    : FixedRunner(std::make_unique<detail::FixedConvolutionJob>(first, second, inputExtents, types, options)) {}
 void FixedSeparableConvolution::setFilters(const FixedView& first, const FixedView& second) {
   detail::usedConvolution(job).setFilters(first, second);
 }

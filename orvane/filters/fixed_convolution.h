@@ -38,8 +38,8 @@ struct FixedTypes {
 ///
 /// Statistics have the labels "accumulator", "output", "product" (of input and filter), and where there is such a thing
 /// "product sum" (partial sums of complex products), "second product", "sqrt", "filter product" (its squares). Not
-/// counted are products of a constant pad's value, the norms of single windows, and casts into the intermediate array of
-/// a separable filter.
+/// counted are products of a constant pad's value, the norms of single windows, and casts into the intermediate array
+/// of a separable filter.
 ///
 /// The pad value must be a value of the input's type. Extreme types can need a product of more than 128 bits, which is
 /// refused unless a product type is given.

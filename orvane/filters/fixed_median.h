@@ -26,7 +26,8 @@ struct FixedMedianTypes {
 /// Median filter for fixed-point inputs of one size.
 ///
 ///     odd number of values    the middle one in ascending order
-///     even number             (lower + upper) >> 1 of the two in the middle, summed and halved in the accumulator's type
+///     even number             (lower + upper) >> 1 of the two in the middle, summed and halved in the accumulator's
+///     type
 ///
 /// The result is cast into the output's type. Values are real: complex ones have no order but that of their magnitudes,
 /// in which different values are equal, so that a middle one means nothing. Positions, edges and limits are those of

@@ -25,9 +25,8 @@ struct ExactCast {
 
   mpq_class operator()(const mpq_class& exact) {
     const filters::detail::CoreModes core(modes);
-    const model::Outcome outcome =
-        model::cast(exact, {static_cast<unsigned>(type.word), type.fraction, type.isSigned}, core.overflow,
-                    core.rounding);
+    const model::Outcome outcome = model::cast(exact, {static_cast<unsigned>(type.word), type.fraction, type.isSigned},
+                                               core.overflow, core.rounding);
     const mpq_class value = model::scale(outcome.stored, -long{type.fraction});
     ++counts.casts;
     counts.overflows += outcome.overflow;

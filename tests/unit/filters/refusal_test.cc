@@ -225,23 +225,32 @@ const Refusal fixedRefusals[] = {
      [] {
        FixedView(ArrayView<const std::uint16_t>(nullptr, {3}), {8, 0, false});
      }},
-    {"accumulator: 129 bits for the exact mean of two values of s127.0; at most 128 are allowed: its type must be given",
-     [] { makeFixedMedian({.input = {127, 0}}); }},
+    {"accumulator: 129 bits for the exact mean of two values of s127.0; at most 128 are allowed: its type must be "
+     "given",
+     [] {
+       makeFixedMedian({.input = {127, 0}});
+     }},
     {"input: no type; allowed are word lengths of 1 to 128", [] { makeFixedMedian({}); }},
     {"output: word length 129; allowed are word lengths of 1 to 128",
      [] {
        makeFixedMedian({.input = {8, 0}, .output = FixedType{129, 0}});
      }},
     {"window: extent 5 in dimension 0; with mode valid and an input of 4, allowed are 1 to 4",
-     [] { FixedMedian({5}, {4}, {.input = {8, 0}}); }},
+     [] {
+       FixedMedian({5}, {4}, {.input = {8, 0}});
+     }},
     {"padValue: 0.5; it must be a value of the input's type s8.0",
      [] {
        makeFixedMedian({.input = {8, 0}}, {.mode = OutputMode::same, .padValue = 0.5});
      }},
     {"padValue: 0 + 1i; the input is real, so it must be real",
-     [] { FixedMedian({3}, {4}, {.input = {8, 0}}).setPadValue({0, 1}); }},
+     [] {
+       FixedMedian({3}, {4}, {.input = {8, 0}}).setPadValue({0, 1});
+     }},
     {"input: type s8.0 complex; it must be s8.0",
-     [] { FixedMedian({3}, {4}, {.input = {8, 0}}).run(FixedArray({4}, {8, 0}, true)); }},
+     [] {
+       FixedMedian({3}, {4}, {.input = {8, 0}}).run(FixedArray({4}, {8, 0}, true));
+     }},
     {"values: complex; they must be real",
      [] {
        toDouble(FixedArray({3}, {8, 0}, true));
