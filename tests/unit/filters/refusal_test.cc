@@ -10,6 +10,7 @@
 #include "orvane/filters/convolution.h"
 #include "orvane/filters/fixed_convolution.h"
 #include "orvane/filters/fixed_median.h"
+#include "orvane/filters/fixed_template_matcher.h"
 #include "orvane/filters/template_matcher.h"
 
 namespace BP::filters {
@@ -199,7 +200,7 @@ const Refusal fixedRefusals[] = {
     {"sqrt: s16.8; only normalise 1 (energy) takes one", [] { makeFixed([](auto& t) {
                                                                 t.sqrt = {16, 8};
                                                               }); }},
-    {"product: u24.14; it must be signed, as input or filter is",
+    {"product: u24.14; it must be signed, as products of input and filter are",
      [] { makeFixed([](auto& t) {
             t.product = {24, 14, false};
           }); }},
@@ -328,6 +329,52 @@ const Refusal matchRefusals[] = {
      }},
 };
 
+/// A template of type u8.0 for images of 4 by 3, with types that `change` has changed.
+FixedTemplateMatcher makeFixedMatcher(const std::function<void(FixedMatchTypes&)>& change,
+                                      const MatchOptions& options = {}) {
+  FixedMatchTypes changed{.input = {8, 0, false}, .accumulator = {80, 0}, .output = {16, 0}};
+  change(changed);
+  return {FixedArray({3, 2}, {8, 0, false}), {4, 3}, changed, options};
+}
+
+const MatchOptions squares{.metric = Metric::ssd};
+
+const Refusal fixedMatchRefusals[] = {
+    {"accumulator: no type; allowed are word lengths of 1 to 128",
+     [] { makeFixedMatcher([](auto& t) { t.accumulator = {}; }); }},
+    {"product: s9.0; only metrics 1 (ssd) and 3 (product) take one",
+     [] { makeFixedMatcher([](auto& t) {
+            t.product = {9, 0};
+          }); }},
+    {"product: 160 bits for exact products of differences (s80.0 and s80.0); at most 128 are allowed: a product type "
+     "must be given",
+     [] { makeFixedMatcher([](auto&) {}, squares); }},
+    {"product: u9.0; it must be signed, as products of differences are",
+     [] {
+       makeFixedMatcher([](auto& t) { t.product = {9, 0, false}; }, squares);
+     }},
+    {"product: s9.0; it must be unsigned, as products of input and template are",
+     [] {
+       makeFixedMatcher([](auto& t) { t.product = {9, 0}; }, {.metric = Metric::product});
+     }},
+    {"metric: 4; allowed are 0 (sad), 1 (ssd), 2 (maxad), 3 (product)",
+     [] { makeFixedMatcher([](auto&) {}, {.metric = static_cast<Metric>(4)}); }},
+    {"neighbourhood: 32769; allowed are 0 (none) to 32768",
+     [] { makeFixedMatcher([](auto& t) { t.inputIsComplex = true; }, {.neighbourhood = 32769}); }},
+    {"image: type u8.0 complex; it must be u8.0",
+     [] {
+       makeFixedMatcher([](auto&) {}).run(FixedArray({4, 3}, {8, 0, false}, true));
+     }},
+    {"template: type s8.0; it must be u8.0",
+     [] {
+       makeFixedMatcher([](auto&) {}).setTemplate(FixedArray({3, 2}, {8, 0}));
+     }},
+    {"image: extents 3 x 4; they must be 4 x 3",
+     [] {
+       makeFixedMatcher([](auto&) {}).run(FixedArray({3, 4}, {8, 0, false}));
+     }},
+};
+
 class RefusalTest : public testing::TestWithParam<Refusal> {};
 
 TEST_P(RefusalTest, NamesArgumentValueAndWhatIsAllowed) {
@@ -337,6 +384,7 @@ TEST_P(RefusalTest, NamesArgumentValueAndWhatIsAllowed) {
 INSTANTIATE_TEST_SUITE_P(Plain, RefusalTest, testing::ValuesIn(plainRefusals));
 INSTANTIATE_TEST_SUITE_P(Fixed, RefusalTest, testing::ValuesIn(fixedRefusals));
 INSTANTIATE_TEST_SUITE_P(Match, RefusalTest, testing::ValuesIn(matchRefusals));
+INSTANTIATE_TEST_SUITE_P(FixedMatch, RefusalTest, testing::ValuesIn(fixedMatchRefusals));
 
 }  // namespace
 }  // namespace BP::filters
