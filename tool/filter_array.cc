@@ -7,6 +7,7 @@
 
 #include "orvane/filters/array.h"
 #include "orvane/filters/correlation_nd.h"
+#include "tool/elements.h"
 
 namespace BP::tool {
 
@@ -14,12 +15,6 @@ namespace {
 
 using filters::Extents;
 
-template <class T>
-struct IsComplex : std::false_type {};
-template <class T>
-struct IsComplex<std::complex<T>> : std::true_type {};
-
-bool isComplex(ElementType type) { return type == ElementType::complex64 || type == ElementType::complex128; }
 bool isFloating(ElementType type) {
   return isComplex(type) || type == ElementType::float32 || type == ElementType::float64;
 }
@@ -28,45 +23,6 @@ template <class T>
 constexpr ElementType typeOf() {
   if constexpr (IsComplex<T>::value) return sizeof(T) == 8 ? ElementType::complex64 : ElementType::complex128;
   return sizeof(T) == 4 ? ElementType::float32 : ElementType::float64;
-}
-
-/// Conversion of one element into To, which counts it in `rounded` if To does not have its value.
-template <class To>
-struct Into {
-  template <class From>
-  static To convert(From value, std::uint64_t& rounded) {
-    const To result = static_cast<To>(value);
-    if constexpr (!std::is_same_v<To, From>) {  // `long double` holds every whole number of 64 bits
-      const auto before = static_cast<long double>(value);
-      if (before == before && before != static_cast<long double>(result)) ++rounded;
-    }
-    return result;
-  }
-  template <class Real>
-  static To convert(const std::complex<Real>& /*value*/, std::uint64_t& /*rounded*/) {
-    throw std::logic_error("complex elements do not become real ones");
-  }
-};
-template <class Real>
-struct Into<std::complex<Real>> {
-  template <class From>
-  static std::complex<Real> convert(const From& value, std::uint64_t& rounded) {
-    std::uint64_t parts = 0;
-    const std::complex<Real> result(Into<Real>::convert(std::real(value), parts),
-                                    Into<Real>::convert(std::imag(value), parts));
-    rounded += parts > 0 ? 1 : 0;
-    return result;
-  }
-};
-
-/// The elements as To, which is complex if they are.
-template <class To>
-filters::Array<To> elementsAs(const Array& array, const Extents& extents, std::uint64_t& rounded) {
-  filters::Array<To> result(extents);
-  visitElements(array, [&](const auto* elements) {
-    for (std::size_t i = 0; i < result.size(); ++i) result[i] = Into<To>::convert(elements[i], rounded);
-  });
-  return result;
 }
 
 template <class T>

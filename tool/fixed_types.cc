@@ -81,7 +81,7 @@ FixedEntries parseFixedEntries(const std::string& text, const FixedRoleNames& ro
 
 std::string fixedFooter(const std::string& example, const std::string& remarks) {
   return "Fixed point: TYPES are such as\n  " + example +
-         "\nwhere s16.14 is a signed type of 16 bits, 14 of them fraction. " + remarks +
+         "\nA type such as s16.14 is signed and has 16 bits, 14 of them fraction. " + remarks +
          ".\nRounding: " + namesOf(roundings, ", ") + ". Overflow: " + namesOf(overflows, ", ") + ".\n";
 }
 
