@@ -21,9 +21,6 @@ class FixedFilterJob;
 /// complex arrays have at most 2^30 elements.
 class ORVANE_API FixedRunner {
  public:
-  FixedRunner(FixedRunner&&) noexcept;
-  FixedRunner& operator=(FixedRunner&&) noexcept;
-
   /// Filters `input` into `output`, which must have the types and extents given at construction.
   void run(const FixedView& input, const MutableFixedView& output);
   /// Filters `input` into a new array.
@@ -40,6 +37,8 @@ class ORVANE_API FixedRunner {
 
  protected:
   explicit FixedRunner(std::unique_ptr<detail::FixedFilterJob> newJob);
+  FixedRunner(FixedRunner&&) noexcept;
+  FixedRunner& operator=(FixedRunner&&) noexcept;
   ~FixedRunner();
 
   std::unique_ptr<detail::FixedFilterJob> job;
