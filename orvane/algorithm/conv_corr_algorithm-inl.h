@@ -2,6 +2,8 @@
 
 // Bodies of conv_corr_algorithm.h, which includes this file.
 
+#include <algorithm>
+
 namespace BP {
 
 template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
@@ -9,6 +11,9 @@ void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise
   Base::setup(mode);
   if constexpr (normalise != 0) {
     if (mode == setupStart || mode == setupInvoke) computeFilterNorm();
+  }
+  if constexpr (usesVendor && flipFilter == 0) {
+    if (mode == setupAttachWork && loader.getAllLoaded()) makeReversedFilter();
   }
   if constexpr (std::is_same_v<YT, Fixpt>) {
     if (mode != setupFinish) return;
@@ -86,6 +91,46 @@ void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise
     for (int i = 0; i < this->filter->getNumElements(); ++i) addEnergy(energy.get(), elementAt(h, i));
     setRoot(elementAt(filterNorm.ptr, 0), energy.get());
   }
+}
+
+template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
+void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise>::makeReversedFilter() {
+  this->filter->computeStrides();
+  reversedFilter.release();
+  reversedCapacity = this->filter->getNumElements();
+  this->allocator->allocateArray(reversedFilter, reversedCapacity, "filter");
+}
+
+/// The filter as the functions, which flip it, need it; null if they cannot have it. Of more than one plane the first
+/// counts, which is the last one of the reversed filter.
+template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
+const HT* ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise>::vendorKernel() {
+  const HT* const h = this->filter->getData().ptr;
+  const int count = this->filter->getNumElements();
+  const int* const dims = this->filter->getDims().ptr;
+  if (count < 1 || (flipFilter == 0 && count > reversedCapacity)) return nullptr;
+  if constexpr (flipFilter != 0) return h;
+  std::reverse_copy(h, h + count, reversedFilter.ptr);
+  return reversedFilter.ptr + (count - dims[0] * dims[1]);
+}
+
+template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
+bool ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise>::runWholeSector(
+    const InsideSector& sector, Out& result) requires(usesVendor) {
+  const auto& u = this->input->getBlock();
+  const auto& y = result.getBlock();
+  const int uPitch = u.getDims().ptr[0], yPitch = y.getDims().ptr[0];
+  if (!loader.getAllLoaded() || std::max(uPitch, yPitch) > ZdFilterLoader::mostPitch) return false;
+  const HT* const kernel = vendorKernel();
+  if (kernel == nullptr) return false;
+  const int *const s = sector.getStart().ptr, *const e = sector.getEnd().ptr;
+  const int *const hLoc = this->filter->getLoc().ptr, *const hDims = this->filter->getDims().ptr;
+  const int hCentre[] = {-hLoc[0], -hLoc[1]};
+  const int offset[] = {u.getOrigin().ptr[0] - y.getOrigin().ptr[0], u.getOrigin().ptr[1] - y.getOrigin().ptr[1]};
+  loader.filter(kernel, hDims, hCentre, u.getData().ptr + (s[0] + uPitch * s[1]), uPitch,
+                y.getData().ptr + (s[0] + offset[0] + yPitch * (s[1] + offset[1])), yPitch,
+                {e[0] - s[0] + 1, e[1] - s[1] + 1});
+  return true;
 }
 
 }  // namespace BP

@@ -6,6 +6,7 @@
 #include "orvane/algorithm/algorithm.h"
 #include "orvane/algorithm/element.h"
 #include "orvane/algorithm/tap_reader.h"
+#include "orvane/convcorr/zd_filter_loader.h"
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/enums.h"
 #include "orvane/input/output.h"
@@ -25,11 +26,18 @@ static_assert(FLT_EVAL_METHOD == 0, "sums must round to their own type after eve
 /// the order given, with one rounding for each operation, and zero taps count. The walk covers dimensions 0 and 1; the
 /// filter's norm covers all its elements. Fixed point makes each cast where element.h says. Booleans count the elements
 /// that are true in both, in fixed point.
+///
+/// An unnormalised sum of `float` or of `double` leaves a sector whose windows lie wholly in the input to the vendor's
+/// functions, if `ZdFilterLoader` finds them when this object is made: one call, whose result is the same up to
+/// rounding.
 template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
 class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT, YT, UT> {
  public:
   using Base = DistanceMetricAlgorithm<AllocT, BlockT, InputT, YT, UT>;
   using Out = Output<YT, AllocT>;
+  /// Whether the vendor's functions know this sum and these elements.
+  static constexpr bool usesVendor =
+      normalise == 0 && std::is_floating_point_v<YT> && std::is_same_v<HT, YT> && std::is_same_v<UT, YT>;
 
   ConvCorrAlgorithm(AllocT* alloc, BlockT* filterBlock, InputT* in) : Base(alloc, filterBlock, in) {
     alloc->allocateArray(accumulator, 1, "accumulator");
@@ -38,7 +46,8 @@ class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT,
   }
 
   /// The common set-up; the filter's norm is computed at `setupStart` and at `setupInvoke`, so that a tuned filter
-  /// takes effect at once. Fixed point hands its statistics over at `setupFinish`.
+  /// takes effect at once. Fixed point hands its statistics over at `setupFinish`. At `setupAttachWork` a correlation
+  /// that can go to the vendor's functions makes room for its reversed filter, once for the filter's extents of then.
   void setup(setupModeT mode);
 
   /// The sample of a window wholly inside the input, whose first element has linear index `imageIndex`.
@@ -57,6 +66,10 @@ class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT,
     accumulate(OutsideTaps<UT, InputT>(*this->input, sector, windowOrigin), y1);
   }
 
+  /// Has the vendor's functions compute all outputs of `sector`; false, and nothing done, if they cannot: they are not
+  /// there, a row is too long for them, or the filter is empty or has outgrown the room for its reversal.
+  bool runWholeSector(const InsideSector& sector, Out& result) requires(usesVendor);
+
   /// filterNorm := square root of the filter's energy.
   void computeFilterNorm();
 
@@ -70,10 +83,15 @@ class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT,
   void sumProducts(TapsT& taps, ActionT&& beforeProduct);
   void addProduct(YT& sum, UT& tap, HT& h);
   void normaliseSample(YT& sample, YT& energy);
+  void makeReversedFilter();
+  const HT* vendorKernel();
 
   CleverPtr<YT> accumulator;
   [[no_unique_address]] std::conditional_t<normalise != 0, CleverPtr<YT>, Nothing> filterNorm;
   [[no_unique_address]] std::conditional_t<isBoolean, CleverPtr<YT>, Nothing> product;
+  [[no_unique_address]] std::conditional_t<normalise == 0, ZdFilterLoader, Nothing> loader;
+  CleverPtr<HT> reversedFilter;
+  int reversedCapacity = 0;
 };
 
 }  // namespace BP

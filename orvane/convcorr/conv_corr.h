@@ -1,9 +1,8 @@
 #pragma once
 
-#include <complex>
-
 #include "orvane/core/allocator_tolk.h"
 #include "orvane/core/clever_ptr.h"
+#include "orvane/core/element_pairs.h"
 #include "orvane/core/enums.h"
 #include "orvane/exec/window_processor.h"
 #include "orvane/plan/block.h"
@@ -19,7 +18,8 @@ namespace BP {
 /// with p the position of the filter's centre, hLoc minus the centre's index, and f running over the filter's elements
 /// from the last to the first for convolution and from the first to the last for correlation; optionally divided by the
 /// norms of filter and window (see `ConvCorrAlgorithm`). Each output is one sum in this order, with one rounding for
-/// each operation in the element type itself. Modes, pads, arrays and ownership are those of `WindowProcessor`.
+/// each operation in the element type itself; but an application can have a vendor's functions compute interiors, see
+/// `ZdFilterLoader`. Modes, pads, arrays and ownership are those of `WindowProcessor`.
 ///
 /// HT, UT and YT are the element types of filter, input and output. A pad type or an algorithm mode out of range builds
 /// a processor that does nothing.
@@ -49,16 +49,9 @@ class ORVANE_API ConvCorr : public WindowProcessor<UT, YT, AllocT> {
   FilterBlock* filter;
 };
 
-/// Declares, or with nothing in front defines, a class template for the nine triples of filter, input and output.
-#define ORVANE_FOR_CONV_CORR_TRIPLES(APPLY)                               \
-  APPLY(float, float, float)                                              \
-  APPLY(float, std::complex<float>, std::complex<float>)                  \
-  APPLY(std::complex<float>, float, std::complex<float>)                  \
-  APPLY(std::complex<float>, std::complex<float>, std::complex<float>)    \
-  APPLY(double, double, double)                                           \
-  APPLY(double, std::complex<double>, std::complex<double>)               \
-  APPLY(std::complex<double>, double, std::complex<double>)               \
-  APPLY(std::complex<double>, std::complex<double>, std::complex<double>) \
+/// Applies a macro to the nine triples of element types: filter, input, output.
+#define ORVANE_FOR_CONV_CORR_TRIPLES(APPLY) \
+  ORVANE_FOR_PLAIN_TRIPLES(APPLY)           \
   APPLY(KarnDSPFixpt::Fixpt, KarnDSPFixpt::Fixpt, KarnDSPFixpt::Fixpt)
 
 #define ORVANE_DECLARE(HT, UT, YT) extern template class ConvCorr<HT, UT, YT, AllocatorTolk>;

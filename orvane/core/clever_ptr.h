@@ -19,7 +19,10 @@ class CleverPtr {
   CleverPtr() = default;
   CleverPtr(const CleverPtr&) = delete;
   CleverPtr& operator=(const CleverPtr&) = delete;
-  ~CleverPtr();
+  ~CleverPtr() { release(); }
+
+  /// Ends an owned array and lets go of a borrowed one; the handle is null and owns nothing afterwards.
+  void release();
 
   /// The debug name; "unnamed" unless the array was registered as a work vector.
   std::string getName() const { return name; }
@@ -30,14 +33,17 @@ class CleverPtr {
 };
 
 template <class T>
-CleverPtr<T>::~CleverPtr() {
-  if (!owned) return;
-  if constexpr (std::is_same_v<T, KarnDSPFixpt::Fixpt>) {
-    delete ptr;
-  } else {
-    static_assert(std::is_trivially_destructible_v<T>, "plain elements have nothing to end");
-    delete[] ptr;
+void CleverPtr<T>::release() {
+  if (owned) {
+    if constexpr (std::is_same_v<T, KarnDSPFixpt::Fixpt>) {
+      delete ptr;
+    } else {
+      static_assert(std::is_trivially_destructible_v<T>, "plain elements have nothing to end");
+      delete[] ptr;
+    }
   }
+  ptr = nullptr;
+  owned = false;
 }
 
 }  // namespace BP

@@ -14,3 +14,15 @@
   APPLY(std::complex<float>, std::complex<float>)   \
   APPLY(std::complex<double>, std::complex<double>) \
   APPLY(KarnDSPFixpt::Fixpt, KarnDSPFixpt::Fixpt)
+
+/// Applies a macro to each triple of plain elements of filter (or template), input and output: one precision, and a
+/// complex output if either of the others is.
+#define ORVANE_FOR_PLAIN_TRIPLES(APPLY)                                \
+  APPLY(float, float, float)                                           \
+  APPLY(float, std::complex<float>, std::complex<float>)               \
+  APPLY(std::complex<float>, float, std::complex<float>)               \
+  APPLY(std::complex<float>, std::complex<float>, std::complex<float>) \
+  APPLY(double, double, double)                                        \
+  APPLY(double, std::complex<double>, std::complex<double>)            \
+  APPLY(std::complex<double>, double, std::complex<double>)            \
+  APPLY(std::complex<double>, std::complex<double>, std::complex<double>)

@@ -51,8 +51,7 @@ class ConvolutionJob {
     checkArray("output", output, geometry.outputExtents);
     checkDisjoint(input, output);
     bind(const_cast<UT*>(input.data()), output.data());  // the front only reads it
-    front->computeOutputs();
-    throwMessages(host);
+    runFront(*front, host);
   }
 
   void setFilter(ArrayView<const HT> newFilter) {

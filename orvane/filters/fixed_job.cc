@@ -39,8 +39,7 @@ void FixedFilterJob::run(const FixedView& newInput, const MutableFixedView& newO
   checkDisjoint(newInput.data(), bytesOf(newInput), newOutput.data(), bytesOf(newOutput));
   input->setValPtr(const_cast<void*>(newInput.data()));  // the front only reads it
   output->setValPtr(newOutput.data());
-  front->computeOutputs();
-  throwMessages(getHost());
+  runFront(*front, getHost());
 }
 
 FixedArray FixedFilterJob::run(const FixedView& newInput) {

@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "orvane/convcorr/zd_filter_loader.h"
 #include "orvane/host/reference_host.h"
 
 /// What the objects of this API share: each holds one job, made of a front of the library and what that borrows.
@@ -16,6 +17,18 @@ inline void throwMessages(ReferenceHost& host) {
   for (const std::string& message : host.getMessages()) text += (text.empty() ? "" : "; ") + message;
   host.getAdaptor()->clearMessages();
   throw std::runtime_error(text);
+}
+
+/// Runs `front`, of `host`; throws `std::runtime_error` if the host was told anything or a vendor's function failed.
+template <class Front>
+void runFront(Front& front, ReferenceHost& host) {
+  ZdLoader::takeBadStatus(ZdFilterLoader::clientTag);  // of somebody else's run
+  front.computeOutputs();
+  if (const IppStatus status = ZdLoader::takeBadStatus(ZdFilterLoader::clientTag); status != 0) {
+    throw std::runtime_error("vendor filter function: error status " + std::to_string(status) +
+                             "; the output is not valid");
+  }
+  throwMessages(host);
 }
 
 /// The object behind `job`; throws `std::logic_error`, which calls it `what`, if it was moved from.

@@ -47,7 +47,6 @@ class MatchJob {
     if (searcher) findBest(image, match);
     if (mapper) invoke(*mapper, image, &match.map, nullptr);
     match.regionValid = regionIsValid;
-    throwMessages(elements.getHost());
     return match;
   }
 
@@ -88,7 +87,7 @@ class MatchJob {
     // The front only reads the image.
     front.updateInputPointers(const_cast<void*>(static_cast<const void*>(image.data())), pattern.data());
     front.updateOutputPointers(dataOf(map), nullptr, dataOf(block), nullptr, nullptr);
-    front.computeOutputs();
+    runFront(front, elements.getHost());
   }
 
   void findBest(const ImageView& image, Result& match) {

@@ -26,8 +26,7 @@ class MedianJob {
     checkArray("output", output, geometry.outputExtents);
     checkDisjoint(input, output);
     bind(const_cast<T*>(input.data()), output.data());  // the front only reads it
-    front.computeOutputs();
-    throwMessages(host);
+    runFront(front, host);
   }
 
   void setPadValue(T value) { padValue = value; }

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <complex>
 #include <memory>
 
 #include "orvane/algorithm/algorithm.h"
 #include "orvane/core/allocator_tolk.h"
 #include "orvane/core/any_bp.h"
 #include "orvane/core/clever_ptr.h"
+#include "orvane/core/element_pairs.h"
 #include "orvane/exec/kernel.h"
 #include "orvane/input/input.h"
 #include "orvane/input/output.h"
@@ -143,16 +143,9 @@ class ORVANE_API TemplateMatching : public AnyTemplateMatching {
 };
 
 /// Applies a macro to the ten rows of element types: template, image, scores.
-#define ORVANE_FOR_MATCHING_ROWS(APPLY)                                   \
-  APPLY(float, float, float)                                              \
-  APPLY(float, std::complex<float>, std::complex<float>)                  \
-  APPLY(std::complex<float>, float, std::complex<float>)                  \
-  APPLY(std::complex<float>, std::complex<float>, std::complex<float>)    \
-  APPLY(double, double, double)                                           \
-  APPLY(double, std::complex<double>, std::complex<double>)               \
-  APPLY(std::complex<double>, double, std::complex<double>)               \
-  APPLY(std::complex<double>, std::complex<double>, std::complex<double>) \
-  APPLY(bool, bool, KarnDSPFixpt::Fixpt)                                  \
+#define ORVANE_FOR_MATCHING_ROWS(APPLY)  \
+  ORVANE_FOR_PLAIN_TRIPLES(APPLY)        \
+  APPLY(bool, bool, KarnDSPFixpt::Fixpt) \
   APPLY(KarnDSPFixpt::Fixpt, KarnDSPFixpt::Fixpt, KarnDSPFixpt::Fixpt)
 
 #define ORVANE_DECLARE(HT, UT, YT) extern template class TemplateMatching<HT, UT, YT, AllocatorTolk>;

@@ -9,10 +9,12 @@
 namespace BP {
 
 template <class HT, class UT, class YT>
+template <class RegisterT>
 TemplateMatchingTolk<HT, UT, YT>::TemplateMatchingTolk(brekk::BrekkAdaptorTolk* adaptor, int hCount, int* hHost,
                                                        int uCount, int* uHost, PadTypeEnum pad, OutputModeEnum outMode,
                                                        AlgorithmModeEnum algorithm, TMModeEnum mode, bool varSize,
-                                                       bool withRoi, bool withRoiValid, SearchMethodEnum search)
+                                                       bool withRoi, bool withRoiValid, SearchMethodEnum search,
+                                                       RegisterT&& registerTypes)
     : BlockProcTolkCache(adaptor),
       outputMode(outMode),
       algorithmMode(algorithm),
@@ -22,8 +24,17 @@ TemplateMatchingTolk<HT, UT, YT>::TemplateMatchingTolk(brekk::BrekkAdaptorTolk* 
       roiValidEnabled(withRoiValid),
       searchMethod(search),
       padType(pad) {
+  registerTypes(*allocator);
   constructTemplateMatching(hCount, hHost, uCount, uHost);
 }
+
+template <class HT, class UT, class YT>
+TemplateMatchingTolk<HT, UT, YT>::TemplateMatchingTolk(brekk::BrekkAdaptorTolk* adaptor, int hCount, int* hHost,
+                                                       int uCount, int* uHost, PadTypeEnum pad, OutputModeEnum outMode,
+                                                       AlgorithmModeEnum algorithm, TMModeEnum mode, bool varSize,
+                                                       bool withRoi, bool withRoiValid, SearchMethodEnum search)
+    : TemplateMatchingTolk(adaptor, hCount, hHost, uCount, uHost, pad, outMode, algorithm, mode, varSize, withRoi,
+                           withRoiValid, search, [](AllocatorTolk& /*plain elements have no types*/) {}) {}
 
 template <class HT, class UT, class YT>
 TemplateMatchingTolk<HT, UT, YT>::TemplateMatchingTolk(brekk::BrekkAdaptorTolk* adaptor, int hCount, int* hHost,
@@ -32,24 +43,17 @@ TemplateMatchingTolk<HT, UT, YT>::TemplateMatchingTolk(brekk::BrekkAdaptorTolk* 
                                                        bool withRoi, bool withRoiValid, SearchMethodEnum search,
                                                        const Handle& accumulator, const Handle& input,
                                                        const Handle& output, const Handle& filter)
-    : BlockProcTolkCache(adaptor),
-      outputMode(outMode),
-      algorithmMode(algorithm),
-      tmMode(mode),
-      isVarSize(varSize),
-      roiEnabled(withRoi),
-      roiValidEnabled(withRoiValid),
-      searchMethod(search),
-      padType(pad) {
-  allocator->registerTypeName("accumulator", accumulator);
-  allocator->registerTypeName("input", input);
-  allocator->registerTypeName("output", output);
-  allocator->registerTypeName("filter", filter);
-  allocator->registerTypeName(
-      "uint8", Handle(8, 0, 8, 0, 8, 0, adaptor, fxpModeOverflow_tag(0), fxpModeRounding_tag(3), false, false, "uint8",
-                      "Product output", "Accumulator", KarnSimCommon::overrideDType(2)));
-  constructTemplateMatching(hCount, hHost, uCount, uHost);
-}
+    : TemplateMatchingTolk(
+          adaptor, hCount, hHost, uCount, uHost, pad, outMode, algorithm, mode, varSize, withRoi, withRoiValid, search,
+          [&](AllocatorTolk& roles) {
+            roles.registerTypeName("accumulator", accumulator);
+            roles.registerTypeName("input", input);
+            roles.registerTypeName("output", output);
+            roles.registerTypeName("filter", filter);
+            roles.registerTypeName(
+                "uint8", Handle(8, 0, 8, 0, 8, 0, adaptor, fxpModeOverflow_tag(0), fxpModeRounding_tag(3), false, false,
+                                "uint8", "Product output", "Accumulator", KarnSimCommon::overrideDType(2)));
+          }) {}
 
 template <class HT, class UT, class YT>
 void TemplateMatchingTolk<HT, UT, YT>::constructTemplateMatching(int hCount, int* hHost, int uCount, int* uHost) {

@@ -65,6 +65,11 @@ class ORVANE_API TemplateMatchingTolk : public BlockProcTolkCache {
   AllocatorTolk& getAllocator() { return *allocator; }
 
  private:
+  template <class RegisterT>
+  TemplateMatchingTolk(brekk::BrekkAdaptorTolk* adaptor, int hNumDims, int* hDims, int uNumDims, int* uDims,
+                       PadTypeEnum padType, OutputModeEnum outputMode, AlgorithmModeEnum algorithmMode,
+                       TMModeEnum tmMode, bool isVarSize, bool roiEnabled, bool roiValidEnabled,
+                       SearchMethodEnum searchMethod, RegisterT&& registerTypes);
   void constructTemplateMatching(int hCount, int* hHost, int uCount, int* uHost);
   void assignPad();
   void forwardFinish();

@@ -2,6 +2,8 @@
 
 #include <dlfcn.h>
 
+#include <map>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -9,6 +11,11 @@ namespace {
 std::vector<void*>& libraries() {
   static std::vector<void*> handles;
   return handles;
+}
+
+std::map<client_tag, IppStatus>& badStatuses() {
+  static thread_local std::map<client_tag, IppStatus> statuses;
+  return statuses;
 }
 
 }  // namespace
@@ -22,9 +29,11 @@ void* ZdLoader::getMethodPointer(const char* name) const {
   return nullptr;
 }
 
-void ZdLoader::zdCheckStatus(IppStatus status) {
-  if (status < 0) lastBadStatus_ = status;
+void ZdLoader::zdCheckStatus(IppStatus status) const {
+  if (status < 0) badStatuses()[client_] = status;
 }
+
+IppStatus ZdLoader::takeBadStatus(client_tag client) { return std::exchange(badStatuses()[client], 0); }
 
 std::string ZdLoader::addLibrary(const std::string& path) {
   void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);

@@ -24,7 +24,7 @@ struct IppiPoint {
 /// Says which client a loader serves.
 using client_tag = int;
 
-/// Looks functions up by name in shared libraries that the application has named, and keeps the last bad status.
+/// Looks functions up by name in shared libraries that the application has named, and reports bad statuses to a client.
 ///
 /// The list of libraries belongs to the process: name them before the first filter is made, from one thread. With
 /// no library named every lookup fails, which is an ordinary state: the library then uses its own code.
@@ -35,12 +35,12 @@ class ORVANE_API ZdLoader {
   /// Address of the function `name` in the first named library that has it; null if none has.
   void* getMethodPointer(const char* name) const;
 
-  /// Takes note of `status` if it is an error (negative).
-  void zdCheckStatus(IppStatus status);
+  /// Reports `status` to the loader's client, if it is an error (negative).
+  void zdCheckStatus(IppStatus status) const;
 
-  /// The last error that `zdCheckStatus` was given; 0 if there was none.
-  IppStatus lastBadStatus() const { return lastBadStatus_; }
-  client_tag client() const { return client_; }
+  /// The last error that was reported to `client` on this thread; 0 if there was none since the last such question.
+  /// Vendor functions run on the thread that runs the filter, so who asks there learns of the own run.
+  static IppStatus takeBadStatus(client_tag client);
 
   /// Adds a shared library to those searched, behind the ones before. Returns an empty text, or what went wrong.
   static std::string addLibrary(const std::string& path);
@@ -49,5 +49,4 @@ class ORVANE_API ZdLoader {
 
  private:
   client_tag client_;
-  IppStatus lastBadStatus_ = 0;
 };

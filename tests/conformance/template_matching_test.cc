@@ -236,37 +236,30 @@ TEST(MatchingFront, PointersUpdatesAndVariableSizes) {
   EXPECT_EQ(front.getPadType(), PadTypeConstant);
 }
 
-TEST(MatchingFront, FixedPointLogsScoresAndProducts) {
-  ReferenceHost host;
-  const auto named = [&](const char* label) {
-    return KarnDSPFixpt::makeAttributes({.value = {6, 0, true},
-                                         .product = {6, 0, true},
-                                         .overflow = fxpOverflowSaturate,
-                                         .valueLabel = label,
-                                         .productLabel = std::string(label) + " product",
-                                         .adaptor = host.getAdaptor()});
-  };
-  const auto accumulator = named("accumulator"), input = named("input"), output = named("output"),
-             filter = named("filter");
-  int hDims[] = {2, 1}, uDims[] = {3, 1};
-  FixptLogMap log;
-  {
-    TemplateMatchingTolk<Fixpt, Fixpt, Fixpt> front(
-        host.getAdaptor(), 2, hDims, 2, uDims, PadTypeReplicate, OutputModeValid, AlgorithmModeConvolution,
-        TMModeMetric, false, false, false, SearchMethodExhaustive, accumulator, input, output, filter);
+/// Image 7.75, -4.25 and template 2.75, 1.25, with scores floored to whole numbers by every cast.
+TEST(MatchingFront, FixedPointDifferencesTakeTheirCastsInOrder) {
+  const auto scoreOf = [](AlgorithmModeEnum metric) {
+    ReferenceHost host;
+    const auto handle = [&](KarnDSPFixpt::FixptType type) {
+      return KarnDSPFixpt::makeAttributes(
+          {.value = type, .product = type, .rounding = fxpRoundFloor, .adaptor = host.getAdaptor()});
+    };
+    const auto exact = handle({8, 2, true}), whole = handle({8, 0, true});
+    int hDims[] = {2, 1}, uDims[] = {2, 1};
+    TemplateMatchingTolk<Fixpt, Fixpt, Fixpt> front(host.getAdaptor(), 2, hDims, 2, uDims, PadTypeReplicate,
+                                                    OutputModeValid, metric, TMModeMetric, false, false, false,
+                                                    SearchMethodExhaustive, whole, exact, whole, exact);
     host.provideWorkVectors(front.getAllocator());
-    front.setFixptLogMap(&log);
     FrontData<Fixpt> h, u, y;
-    auto* const scores = y.make({0, 0}, output);
-    front.setup(h.make({1, 7}, filter), u.make({3, 2, 30}, input), nullptr, scores, nullptr, 0, nullptr, nullptr,
+    auto* const scores = y.make({0}, whole);
+    front.setup(h.make({11, 5}, exact), u.make({31, -17}, exact), nullptr, scores, nullptr, 0, nullptr, nullptr,
                 nullptr, nullptr, false);
     front.computeOutputs();
-    EXPECT_EQ(y.read<double>(), (std::vector<double>{3 * 7 + 2, 31})) << "14 + 30 saturates";
-  }
-  EXPECT_EQ(log.at("input product")->getLogStruct()->casts, 4u);
-  EXPECT_EQ(log.at("accumulator")->getLogStruct()->overflows, 1u);
-  EXPECT_EQ(log.at("output")->getLogStruct()->casts, 2u);
-  EXPECT_FALSE(log.contains("filter product"));
+    return y.read<double>().at(0);
+  };
+  EXPECT_EQ(scoreOf(AlgorithmModeSAD), 4 + 5) << "7 - 2.75 and 1 + 4.25: the greater one is cast, then the difference";
+  EXPECT_EQ(scoreOf(AlgorithmModeSSD), 16 + 49) << "7 - 2.75 and -5 - 1.25";
+  EXPECT_EQ(scoreOf(AlgorithmModeMaxAD), 6) << "7 - 2 and 1 + 5: both are cast ahead of all else";
 }
 
 }  // namespace

@@ -271,20 +271,6 @@ TEST(FixptMedianTest, ComplexElementsAreRankedByMagnitude) {
   EXPECT_EQ(y->imaginaryToDouble(), -4);
 }
 
-TEST(FixptMedianTest, TheEndMergesStatisticsOfTheOutputAlone) {
-  using KarnDSPFixpt::makeAttributes;
-  const Types types{makeAttributes({.valueLabel = "in"}), makeAttributes({.value = {4, 0}, .valueLabel = "out"}),
-                    makeAttributes({.valueLabel = "acc"})};
-  FixptLogMap map;
-  Bench<Fixpt> bench({{1, 1}, {3, 1}, {}, {1, 50, -60}}, false, &types);
-  bench.front->setFixptLogMap(&map);
-  bench.front->computeOutputs();
-  EXPECT_TRUE(map.empty());
-  bench.front->setup(setupFinish);
-  ASSERT_EQ(map.size(), 1U);
-  EXPECT_EQ(map.begin()->first, "out");
-}
-
 TEST(MedianFrontTest, AWindowMayShrinkAndGrowWithinItsStoreOnly) {
   Problem<double, double, double> p{{3, 2}, {4, 3}, {}, {}, 0, OutputModeSame, {}, {}, PadTypeSymmetric};
   for (int i = 0; i < 12; ++i) p.u.push_back((i * 7) % 12);

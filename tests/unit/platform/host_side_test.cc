@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <thread>
 
 #include "orvane/platform/brekk_tolk.h"
 #include "orvane/platform/libqv.h"
@@ -52,11 +53,14 @@ TEST(ZdLoaderTest, FindsFunctionsOnlyInNamedLibraries) {
   EXPECT_EQ(loader.getMethodPointer("cos"), nullptr);
 }
 
-TEST(ZdLoaderTest, KeepsTheLastBadStatus) {
-  ZdLoader loader(1);
-  EXPECT_EQ(loader.lastBadStatus(), 0);
+TEST(ZdLoaderTest, ReportsTheLastBadStatusOnceToItsOwnClientAndThread) {
+  const ZdLoader loader(1);
+  EXPECT_EQ(ZdLoader::takeBadStatus(1), 0);
   for (const IppStatus status : {-8, -6, 0, 2}) loader.zdCheckStatus(status);
-  EXPECT_EQ(loader.lastBadStatus(), -6);
+  EXPECT_EQ(ZdLoader::takeBadStatus(2), 0);
+  std::thread([] { EXPECT_EQ(ZdLoader::takeBadStatus(1), 0); }).join();
+  EXPECT_EQ(ZdLoader::takeBadStatus(1), -6);
+  EXPECT_EQ(ZdLoader::takeBadStatus(1), 0);
 }
 
 }  // namespace
