@@ -39,7 +39,7 @@ TEST(FixedConvolutionTest, EqualsIntegerArithmeticAndCountsItsCasts) {
     for (std::size_t p = 0; p < actual.size(); ++p) {
       mpq_class sum;
       for (std::size_t i = 0; i < filter.size(); ++i) {
-        sum = accumulator(sum + product(mpq_class(input[p + i] * filter[i], 1 << (2 + 4))));
+        sum = accumulator(sum + product(mpq_class(input[p + i] * filter[i]) / (1 << (2 + 4))));
       }
       expected.push_back(output(sum));
     }
