@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "orvane/convcorr/zd_filter_loader.h"
 #include "orvane/filters/convolution.h"
-#include "orvane/platform/zdloader.h"
 
 int main(int count, char** arguments) {
   using namespace BP::filters;
@@ -13,7 +13,8 @@ int main(int count, char** arguments) {
 
   std::printf("own code %g\n", convolve(input, filter)[0]);
 
-  const std::string error = count < 2 ? "which library?" : ZdLoader::addLibrary(arguments[1]);
+  std::string error = count < 2 ? "which library?" : ZdLoader::addLibrary(arguments[1]);
+  if (error.empty() && !BP::ZdFilterLoader().getAllLoaded()) error = "it lacks one of the three functions";
   if (!error.empty()) {
     std::fprintf(stderr, "%s\n", error.c_str());
     return 1;

@@ -11,6 +11,7 @@
 #include "tool/npy_file.h"
 #include "tool/operations.h"
 #include "tool/png_file.h"
+#include "tool/samples.h"
 #include "tool/text.h"
 
 namespace BP::tool {
@@ -54,9 +55,19 @@ void tellArray(const Arguments& arguments, const Array& input, const FilteredArr
   tellFixed(arguments.out, result.fixedTable);
 }
 
+/// The elements of an array, or the samples of a grey picture whose sums are wanted as they are.
+Array readPlane(const std::string& path) {
+  if (isArrayName(path)) return readNpy(path);
+  const Image image = readPng(path);
+  if (image.channels == 1) return samplesOf(image);
+  throw std::runtime_error(inQuotes(path) + " has " + std::to_string(image.channels) +
+                           " channels; into an array go pictures of one, grey without alpha, or write a name that ends "
+                           "in .png");
+}
+
 void runOnArray(const Arguments& arguments, const FilterSettings& settings, const SampleScaling& scaling) {
   checkNpyName(arguments.out);
-  const Array input = readNpy(arguments.in);
+  const Array input = readPlane(arguments.in);
   const FilteredArray result = filterArray(input, settings, scaling);
   writeNpy(arguments.out, result.array);
   tellArray(arguments, input, result);
@@ -80,7 +91,8 @@ void runOnVolume(const MatrixArguments& arguments, const FilterSettings& setting
 
 void run(const Arguments& arguments, const FilterSettings& settings) {
   const SampleScaling scaling = scalingOf(arguments);
-  (isArrayName(arguments.in) ? runOnArray : runOnPicture)(arguments, settings, scaling);
+  const bool isArray = isArrayName(arguments.in) || isArrayName(arguments.out);
+  (isArray ? runOnArray : runOnPicture)(arguments, settings, scaling);
 }
 
 void addNumber(CLI::App& operation, const std::string& option, std::string& text, const std::string& meaning) {
@@ -90,6 +102,8 @@ void addNumber(CLI::App& operation, const std::string& option, std::string& text
 /// The options that come last, and the text below them.
 void addOutputOptions(CLI::App& operation, Arguments& arguments, const std::string& kernels, bool canNormalise,
                       const std::string& example) {
+  operation.get_option("OUT")->description(
+      "Picture or array to write, of the kind of IN, which it may be; or .npy of a grey picture");
   addFilterOptions(operation, arguments.filter, canNormalise);
   addNumber(operation, "--scale-output", arguments.scaleOutput, "Multiplies each sum; such as 1/2 for signed results");
   addNumber(operation, "--offset", arguments.offset, "Added to each scaled sum; such as 128 for signed results");
@@ -101,7 +115,9 @@ void addOutputOptions(CLI::App& operation, Arguments& arguments, const std::stri
       "beyond the edge by the\nrule of the pad, 0 with a constant one. Gamma, colour profile and texts are "
       "dropped.\nArrays have one dimension or two, the last axis going across. Floating-point and complex elements are "
       "summed in their\nprecision or in that of --type, which other elements need, and so are results: sum "
-      "* scale-output + offset.\nFixed point gives float64 or complex128.\nExample: orvane " +
+      "* scale-output + offset.\nFixed point gives float64 or complex128. Of a grey picture, an array has the sums "
+      "before they "
+      "are rounded to samples.\nExample: orvane " +
       example + "\n");
 }
 

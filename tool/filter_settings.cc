@@ -43,6 +43,11 @@ FixedSettings parseFixed(const std::string& text) {
           entries.at("filter")};
 }
 
+KernelTypes parseKernelTypes(const std::string& text) {
+  const FixedEntries entries = parseFixedEntries(text, {{"input", "filter"}, {}});
+  return {entries.at("input"), entries.at("filter"), entries.modes};
+}
+
 EdgeSettings parseEdges(const EdgeTexts& texts) {
   const Pad pad = parsePad(texts.pad);
   return {filterModeOf(parseMode(texts.mode)), padOf(pad.type), pad.value};

@@ -21,6 +21,13 @@ struct FixedSettings {
   filters::FixedType filter;
 };
 
+/// The types that a kernel is designed for.
+struct KernelTypes {
+  filters::FixedType input;
+  filters::FixedType filter;
+  filters::FixedModes modes;
+};
+
 /// Which positions have an output, and what is read beyond the edge.
 struct EdgeSettings {
   filters::OutputMode mode = filters::OutputMode::valid;
@@ -77,5 +84,8 @@ FilterSettings parseFilterTexts(const FilterTexts& texts, filters::Direction dir
 
 /// The types in a text such as "input=u8.0,filter=s16.14,accumulator=s40.14,output=u8.0,rounding=nearest".
 FixedSettings parseFixed(const std::string& text);
+
+/// The types in a text such as "input=u8.0,filter=s16.14,rounding=nearest".
+KernelTypes parseKernelTypes(const std::string& text);
 
 }  // namespace BP::tool

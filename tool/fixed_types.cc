@@ -79,10 +79,13 @@ FixedEntries parseFixedEntries(const std::string& text, const FixedRoleNames& ro
   return entries;
 }
 
+std::string modeNames() {
+  return "Rounding: " + namesOf(roundings, ", ") + ". Overflow: " + namesOf(overflows, ", ") + ".\n";
+}
+
 std::string fixedFooter(const std::string& example, const std::string& remarks) {
   return "Fixed point: TYPES are such as\n  " + example +
-         "\nA type such as s16.14 is signed and has 16 bits, 14 of them fraction. " + remarks +
-         ".\nRounding: " + namesOf(roundings, ", ") + ". Overflow: " + namesOf(overflows, ", ") + ".\n";
+         "\nA type such as s16.14 is signed and has 16 bits, 14 of them fraction. " + remarks + ".\n" + modeNames();
 }
 
 }  // namespace BP::tool

@@ -32,6 +32,9 @@ struct FixedRoleNames {
 /// is unknown, missing, given twice or without a meaning.
 FixedEntries parseFixedEntries(const std::string& text, const FixedRoleNames& roles);
 
+/// The modes of fixed point, a line for usage texts.
+std::string modeNames();
+
 /// What a usage text says about the option: an example, what there is to say about roles, modes.
 std::string fixedFooter(const std::string& example, const std::string& remarks);
 

@@ -66,6 +66,8 @@ int main(int count, char** arguments) {
     BP::tool::addConvolution(command);
     BP::tool::addMedian(command);
     BP::tool::addMatch(command);
+    BP::tool::addCompare(command);
+    BP::tool::addKernel(command);
     BP::tool::addChart(command);
     BP::tool::addPatch(command);
     BP::tool::addPlan(command);

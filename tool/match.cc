@@ -138,8 +138,14 @@ MatchResult findFixedMatch(const Array& image, const Array& pattern, const filte
   filters::FixedTemplateMatcher matcher(sought.values, in.values.extents(), types, options);
   MatchResult result = runMatcher(matcher, in.values, options, in.values.isComplex() || sought.values.isComplex());
   std::vector<filters::FixedStatistics> statistics = matcher.statistics();
-  statistics.insert(statistics.begin(), {in.statistics, sought.statistics});
-  result.fixedTable = fixedTable(statistics);
+  statistics.insert(statistics.end(), {in.statistics, sought.statistics});
+  const FixedRows rows{{"input", filters::toText(types.input)},
+                       {"template", filters::toText(settings.pattern)},
+                       {"product", textOrExact(types.product)},
+                       {"product sum", filters::toText(types.accumulator)},
+                       {"accumulator", filters::toText(types.accumulator)},
+                       {"output", filters::toText(types.output)}};
+  result.fixedTable = fixedTable(rows, statistics);
   result.rounded = in.rounded + sought.rounded;
   return result;
 }

@@ -10,6 +10,12 @@ namespace BP::tool {
 /// `convolve`, `correlate` and `separable`.
 void addConvolution(CLI::App& command);
 
+/// `compare`.
+void addCompare(CLI::App& command);
+
+/// `kernel`.
+void addKernel(CLI::App& command);
+
 /// `chart`.
 void addChart(CLI::App& command);
 

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <stdexcept>
+#include <utility>
 
 #include "orvane/filters/convolution.h"
 #include "tool/text.h"
@@ -47,12 +49,14 @@ PlaneFilter<T> shared(Filter filter) {
   };
 }
 
-/// As in "  accumulator      120          0 ...", columns of fixed width.
-std::string tableLine(const std::string& label, const std::string& casts, const std::string& overflows,
-                      const std::string& lossy, const std::string& least, const std::string& greatest) {
+/// As in "  accumulator     s40.14           120           0 ...", columns of fixed width.
+std::string tableLine(const std::string& label, const std::string& type, const std::string& casts,
+                      const std::string& overflows, const std::string& lossy, const std::string& least,
+                      const std::string& greatest) {
   std::string line(200, '\0');
-  const int length = std::snprintf(line.data(), line.size(), "  %-15s %14s %14s %14s %14s %14s\n", label.c_str(),
-                                   casts.c_str(), overflows.c_str(), lossy.c_str(), least.c_str(), greatest.c_str());
+  const int length =
+      std::snprintf(line.data(), line.size(), "  %-15s %-7s %12s %12s %12s %14s %14s\n", label.c_str(), type.c_str(),
+                    casts.c_str(), overflows.c_str(), lossy.c_str(), least.c_str(), greatest.c_str());
   line.resize(static_cast<std::size_t>(length));
   return line;
 }
@@ -90,6 +94,15 @@ FixedPlaneFilter::FixedPlaneFilter(const FilterSettings& chosen, const Extents& 
   filters::FixedTypes types = chosen.fixed->types;
   types.inputIsComplex = isComplex;
   const filters::FixedType& filterType = chosen.fixed->filter;
+  rows = {{"input", filters::toText(types.input)},
+          {"filter", filters::toText(filterType)},
+          {"filter product", "exact"},
+          {"product", textOrExact(types.product)},
+          {"product sum", filters::toText(types.accumulator)},
+          {"second product", "exact"},
+          {"accumulator", filters::toText(types.accumulator)},
+          {"sqrt", textOrExact(types.sqrt)},
+          {"output", filters::toText(types.output)}};
   const Kernel& kernel = chosen.kernels.front();
   if (chosen.isSeparable()) {
     const Kernel& column = chosen.kernels.back();
@@ -103,7 +116,9 @@ FixedPlaneFilter::FixedPlaneFilter(const FilterSettings& chosen, const Extents& 
 }
 
 FixedPlaneFilter::FixedPlaneFilter(filters::FixedMedian median, const filters::FixedMedianTypes& types)
-    : inputType(types.input), modes(types.modes) {
+    : rows{{"input", filters::toText(types.input)}, {"output", filters::toText(types.output.value_or(types.input))}},
+      inputType(types.input),
+      modes(types.modes) {
   hold(std::move(median));
 }
 
@@ -127,16 +142,21 @@ template filters::Array<std::complex<double>> FixedPlaneFilter::run(filters::Arr
 
 std::string FixedPlaneFilter::table() const {
   std::vector<filters::FixedStatistics> all = statistics();
-  all.insert(all.begin(), {inputStatistics, filterStatistics});
-  return fixedTable(all);
+  all.insert(all.end(), {inputStatistics, filterStatistics});
+  return fixedTable(rows, all);
 }
 
-std::string fixedTable(const std::vector<filters::FixedStatistics>& all) {
-  std::string table = tableLine("label", "casts", "overflows", "lossy", "least", "greatest");
-  for (const filters::FixedStatistics& line : all) {
-    if (line.casts == 0) continue;
-    table += tableLine(line.label, std::to_string(line.casts), std::to_string(line.overflows),
-                       std::to_string(line.lossy), numberText(line.minimum), numberText(line.maximum));
+std::string textOrExact(const std::optional<filters::FixedType>& type) {
+  return type ? filters::toText(*type) : "exact";
+}
+
+std::string fixedTable(const FixedRows& rows, const std::vector<filters::FixedStatistics>& all) {
+  std::string table = tableLine("label", "type", "casts", "overflows", "lossy", "least", "greatest");
+  for (const auto& [label, type] : rows) {
+    const auto line = std::ranges::find(all, label, &filters::FixedStatistics::label);
+    if (line == all.end() || line->casts == 0) continue;
+    table += tableLine(label, type, std::to_string(line->casts), std::to_string(line->overflows),
+                       std::to_string(line->lossy), numberText(line->minimum), numberText(line->maximum));
   }
   return table;
 }

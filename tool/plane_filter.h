@@ -2,7 +2,9 @@
 
 #include <complex>
 #include <functional>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "orvane/filters/array.h"
@@ -22,8 +24,15 @@ using PlaneFilter = std::function<filters::Array<T>(filters::ArrayView<const T>)
 template <class T>
 PlaneFilter<T> makePlaneFilter(const FilterSettings& settings, const filters::Extents& extents);
 
-/// A line for each label with a cast: casts, overflows, lossy roundings, least and greatest value; a head above.
-std::string fixedTable(const std::vector<filters::FixedStatistics>& all);
+/// Labels and what to say of the types of their values, in the order in which these pass through a filter.
+using FixedRows = std::vector<std::pair<std::string, std::string>>;
+
+/// A line for each of `rows` that has a cast: its type, casts, overflows, lossy roundings, least and greatest value; a
+/// head above.
+std::string fixedTable(const FixedRows& rows, const std::vector<filters::FixedStatistics>& all);
+
+/// The type as it is written, or "exact" without one.
+std::string textOrExact(const std::optional<filters::FixedType>& type);
 
 /// A filter in fixed point, and what has happened to its values by label.
 class FixedPlaneFilter {
@@ -46,6 +55,7 @@ class FixedPlaneFilter {
   void hold(Filter made);
   filters::FixedArray cast(const Kernel& kernel, const filters::Extents& extents, const filters::FixedType& type);
 
+  FixedRows rows;
   filters::FixedType inputType;
   filters::FixedModes modes;
   filters::FixedStatistics inputStatistics{.label = "input"};

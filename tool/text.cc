@@ -88,4 +88,11 @@ std::string numberText(double value) {
   return {buffer.data(), result.ptr};
 }
 
+std::string roundedText(double value, int digits) {
+  std::array<char, 400> buffer{};
+  const auto result =
+      std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::general, digits);
+  return {buffer.data(), result.ptr};
+}
+
 }  // namespace BP::tool

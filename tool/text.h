@@ -29,4 +29,7 @@ int parseWhole(std::string_view text, int least, int greatest, const std::string
 /// The shortest text that reads back as `value`.
 std::string numberText(double value);
 
+/// `value` with so many significant digits, or fewer where it ends earlier.
+std::string roundedText(double value, int digits);
+
 }  // namespace BP::tool

@@ -3,6 +3,7 @@
 // Bodies of conv_corr_algorithm.h, which includes this file.
 
 #include <algorithm>
+#include <cstdint>
 
 namespace BP {
 
@@ -97,36 +98,39 @@ template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT
 void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise>::makeReversedFilter() {
   this->filter->computeStrides();
   reversedFilter.release();
-  reversedCapacity = this->filter->getNumElements();
+  reversedCapacity = std::max(this->filter->getNumElements(), 0);
   this->allocator->allocateArray(reversedFilter, reversedCapacity, "filter");
 }
 
-/// The filter as the functions, which flip it, need it; null if they cannot have it. Of more than one plane the first
-/// counts, which is the last one of the reversed filter.
+/// The filter as the functions, which flip it, need it, its first plane if it has more; null if they cannot have it.
 template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
 const HT* ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise>::vendorKernel() {
   const HT* const h = this->filter->getData().ptr;
-  const int count = this->filter->getNumElements();
-  const int* const dims = this->filter->getDims().ptr;
+  const std::int64_t count = elementCount(2, this->filter->getDims().ptr);
   if (count < 1 || (flipFilter == 0 && count > reversedCapacity)) return nullptr;
   if constexpr (flipFilter != 0) return h;
   std::reverse_copy(h, h + count, reversedFilter.ptr);
-  return reversedFilter.ptr + (count - dims[0] * dims[1]);
+  return reversedFilter.ptr;
 }
 
 template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
 bool ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise>::runWholeSector(
     const InsideSector& sector, Out& result) requires(usesVendor) {
+  if (!loader.getAllLoaded()) return false;
   const auto& u = this->input->getBlock();
   const auto& y = result.getBlock();
   const int uPitch = u.getDims().ptr[0], yPitch = y.getDims().ptr[0];
-  if (!loader.getAllLoaded() || std::max(uPitch, yPitch) > ZdFilterLoader::mostPitch) return false;
-  const HT* const kernel = vendorKernel();
-  if (kernel == nullptr) return false;
+  if (std::max(uPitch, yPitch) > ZdFilterLoader::mostPitch) return false;
   const int *const s = sector.getStart().ptr, *const e = sector.getEnd().ptr;
   const int *const hLoc = this->filter->getLoc().ptr, *const hDims = this->filter->getDims().ptr;
-  const int hCentre[] = {-hLoc[0], -hLoc[1]};
-  const int offset[] = {u.getOrigin().ptr[0] - y.getOrigin().ptr[0], u.getOrigin().ptr[1] - y.getOrigin().ptr[1]};
+  int hCentre[2], offset[2];
+  for (int d = 0; d < 2; ++d) {
+    hCentre[d] = -hLoc[d];
+    if (hCentre[d] < 0 || hCentre[d] >= hDims[d]) return false;
+    offset[d] = u.getOrigin().ptr[d] - y.getOrigin().ptr[d];
+  }
+  const HT* const kernel = vendorKernel();
+  if (kernel == nullptr) return false;
   loader.filter(kernel, hDims, hCentre, u.getData().ptr + (s[0] + uPitch * s[1]), uPitch,
                 y.getData().ptr + (s[0] + offset[0] + yPitch * (s[1] + offset[1])), yPitch,
                 {e[0] - s[0] + 1, e[1] - s[1] + 1});

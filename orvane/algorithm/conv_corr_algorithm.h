@@ -67,7 +67,8 @@ class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT,
   }
 
   /// Has the vendor's functions compute all outputs of `sector`; false, and nothing done, if they cannot: they are not
-  /// there, a row is too long for them, or the filter is empty or has outgrown the room for its reversal.
+  /// there, a row is too long for them, the filter's centre lies outside it, or it has outgrown the room for its
+  /// reversal.
   bool runWholeSector(const InsideSector& sector, Out& result) requires(usesVendor);
 
   /// filterNorm := square root of the filter's energy.

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "orvane/platform/export.h"
 #include "orvane/platform/zdloader.h"
 
 namespace BP {
@@ -13,7 +14,7 @@ namespace BP {
 /// for all p of a rectangle whose windows lie in the input. They are looked up once, by name, in the libraries that the
 /// application has named (see `ZdLoader::addLibrary`). They promise no order of the sum and no bits. It is all or
 /// nothing: without one of the functions none is used, also where it would not be needed.
-class ZdFilterLoader : public ZdLoader {
+class ORVANE_API ZdFilterLoader : public ZdLoader {
  public:
   /// The client that bad statuses are reported to.
   static constexpr client_tag clientTag = 1;

@@ -80,8 +80,11 @@ void WindowFront<UT, YT>::start(UT* input, YT* output, const void* newPadValue, 
 
 template <class UT, class YT>
 void WindowFront<UT, YT>::computeOutputs() {
-  assignPad();
-  if (isVarSize) setup(setupResize);
+  if (isVarSize) {
+    setup(setupResize);
+  } else {
+    assignPad();  // before new extents are known, a separable filter's pad value could not be worked out
+  }
   processor->invoke();
 }
 

@@ -47,7 +47,8 @@ ORVANE_API Extents outputExtents(const Extents& input, const Extents& filter, Ou
 /// `std::logic_error` when it is used, until something is assigned to it.
 ///
 /// Bad arguments throw `std::invalid_argument` that names the argument, its value and what is allowed, and change
-/// nothing. Messages of the filters behind, of which none is known to occur, throw `std::runtime_error`.
+/// nothing. Messages of the filters behind, of which none is known to occur, and errors of a vendor's functions throw
+/// `std::runtime_error`.
 template <class UT, class HT>
 class ORVANE_API ConvolutionRunner {
  public:
@@ -83,7 +84,8 @@ class ORVANE_API ConvolutionRunner {
 /// with j running over the filter's extents, f over its elements from the last to the first for convolution and from
 /// the first to the last for correlation; optionally normalised (see `ConvolutionOptions` for all choices and for the
 /// edge rules). Each output is one sum in this order, with one rounding for each multiplication and addition, in the
-/// output's own type: the same bits on every machine.
+/// output's own type: the same bits on every machine, unless the application has named a vendor's library (see
+/// `ZdLoader`).
 ///
 /// UT and HT, the element types of input and filter, are `float` or `double` or their complex types, of one precision.
 /// Ranks are 1 or 2. Indices are signed 32-bit numbers inside, so there are at most 2^31 - 1 elements in each array,

@@ -15,7 +15,7 @@ namespace BP::filters {
 ///
 /// with j running over the filter's elements in the order of memory, dimension 0 fastest: one sum in this order, with
 /// one rounding for each multiplication and addition, in T: the same bits on every machine, and for ranks 1 and 2 those
-/// of `Convolution` with `Direction::correlation`. T is `float` or `double`.
+/// of `Convolution` with `Direction::correlation` in its own code. T is `float` or `double`.
 ///
 /// One object is one job: make it once, run it for each input. It keeps a copy of the filter, allocates nothing in a
 /// run, and serves one thread at a time; different objects share nothing. It can be moved, and then only assigned to or

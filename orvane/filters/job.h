@@ -10,25 +10,24 @@
 /// What the objects of this API share: each holds one job, made of a front of the library and what that borrows.
 namespace BP::filters::detail {
 
-/// Throws what the host was told, if it was told anything, as one `std::runtime_error`, and forgets it.
-inline void throwMessages(ReferenceHost& host) {
-  if (host.getMessages().empty()) return;
-  std::string text;
+/// Throws what the host was told, behind `text`, as one `std::runtime_error`, if there is anything; the host forgets
+/// it.
+inline void throwMessages(ReferenceHost& host, std::string text = {}) {
   for (const std::string& message : host.getMessages()) text += (text.empty() ? "" : "; ") + message;
   host.getAdaptor()->clearMessages();
-  throw std::runtime_error(text);
+  if (!text.empty()) throw std::runtime_error(text);
 }
 
-/// Runs `front`, of `host`; throws `std::runtime_error` if the host was told anything or a vendor's function failed.
+/// Runs `front`, of `host`; throws `std::runtime_error` if the host was told anything or a vendor's function failed. A
+/// bad status that somebody else's run left on this thread is dropped.
 template <class Front>
 void runFront(Front& front, ReferenceHost& host) {
-  ZdLoader::takeBadStatus(ZdFilterLoader::clientTag);  // of somebody else's run
+  ZdLoader::takeBadStatus(ZdFilterLoader::clientTag);
   front.computeOutputs();
-  if (const IppStatus status = ZdLoader::takeBadStatus(ZdFilterLoader::clientTag); status != 0) {
-    throw std::runtime_error("vendor filter function: error status " + std::to_string(status) +
-                             "; the output is not valid");
-  }
-  throwMessages(host);
+  const IppStatus status = ZdLoader::takeBadStatus(ZdFilterLoader::clientTag);
+  throwMessages(host, status == 0 ? ""
+                                  : "vendor filter function: error status " + std::to_string(status) +
+                                        "; the output is not valid");
 }
 
 /// The object behind `job`; throws `std::logic_error`, which calls it `what`, if it was moved from.

@@ -106,8 +106,9 @@ class PlainMatchElements;
 /// score that is NaN is passed over, unless it is that of the very first position, where it stays.
 ///
 /// Scores are summed in their own type, element by element in the order of the template, each operation rounded once:
-/// the same bits on every machine. A three-step search with a mode other than `valid` can end at a position that is
-/// none of the mode; the score is then that of the position where it ended, 0 if the template does not fit there.
+/// the same bits on every machine, unless the application has named a vendor's library (see `ZdLoader`). A three-step
+/// search with a mode other than `valid` can end at a position that is none of the mode; the score is then that of the
+/// position where it ended, 0 if the template does not fit there.
 ///
 /// UT and HT, the element types of image and template, are `float` or `double` or their complex types, of one
 /// precision, or both `bool`. Rank is 2: a line is an image of height 1. Indices are signed 32-bit numbers inside, so
@@ -118,7 +119,7 @@ class PlainMatchElements;
 /// One object is one job: make it once, run it for each image. It keeps a copy of the template. One thread at a time;
 /// different objects share nothing. It can be moved; one that was moved from throws `std::logic_error` when it is used,
 /// until something is assigned to it. Bad arguments throw `std::invalid_argument` that names the argument, its value
-/// and what is allowed, and change nothing.
+/// and what is allowed, and change nothing. Errors of a vendor's functions throw `std::runtime_error`.
 template <class UT, class HT = UT>
 class ORVANE_API TemplateMatcher {
  public:

@@ -36,6 +36,7 @@ void ZdLoader::zdCheckStatus(IppStatus status) const {
 IppStatus ZdLoader::takeBadStatus(client_tag client) { return std::exchange(badStatuses()[client], 0); }
 
 std::string ZdLoader::addLibrary(const std::string& path) {
+  if (path.empty()) return "the name of the library is empty";
   void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) return dlerror();
   libraries().push_back(library);

@@ -26,8 +26,9 @@ using client_tag = int;
 
 /// Looks functions up by name in shared libraries that the application has named, and reports bad statuses to a client.
 ///
-/// The list of libraries belongs to the process: name them before the first filter is made, from one thread. With
-/// no library named every lookup fails, which is an ordinary state: the library then uses its own code.
+/// The list of libraries belongs to the process: change it only while no other thread changes it or makes a filter. A
+/// filter stays with what was found when it was made. With no library named every lookup fails, which is an ordinary
+/// state: the library then uses its own code.
 class ORVANE_API ZdLoader {
  public:
   explicit ZdLoader(client_tag client);
@@ -42,7 +43,8 @@ class ORVANE_API ZdLoader {
   /// Vendor functions run on the thread that runs the filter, so who asks there learns of the own run.
   static IppStatus takeBadStatus(client_tag client);
 
-  /// Adds a shared library to those searched, behind the ones before. Returns an empty text, or what went wrong.
+  /// Adds a shared library to those searched, behind the ones before; a name without a slash is looked for where the
+  /// system looks for libraries. Returns an empty text, or what went wrong. What it holds is not looked at.
   static std::string addLibrary(const std::string& path);
   /// Forgets all named libraries; those already handed out stay loaded, so that their functions stay callable.
   static void clearLibraries();

@@ -180,6 +180,15 @@ TEST(ConvCorrFront, AnIntermediateThatOutgrowsItsArrayIsNotComputed) {
   EXPECT_EQ(bench.run(16)[0], 4.0);
 }
 
+TEST(ConvCorrFront, AShrunkSeparableFilterIsReadNoFurther) {  // the address sanitizer is the judge
+  const Problem<double, double, double> p{{4, 1}, {4, 2}, {1, 2, 3, 4}, std::vector<double>(8, 1), 5, OutputModeSame};
+  Bench<double, double, double> bench(p, true, {1, 1});
+  std::vector<double> column{2};
+  bench.front->tune(column.data(), nullptr, nullptr);
+  bench.hDims[0] = 1;
+  EXPECT_EQ(bench.run(8), (std::vector<double>{4, 4, 4, 4, 12, 12, 12, 12}));
+}
+
 TEST(ConvCorrFront, PassesAndStages) {
   Problem<double, double, double> p{{3, 1}, {4, 2}, {1, 2, 3}, {1, 2, 3, 4, 5, 6, 7, 8}, 10, OutputModeSame};
   Bench<double, double, double> plain(p), separable(p, false, {1});

@@ -12,13 +12,13 @@ class ArgumentsTest(RefusalCase):
 
     def test_operations_and_options(self):
         for arguments, *words in (
-            (["blur", "in.png", "old.png"], "'blur'", "convolve, correlate, separable, median, match, chart, patch, plan"),
+            (["blur", "in.png", "old.png"], "'blur'", "convolve, correlate, separable, median, match, compare, kernel, chart, patch, plan"),
             (["convolve", "in.png"], "OUT is required", "orvane convolve --help"),
             (["convolve", "in.png", "old.png"], "--kernel is required"),
             (["convolve", "in.png", "old.png", "--kernel"], "--kernel"),
             (["convolve", "in.png", "old.png", "more.png", "--kernel", "1"], "more.png"),
             (["correlate", "in.png", "old.png", "--kernel", "1", "--sigma", "3"], "--sigma"),
-            (["--quiet", "convolve"], "'--quiet'", "convolve, correlate, separable, median, match, chart, patch, plan"),
+            (["--quiet", "convolve"], "'--quiet'", "convolve, correlate, separable, median, match, compare, kernel, chart, patch, plan"),
             (["convolve", "in.png", "out.jpg", "--kernel", "1"], "'out.jpg'", ".png"),
             (["chart", "out"], "'out'", ".png"),
         ):
@@ -148,7 +148,40 @@ class ArgumentsTest(RefusalCase):
             kernel = [] if "--kernel" in options else ["--kernel", "1"]
             self.refused(["convolve", "in.npy", "out.npy", *kernel, *options], *words)
         self.refused(["convolve", "in.npy", "old.png", "--kernel", "1"], "'old.png'", ".npy")
-        self.refused(["convolve", "in.png", "out.npy", "--kernel", "1"], "'out.npy'", ".png")
+        self.refused(["convolve", "in.png", "out.npy", "--kernel", "1"], "'in.png'", "3 channels", ".png")
+
+    def test_comparisons(self):
+        self.write("deep.png", self.random_image(6, 5, 3, 16), 16)
+        arrays = {"colours": numpy.zeros((5, 6, 3)), "plane": numpy.zeros((5, 6)), "complex": numpy.zeros((5, 6), "c8"),
+                  "nan": numpy.full((5, 6), numpy.nan), "long": numpy.full((5, 6), 2**53 + 1), "empty": numpy.zeros((0, 6)),
+                  "scalar": numpy.zeros(()), "far": numpy.full((5, 6), 1e200)}
+        for name, array in arrays.items():
+            numpy.save(self.folder / f"{name}.npy", array)
+        for first, second, *words in (
+            ("in.png", "plane.npy", "3x6x5", "6x5"),
+            ("in.png", "deep.png", "8 and 16 bits"),
+            ("plane.npy", "complex.npy", "second", "complex64", "real"),
+            ("nan.npy", "plane.npy", "first", "not finite"),
+            ("plane.npy", "long.npy", "second", "9007199254740993", "2^53"),
+            ("empty.npy", "empty.npy", "empty"),
+            ("scalar.npy", "scalar.npy", "no dimensions"),
+            ("plane.npy", "far.npy", "too far apart"),
+            ("plane.npy", "gone.npy", "gone.npy"),
+        ):
+            self.refused(["compare", first, second], *words)
+        for peak in ("0", "-1", "white"):
+            self.refused(["compare", "in.png", "in.png", "--peak", peak], "--peak", f"'{peak}'")
+
+    def test_kernels_in_fixed_point(self):
+        for kernel, fixed, *words in (
+            ("box:3", "input=u8.0", "filter is missing", "input=TYPE,filter=TYPE"),
+            ("box:3", "input=u8.0,filter=u8.8,output=u8.0", "'output=u8.0'", "rounding=MODE"),
+            ("box:3", "input=u33.0,filter=u8.8", "input: u33.0", "1 to 32"),
+            ("box:3", "input=u8.0,filter=u8.401", "filter: u8.401", "-400 to 400"),
+            ("4e9,4e9,4e9", "input=u32.0,filter=u32.0", "more than 64 bits"),
+            ("bok:3", "input=u8.0,filter=u8.8", "'bok:3'"),
+        ):
+            self.refused(["kernel", kernel, "--fixed", fixed], *words)
 
     def test_medians(self):
         self.write("bit.png", self.random_image(6, 5, 1, 1), 1)

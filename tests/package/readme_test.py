@@ -32,7 +32,7 @@ class ReadmeTest(unittest.TestCase):
                 self.assertEqual(done.returncode, 0, f"{line}\n{done.stderr}")
 
     def test_links_lead_somewhere(self):
-        for name in re.findall(r"\]\(([^)#]+)\)", self.text):
+        for name in re.findall(r"\]\(([^)#]+)(?:#[^)]*)?\)", self.text):
             self.assertTrue((SOURCE / name).exists(), name)
 
 

@@ -34,9 +34,9 @@ class CommandCase(unittest.TestCase):
         return done.stderr
 
     def table(self, said):
-        """The counts of each label in what was said of fixed point."""
-        rows = [line.rsplit(maxsplit=5) for line in said.splitlines() if line.startswith("  ")]
-        return {label.strip(): [int(count) for count in counts[:3]] for label, *counts in rows[1:]}
+        """Type and counts of each label in what was said of fixed point."""
+        rows = [line.rsplit(maxsplit=6) for line in said.splitlines() if line.startswith("  ")]
+        return {label.strip(): [kind, *map(int, counts[:3])] for label, kind, *counts in rows[1:]}
 
     def random_image(self, width, height, channels=1, depth=8):
         """Samples over the full range, as an array of rows, columns and channels."""

@@ -112,7 +112,8 @@ class MedianTest(CommandCase):
                 cast = function(exact)
                 numpy.testing.assert_array_equal(self.read("out.png")[0], cast.clip(0, 127))
                 self.assertEqual(self.table(said), {
-                    "input": [324, 0, 0], "output": [324, (cast > 127).sum(), (cast != exact).sum()]})
+                    "input": ["u9.1", 324, 0, 0],
+                    "output": ["s8.0", 324, (cast > 127).sum(), (cast != exact).sum()]})
                 # The sum of the two in the middle overflows in 8 bits, and their mean is rounded there.
                 actual, said = self.filtered(array, "--window", "4x2", "--fixed",
                                              f"input=s10.1,accumulator=s8.0,rounding={rounding}")
@@ -120,7 +121,7 @@ class MedianTest(CommandCase):
                 lower, upper = (numpy.sort(ranked.reshape(8, 9, 8))[..., k] for k in (3, 4))
                 total = function(function(lower).clip(-128, 127) + upper).clip(-128, 127)
                 numpy.testing.assert_array_equal(actual, function(total / 2))
-                self.assertEqual(self.table(said)["output"], [72, 0, 0])
+                self.assertEqual(self.table(said)["output"], ["s10.1", 72, 0, 0])
 
     def test_lines(self):
         line = self.random.normal(size=20)

@@ -204,6 +204,9 @@ TYPED_TEST(VendorFilter, IsNotCalledWhereItsMeaningIsAnother) {
   p.h = wholeNumbers<T>(this->random, 10);
   p.outputMode = OutputModeFull;
   expectNone(p, "boundary only");
+  p.hDims[0] = 0;
+  p.outputMode = OutputModeValid;
+  expectNone(p, "no element");
   const auto real = wholeNumbers<T>(this->random, 16);
   const std::vector<C> complex(real.begin(), real.end());
   expectNone(Problem<C, C, C>{{2, 2}, {4, 4}, complex, complex}, "complex");

@@ -1,0 +1,128 @@
+#include "tool/quantised_kernel.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <iterator>
+#include <stdexcept>
+
+#include "orvane/filters/fixed_array.h"
+#include "tool/text.h"
+
+namespace BP::tool {
+
+namespace {
+
+void checkType(const filters::FixedType& type, const std::string& key) {
+  constexpr int mostBits = 32, mostFraction = 400;
+  if (type.word <= mostBits && std::abs(type.fraction) <= mostFraction) return;
+  throw std::runtime_error("--fixed: " + key + ": " + filters::toText(type) +
+                           "; allowed here are word lengths of 1 to 32 and fraction lengths of -400 to 400");
+}
+
+/// a + b * c, refused where 64 bits end.
+std::int64_t sum(std::int64_t a, std::int64_t b, std::int64_t c) {
+  std::int64_t result;
+  if (!__builtin_mul_overflow(b, c, &result) && !__builtin_add_overflow(a, result, &result)) return result;
+  throw std::runtime_error("--fixed: sums of products need more than 64 bits; shorter types are needed");
+}
+
+struct Range {
+  std::int64_t least = 0;
+  std::int64_t greatest = 0;
+};
+
+/// The codes of a type of up to 32 bits.
+Range codesOf(const filters::FixedType& type) {
+  const std::int64_t half = std::int64_t{1} << (type.word - 1);
+  return type.isSigned ? Range{-half, half - 1} : Range{0, 2 * half - 1};
+}
+
+/// The bits of the narrowest type, signed if it must be, that has all of `range`.
+filters::FixedType narrowest(const Range& range, int fraction) {
+  filters::FixedType type{1, fraction, range.least < 0};
+  const auto fits = [&] {
+    const int bits = type.isSigned ? type.word - 1 : type.word;
+    return range.greatest >> bits == 0 && range.least >> bits >= -1;
+  };
+  while (!fits()) ++type.word;
+  return type;
+}
+
+/// The sums of some or all products of the codes with inputs.
+Range rangeOfSums(const std::vector<std::int64_t>& codes, const Range& input) {
+  Range sums;
+  for (const std::int64_t code : codes) {  // the input's range holds 0, so the one end lowers sums, the other raises
+    sums.least = sum(sums.least, code, code < 0 ? input.greatest : input.least);
+    sums.greatest = sum(sums.greatest, code, code < 0 ? input.least : input.greatest);
+  }
+  return sums;
+}
+
+/// As in "multiples of 1/256".
+std::string unitText(int fraction) {
+  std::string power = numberText(std::ldexp(1.0, std::abs(fraction)));
+  if (fraction <= 0) return power;
+  return "1/" + power;
+}
+
+std::string matrixText(const Kernel& kernel, const std::vector<std::int64_t>& codes) {
+  std::size_t width = 0;
+  for (const std::int64_t code : codes) width = std::max(width, std::to_string(code).size());
+  std::string text;
+  for (std::size_t i = 0; i < codes.size(); ++i) {
+    const std::string code = std::to_string(codes[i]);
+    const bool endsRow = (i + 1) % static_cast<std::size_t>(kernel.width) == 0;
+    text += std::string(width - code.size(), ' ') + code + (endsRow ? "\n" : ", ");
+  }
+  return text;
+}
+
+}  // namespace
+
+QuantisedKernel quantiseKernel(const Kernel& kernel, const KernelTypes& types) {
+  checkType(types.input, "input");
+  checkType(types.filter, "filter");
+  filters::FixedStatistics statistics;
+  const auto fixed = filters::quantise(filters::ArrayView(kernel.elements, {kernel.width, kernel.height}), types.filter,
+                                       types.modes, &statistics);
+  const filters::Array<double> values = filters::toDouble(fixed);
+  QuantisedKernel result;
+  result.overflows = statistics.overflows;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    result.codes.push_back(static_cast<std::int64_t>(std::ldexp(values[i], types.filter.fraction)));
+    result.greatestError = std::max(result.greatestError, std::fabs(values[i] - kernel.elements[i]));
+    result.sumBefore += kernel.elements[i];
+    result.sumOfCodes += result.codes.back();
+  }
+  const int fraction = types.filter.fraction + types.input.fraction;
+  const Range sums = rangeOfSums(result.codes, codesOf(types.input));
+  result.leastSum = std::ldexp(static_cast<double>(sums.least), -fraction);
+  result.greatestSum = std::ldexp(static_cast<double>(sums.greatest), -fraction);
+  result.accumulator = narrowest(sums, fraction);
+  return result;
+}
+
+std::string quantisedKernelText(const Kernel& kernel, const KernelTypes& types, const QuantisedKernel& quantised) {
+  const int fraction = types.filter.fraction;
+  const double gain = std::ldexp(static_cast<double>(quantised.sumOfCodes), -fraction);
+  const std::string error = quantised.greatestError == 0
+                                ? "none"
+                                : "up to " + roundedText(quantised.greatestError, 2) + ", " +
+                                      roundedText(std::ldexp(quantised.greatestError, fraction), 2) + " units";
+  const std::string lines[] = {filters::toText(types.filter) + ", " + std::to_string(kernel.width) + "x" +
+                                   std::to_string(kernel.height) + ", in units of " + unitText(fraction) + "; " +
+                                   std::to_string(quantised.overflows) + " overflows",
+                               error,
+                               numberText(gain) + ", " + std::to_string(quantised.sumOfCodes) + " units; before " +
+                                   roundedText(quantised.sumBefore, 6),
+                               numberText(quantised.leastSum) + " to " + numberText(quantised.greatestSum) +
+                                   ", whatever the input in " + filters::toText(types.input),
+                               filters::toText(quantised.accumulator) + " has them all"};
+  std::string text = matrixText(kernel, quantised.codes);
+  const char* const names[] = {"filter       ", "error        ", "gain         ", "sums         ", "accumulator  "};
+  for (std::size_t i = 0; i < std::size(lines); ++i) text += names[i] + lines[i] + "\n";
+  return text;
+}
+
+}  // namespace BP::tool
