@@ -1,4 +1,3 @@
-#include <cstdio>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -37,10 +36,6 @@ struct SeparableArguments : Arguments {
   std::string column;
   bool correlates = false;
 };
-
-void tellFixed(const std::string& out, const std::string& table) {
-  if (!table.empty()) std::fprintf(stderr, "orvane: %s: fixed-point values\n%s", out.c_str(), table.c_str());
-}
 
 void runOnPicture(const Arguments& arguments, const FilterSettings& settings, const SampleScaling& scaling) {
   checkPngName(arguments.out);

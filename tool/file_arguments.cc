@@ -25,4 +25,8 @@ void tellCount(const std::string& out, std::uint64_t count, std::uint64_t all, c
                std::to_string(all).c_str(), what.c_str());
 }
 
+void tellFixed(const std::string& file, const std::string& table) {
+  if (!table.empty()) std::fprintf(stderr, "orvane: %s: fixed-point values\n%s", file.c_str(), table.c_str());
+}
+
 }  // namespace BP::tool

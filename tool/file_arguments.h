@@ -23,4 +23,7 @@ bool isArrayName(const std::string& path);
 /// Says on stderr that `count` of `all` values of `out` were not kept as they were, if there are any.
 void tellCount(const std::string& out, std::uint64_t count, std::uint64_t all, const std::string& what);
 
+/// Tells on stderr what happened to the fixed-point values of `file`, if there were any.
+void tellFixed(const std::string& file, const std::string& table);
+
 }  // namespace BP::tool

@@ -7,7 +7,7 @@
 
 #include "orvane/filters/array.h"
 #include "orvane/filters/correlation_nd.h"
-#include "tool/plane_filter.h"
+#include "tool/elements.h"
 
 namespace BP::tool {
 
@@ -15,12 +15,6 @@ namespace {
 
 using filters::Extents;
 
-template <class T>
-struct IsComplex : std::false_type {};
-template <class T>
-struct IsComplex<std::complex<T>> : std::true_type {};
-
-bool isComplex(ElementType type) { return type == ElementType::complex64 || type == ElementType::complex128; }
 bool isFloating(ElementType type) {
   return isComplex(type) || type == ElementType::float32 || type == ElementType::float64;
 }
@@ -29,45 +23,6 @@ template <class T>
 constexpr ElementType typeOf() {
   if constexpr (IsComplex<T>::value) return sizeof(T) == 8 ? ElementType::complex64 : ElementType::complex128;
   return sizeof(T) == 4 ? ElementType::float32 : ElementType::float64;
-}
-
-/// Conversion of one element into To, which counts it in `rounded` if To does not have its value.
-template <class To>
-struct Into {
-  template <class From>
-  static To convert(From value, std::uint64_t& rounded) {
-    const To result = static_cast<To>(value);
-    if constexpr (!std::is_same_v<To, From>) {  // `long double` holds every whole number of 64 bits
-      const auto before = static_cast<long double>(value);
-      if (before == before && before != static_cast<long double>(result)) ++rounded;
-    }
-    return result;
-  }
-  template <class Real>
-  static To convert(const std::complex<Real>& /*value*/, std::uint64_t& /*rounded*/) {
-    throw std::logic_error("complex elements do not become real ones");
-  }
-};
-template <class Real>
-struct Into<std::complex<Real>> {
-  template <class From>
-  static std::complex<Real> convert(const From& value, std::uint64_t& rounded) {
-    std::uint64_t parts = 0;
-    const std::complex<Real> result(Into<Real>::convert(std::real(value), parts),
-                                    Into<Real>::convert(std::imag(value), parts));
-    rounded += parts > 0 ? 1 : 0;
-    return result;
-  }
-};
-
-/// The elements as To, which is complex if they are.
-template <class To>
-filters::Array<To> elementsAs(const Array& array, const Extents& extents, std::uint64_t& rounded) {
-  filters::Array<To> result(extents);
-  visitElements(array, [&](const auto* elements) {
-    for (std::size_t i = 0; i < result.size(); ++i) result[i] = Into<To>::convert(elements[i], rounded);
-  });
-  return result;
 }
 
 template <class T>
@@ -93,12 +48,9 @@ void filterPlain(const Array& input, const Extents& extents, const FilterSetting
 
 /// T is `double` or its complex type.
 template <class T>
-void filterFixed(const Array& input, const Extents& extents, const FilterSettings& settings,
-                 const SampleScaling& scaling, FilteredArray& result) {
-  FixedPlaneFilter filter(settings, extents, IsComplex<T>::value);
-  const auto plane = elementsAs<T>(input, extents, result.rounded);
+void filterFixed(const Array& input, FixedPlaneFilter& filter, const SampleScaling& scaling, FilteredArray& result) {
+  const auto plane = elementsAs<T>(input, planeExtents(input), result.rounded);
   result.array = packed(filter.run<T>(plane), scaling);
-  result.fixedTable = filter.table();
 }
 
 /// The precision of sums: float32 or float64.
@@ -150,16 +102,23 @@ Extents planeExtents(const Array& array) {
 
 FilteredArray filterArray(const Array& input, const FilterSettings& settings, const SampleScaling& scaling) {
   const Extents extents = planeExtents(input);
-  const bool isFixed = settings.fixed.has_value();
-  const bool isDouble = isFixed || sumTypeFor(input, settings) == ElementType::float64;
+  if (settings.fixed) {
+    FixedPlaneFilter filter(settings, extents, isComplex(input.type));
+    return filterArrayFixed(input, filter, scaling);
+  }
+  const bool isDouble = sumTypeFor(input, settings) == ElementType::float64;
   FilteredArray result;
-  const auto run = isComplex(input.type) ? (isFixed    ? filterFixed<std::complex<double>>
-                                            : isDouble ? filterPlain<std::complex<double>>
-                                                       : filterPlain<std::complex<float>>)
-                                         : (isFixed    ? filterFixed<double>
-                                            : isDouble ? filterPlain<double>
-                                                       : filterPlain<float>);
+  const auto run = isComplex(input.type)
+                       ? (isDouble ? filterPlain<std::complex<double>> : filterPlain<std::complex<float>>)
+                       : (isDouble ? filterPlain<double> : filterPlain<float>);
   run(input, extents, settings, scaling, result);
+  return result;
+}
+
+FilteredArray filterArrayFixed(const Array& input, FixedPlaneFilter& filter, const SampleScaling& scaling) {
+  FilteredArray result;
+  (isComplex(input.type) ? filterFixed<std::complex<double>> : filterFixed<double>)(input, filter, scaling, result);
+  result.fixedTable = filter.table();
   return result;
 }
 

@@ -7,6 +7,7 @@
 #include "tool/array.h"
 #include "tool/filter_image.h"
 #include "tool/filter_settings.h"
+#include "tool/plane_filter.h"
 
 namespace BP::tool {
 
@@ -28,6 +29,9 @@ filters::Extents planeExtents(const Array& array);
 /// Throws `std::runtime_error` or `std::invalid_argument` for another rank than 1 and 2, elements that need a type, and
 /// extents that do not fit the kernel.
 FilteredArray filterArray(const Array& input, const FilterSettings& settings, const SampleScaling& scaling);
+
+/// The same with a filter in fixed point for planes of the array's extents, complex ones if its elements are.
+FilteredArray filterArrayFixed(const Array& input, FixedPlaneFilter& filter, const SampleScaling& scaling = {});
 
 /// `input` of rank 1 to 8, correlated over all its dimensions with `kernel`, an array of that rank, by mode and pad of
 /// the settings; scale and offset as above. Both are real, and converted to the type of sums: that of floating-point

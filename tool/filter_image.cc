@@ -4,9 +4,9 @@
 #include <cmath>
 #include <cstdint>
 #include <stdexcept>
+#include <utility>
 
 #include "tool/channels.h"
-#include "tool/plane_filter.h"
 
 namespace BP::tool {
 
@@ -54,16 +54,6 @@ void filterColours(const Image& image, const FilterSettings& settings, const Sam
   for (int c = 0; c < image.colours(); ++c) storeSums(result, c, filter(channelOf<T>(image, c)), scaling);
 }
 
-void filterColoursFixed(const Image& image, const FilterSettings& settings, const SampleScaling& scaling,
-                        FilteredImage& result) {
-  FixedPlaneFilter filter(settings, {image.width, image.height}, false);
-  for (int c = 0; c < image.colours(); ++c) {
-    const auto plane = channelOf<double>(image, c);
-    storeSums(result, c, filter.run<double>(plane), scaling);
-  }
-  result.fixedTable = filter.table();
-}
-
 }  // namespace
 
 FilteredImage filterImage(const Image& image, const FilterSettings& settings, const SampleScaling& scaling) {
@@ -74,12 +64,26 @@ FilteredImage filterImage(const Image& image, const FilterSettings& settings, co
   result.image =
       makeOutput(image, {settings.windowWidth(), settings.windowHeight(), options.mode, options.pad}, "kernel");
   if (settings.fixed) {
-    filterColoursFixed(image, settings, scaling, result);
-  } else if (settings.sumType == ElementType::float32) {
+    FixedPlaneFilter filter(settings, {image.width, image.height}, false);
+    return filterImageFixed(image, std::move(result.image), filter, scaling);
+  }
+  if (settings.sumType == ElementType::float32) {
     filterColours<float>(image, settings, scaling, result);
   } else {
     filterColours<double>(image, settings, scaling, result);
   }
+  return result;
+}
+
+FilteredImage filterImageFixed(const Image& image, Image output, FixedPlaneFilter& filter,
+                               const SampleScaling& scaling) {
+  FilteredImage result;
+  result.image = std::move(output);
+  for (int c = 0; c < image.colours(); ++c) {
+    const auto plane = channelOf<double>(image, c);
+    storeSums(result, c, filter.run<double>(plane), scaling);
+  }
+  result.fixedTable = filter.table();
   return result;
 }
 

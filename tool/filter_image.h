@@ -5,6 +5,7 @@
 
 #include "tool/filter_settings.h"
 #include "tool/image.h"
+#include "tool/plane_filter.h"
 
 namespace BP::tool {
 
@@ -30,5 +31,9 @@ struct FilteredImage {
 /// Throws `std::runtime_error` or `std::invalid_argument` if kernel and image do not fit, or sums could exceed the
 /// range of their type.
 FilteredImage filterImage(const Image& image, const FilterSettings& settings, const SampleScaling& scaling);
+
+/// The same with a filter in fixed point for planes of the image's extents; `output` has what is not filtered.
+FilteredImage filterImageFixed(const Image& image, Image output, FixedPlaneFilter& filter,
+                               const SampleScaling& scaling = {});
 
 }  // namespace BP::tool

@@ -1,90 +1,14 @@
 #include "tool/filter_settings.h"
 
-#include <algorithm>
-#include <functional>
-#include <map>
 #include <stdexcept>
-#include <string_view>
-#include <vector>
 
+#include "tool/fixed_types.h"
 #include "tool/options.h"
 #include "tool/text.h"
 
 namespace BP::tool {
 
 namespace {
-
-constexpr Choice<filters::Rounding> roundings[] = {
-    {"ceiling", filters::Rounding::ceiling}, {"convergent", filters::Rounding::convergent},
-    {"floor", filters::Rounding::floor},     {"nearest", filters::Rounding::nearest},
-    {"round", filters::Rounding::round},     {"zero", filters::Rounding::zero}};
-constexpr Choice<filters::Overflow> overflows[] = {{"wrap", filters::Overflow::wrap},
-                                                   {"saturate", filters::Overflow::saturate},
-                                                   {"symmetric", filters::Overflow::symmetric},
-                                                   {"zero", filters::Overflow::zero}};
-
-/// The entries that a text of types may have, and how errors tell them.
-struct FixedForm {
-  std::vector<std::string_view> keys;
-  std::string_view text;
-};
-
-const FixedForm filterForm{
-    {"input", "filter", "accumulator", "output", "product", "sqrt", "rounding", "overflow"},
-    "input=TYPE,filter=TYPE,accumulator=TYPE,output=TYPE and if wanted product=TYPE, sqrt=TYPE, rounding=MODE, "
-    "overflow=MODE"};
-const FixedForm kernelForm{{"input", "filter", "rounding", "overflow"},
-                           "input=TYPE,filter=TYPE and if wanted rounding=MODE, overflow=MODE"};
-
-/// What a text of types says, entry by entry.
-class FixedEntries {
- public:
-  FixedEntries(const std::string& text, const FixedForm& chosen) : form(chosen) {
-    for (const std::string_view part : split(text, ',')) {
-      const std::size_t equals = part.find('=');
-      const std::string key(trimmed(part.substr(0, equals)));
-      if (equals == std::string_view::npos || std::ranges::find(form.keys, key) == form.keys.end()) {
-        refuse("unknown entry " + inQuotes(part));
-      }
-      if (!entries.emplace(key, trimmed(part.substr(equals + 1))).second) refuse(key + " is given twice");
-    }
-  }
-
-  filters::FixedType type(const std::string& key) const {
-    const auto found = optionalType(key);
-    if (!found) refuse(key + " is missing");
-    return *found;
-  }
-
-  std::optional<filters::FixedType> optionalType(const std::string& key) const {
-    const auto entry = entries.find(key);
-    if (entry == entries.end()) return std::nullopt;
-    try {
-      return filters::fixedType(entry->second);
-    } catch (const std::invalid_argument& error) {
-      throw std::runtime_error("--fixed: " + key + ": " + error.what());
-    }
-  }
-
-  filters::FixedModes modes() const {
-    filters::FixedModes modes;
-    if (const auto entry = entries.find("rounding"); entry != entries.end()) {
-      modes.rounding = choose(roundings, entry->second, "--fixed: rounding");
-    }
-    if (const auto entry = entries.find("overflow"); entry != entries.end()) {
-      modes.overflow = choose(overflows, entry->second, "--fixed: overflow");
-    }
-    return modes;
-  }
-
- private:
-  [[noreturn]] void refuse(const std::string& problem) const {
-    throw std::runtime_error("--fixed: " + problem + "; allowed are " + std::string(form.text));
-  }
-
-  const FixedForm& form;
-  std::map<std::string, std::string, std::less<>> entries;
-};
 
 filters::Pad padOf(PadTypeEnum pad) {
   switch (pad) {
@@ -108,21 +32,20 @@ filters::OutputMode filterModeOf(OutputModeEnum mode) {
 }
 
 FixedSettings parseFixed(const std::string& text) {
-  const FixedEntries entries(text, filterForm);
-  FixedSettings settings;
-  settings.types.input = entries.type("input");
-  settings.filter = entries.type("filter");
-  settings.types.accumulator = entries.type("accumulator");
-  settings.types.output = entries.type("output");
-  settings.types.product = entries.optionalType("product");
-  settings.types.sqrt = entries.optionalType("sqrt");
-  settings.types.modes = entries.modes();
-  return settings;
+  const FixedEntries entries =
+      parseFixedEntries(text, {{"input", "filter", "accumulator", "output"}, {"product", "sqrt"}});
+  return {{.input = entries.at("input"),
+           .accumulator = entries.at("accumulator"),
+           .output = entries.at("output"),
+           .product = entries.find("product"),
+           .sqrt = entries.find("sqrt"),
+           .modes = entries.modes},
+          entries.at("filter")};
 }
 
 KernelTypes parseKernelTypes(const std::string& text) {
-  const FixedEntries entries(text, kernelForm);
-  return {entries.type("input"), entries.type("filter"), entries.modes()};
+  const FixedEntries entries = parseFixedEntries(text, {{"input", "filter"}, {}});
+  return {entries.at("input"), entries.at("filter"), entries.modes};
 }
 
 EdgeSettings parseEdges(const EdgeTexts& texts) {
@@ -180,17 +103,11 @@ std::string edgeFooter(const std::string& window) {
          "  symmetric  c b a | a b c | c b a     circular   a b c | a b c | a b c\n";
 }
 
-std::string modeNames() {
-  return "Rounding: " + namesOf(roundings, ", ") + ". Overflow: " + namesOf(overflows, ", ") + ".\n";
-}
-
 std::string filterFooter(bool canNormalise) {
   return edgeFooter("kernel") +
-         std::string(
-             "Fixed point: TYPES are such as\n"
-             "  input=u8.0,filter=s16.14,accumulator=s40.14,output=u8.0,rounding=nearest,overflow=saturate\n"
-             "where s16.14 is a signed type of 16 bits, 14 of them fraction. product=TYPE makes products inexact") +
-         (canNormalise ? ",\n--normalise energy needs sqrt=TYPE" : "") + ".\n" + modeNames() +
+         fixedFooter("input=u8.0,filter=s16.14,accumulator=s40.14,output=u8.0,rounding=nearest,overflow=saturate",
+                     std::string("product=TYPE makes products inexact") +
+                         (canNormalise ? ",\n--normalise energy needs sqrt=TYPE" : "")) +
          "Values are cast into the types of input and filter; what happened to values of each label is told at the "
          "end.\n";
 }

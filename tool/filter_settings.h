@@ -79,9 +79,6 @@ void addFilterOptions(CLI::App& operation, FilterTexts& texts, bool canNormalise
 /// What `addFilterOptions` says at the end of a usage text.
 std::string filterFooter(bool canNormalise);
 
-/// The modes of fixed point, a line for usage texts.
-std::string modeNames();
-
 /// Settings without kernels. Throws `std::runtime_error` that names the option and what it allows.
 FilterSettings parseFilterTexts(const FilterTexts& texts, filters::Direction direction);
 

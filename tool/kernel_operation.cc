@@ -2,6 +2,7 @@
 #include <string>
 
 #include "tool/file.h"
+#include "tool/fixed_types.h"
 #include "tool/kernel.h"
 #include "tool/operations.h"
 #include "tool/quantised_kernel.h"

@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
-#include <cstdint>
-#include <stdexcept>
-#include <string>
 
 namespace BP::tool {
 
@@ -25,23 +22,12 @@ double levelOf(const std::complex<T>& value) {
   return great * std::sqrt(1 + ratio * ratio);
 }
 
-template <class T>
 std::vector<double> valuesOf(const Array& array) {
   std::vector<double> values(array.elements());
-  std::transform(array.as<T>(), array.as<T>() + values.size(), values.begin(), [](const T& v) { return levelOf(v); });
+  visitElements(array, [&](const auto* elements) {
+    std::transform(elements, elements + values.size(), values.begin(), [](const auto& v) { return levelOf(v); });
+  });
   return values;
-}
-
-std::vector<double> valuesOf(const Array& array) {
-  switch (array.type) {
-    case ElementType::boolean: return valuesOf<std::uint8_t>(array);
-    case ElementType::int32: return valuesOf<std::int32_t>(array);
-    case ElementType::float32: return valuesOf<float>(array);
-    case ElementType::float64: return valuesOf<double>(array);
-    case ElementType::complex64: return valuesOf<std::complex<float>>(array);
-    case ElementType::complex128: return valuesOf<std::complex<double>>(array);
-    default: throw std::invalid_argument("levels of an array of type " + std::string(nameOf(array.type)));
-  }
 }
 
 }  // namespace

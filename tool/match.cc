@@ -4,6 +4,9 @@
 #include <stdexcept>
 #include <string>
 
+#include "tool/elements.h"
+#include "tool/plane_filter.h"
+
 namespace BP::tool {
 
 namespace {
@@ -26,7 +29,7 @@ constexpr ElementType typeOf<std::complex<double>> = ElementType::complex128;
 
 template <class T>
 ArrayView<const T> viewOf(const Array& array) {
-  return {array.as<T>(), Extents{array.extents[0], array.extents[1]}};
+  return {array.as<T>(), Extents(array.extents)};
 }
 
 std::string regionText(const filters::Region& region) {
@@ -34,33 +37,76 @@ std::string regionText(const filters::Region& region) {
          std::to_string(region.size[0]) + "x" + std::to_string(region.size[1]);
 }
 
-template <class UT, class HT>
-MatchResult matchAs(const Array& image, const Array& pattern, const filters::MatchOptions& options) {
-  using Score = filters::MatchScore<UT, HT>;
-  const ArrayView<const UT> in = viewOf<UT>(image);
-  filters::TemplateMatcher<UT, HT> matcher(viewOf<HT>(pattern), in.extents(), options);
+template <class T>
+Array arrayOf(const filters::Array<T>& scores) {
+  Array array{typeOf<T>, {scores.extents().begin(), scores.extents().end()}, {}};
+  array.bytes.resize(bytesOf(array.type, array.extents));
+  std::copy(scores.begin(), scores.end(), array.as<T>());
+  return array;
+}
+Array arrayOf(const filters::FixedArray& scores) {
+  return scores.isComplex() ? arrayOf(filters::toComplex(scores)) : arrayOf(filters::toDouble(scores));
+}
+
+template <class T>
+std::vector<std::complex<double>> listOf(const filters::Array<T>& scores) {
+  return {scores.begin(), scores.end()};
+}
+std::vector<std::complex<double>> listOf(const filters::FixedArray& scores) {
+  return listOf(filters::toComplex(scores));
+}
+
+/// What `matcher`, for templates and images of these types, finds in `image`.
+template <class Matcher, class Image>
+MatchResult runMatcher(Matcher& matcher, const Image& image, const filters::MatchOptions& options, bool isComplex) {
   if (matcher.positions().size[0] == 0) {
     matcher.setRegion(std::nullopt);
     throw std::runtime_error("--roi " + regionText(*options.region) + " holds no position; all are " +
                              regionText(matcher.positions()));
   }
-  const auto match = matcher.run(in);
+  const auto match = matcher.run(image);
   MatchResult result;
   result.location = match.location;
   result.window = match.window;
-  result.isComplex = typeOf<Score> == ElementType::complex64 || typeOf<Score> == ElementType::complex128;
+  result.isComplex = isComplex;
   result.score = match.score;
   result.regionValid = match.regionValid;
-  result.neighbourhood.assign(match.neighbourhood.begin(), match.neighbourhood.end());
+  if (options.neighbourhood > 0) result.neighbourhood = listOf(match.neighbourhood);
   result.neighbourhoodValid = match.neighbourhoodValid;
   result.positions = match.positions;
-  if (match.map.size() > 0) {
-    result.map = {typeOf<Score>, {match.map.extents().begin(), match.map.extents().end()}, {}};
-    result.map.bytes.resize(bytesOf(result.map.type, result.map.extents));
-    std::copy(match.map.begin(), match.map.end(), result.map.template as<Score>());
-  }
+  if (options.map) result.map = arrayOf(match.map);
   return result;
 }
+
+template <class UT, class HT>
+MatchResult matchAs(const Array& image, const Array& pattern, const filters::MatchOptions& options) {
+  const ArrayView<const UT> in = viewOf<UT>(image);
+  filters::TemplateMatcher<UT, HT> matcher(viewOf<HT>(pattern), in.extents(), options);
+  return runMatcher(matcher, in, options, IsComplex<filters::MatchScore<UT, HT>>::value);
+}
+
+/// An array in fixed point, and what happened on the way there.
+struct FixedElements {
+  filters::FixedArray values;
+  filters::FixedStatistics statistics;
+  std::uint64_t rounded = 0;
+
+  template <class T>
+  void castAs(const Array& array, const filters::FixedType& type, const filters::FixedModes& modes) {
+    const auto elements = elementsAs<T>(array, Extents(array.extents), rounded);
+    values = filters::quantise(elements, type, modes, &statistics);
+  }
+
+  FixedElements(const Array& array, const filters::FixedType& type, const filters::FixedModes& modes,
+                const std::string& label)
+      : statistics{.label = label} {
+    if (isComplex(array.type)) {
+      castAs<std::complex<double>>(array, type, modes);
+    } else {
+      castAs<double>(array, type, modes);
+    }
+  }
+};
 
 struct Pair {
   ElementType image;
@@ -81,6 +127,27 @@ MatchResult findMatch(const Array& image, const Array& pattern, const filters::M
                            std::string(nameOf(pattern.type)) +
                            "; allowed are both of float32 or complex64, both of float64 or complex128, both bool; PNG "
                            "counts as float64");
+}
+
+MatchResult findFixedMatch(const Array& image, const Array& pattern, const filters::MatchOptions& options,
+                           const FixedMatchSettings& settings) {
+  filters::FixedMatchTypes types = settings.types;
+  types.inputIsComplex = isComplex(image.type);
+  const FixedElements in(image, types.input, types.modes, "input");
+  const FixedElements sought(pattern, settings.pattern, types.modes, "template");
+  filters::FixedTemplateMatcher matcher(sought.values, in.values.extents(), types, options);
+  MatchResult result = runMatcher(matcher, in.values, options, in.values.isComplex() || sought.values.isComplex());
+  std::vector<filters::FixedStatistics> statistics = matcher.statistics();
+  statistics.insert(statistics.end(), {in.statistics, sought.statistics});
+  const FixedRows rows{{"input", filters::toText(types.input)},
+                       {"template", filters::toText(settings.pattern)},
+                       {"product", textOrExact(types.product)},
+                       {"product sum", filters::toText(types.accumulator)},
+                       {"accumulator", filters::toText(types.accumulator)},
+                       {"output", filters::toText(types.output)}};
+  result.fixedTable = fixedTable(rows, statistics);
+  result.rounded = in.rounded + sought.rounded;
+  return result;
 }
 
 }  // namespace BP::tool

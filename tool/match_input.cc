@@ -51,15 +51,17 @@ Image pictureOf(const Array& array) {
   return picture;
 }
 
-void checkArray(const Array& array, const std::string& what) {
+void checkType(const Array& array, const std::string& what) {
   const ElementType allowed[] = {ElementType::boolean, ElementType::float32, ElementType::float64,
                                  ElementType::complex64, ElementType::complex128};
-  if (std::find(std::begin(allowed), std::end(allowed), array.type) == std::end(allowed)) {
-    std::string names;
-    for (const ElementType type : allowed) names.append(names.empty() ? "" : ", ").append(nameOf(type));
-    throw std::runtime_error(what + " has elements of type " + std::string(nameOf(array.type)) + "; allowed are " +
-                             names);
-  }
+  if (std::find(std::begin(allowed), std::end(allowed), array.type) != std::end(allowed)) return;
+  std::string names;
+  for (const ElementType type : allowed) names.append(names.empty() ? "" : ", ").append(nameOf(type));
+  throw std::runtime_error(what + " has elements of type " + std::string(nameOf(array.type)) + "; allowed are " +
+                           names + ", and with --fixed all types");
+}
+
+void checkExtents(const Array& array, const std::string& what) {
   std::string extents;
   for (const std::int64_t extent : array.extents) extents += (extents.empty() ? "" : "x") + std::to_string(extent);
   if (array.extents.size() != 2) {
@@ -71,13 +73,14 @@ void checkArray(const Array& array, const std::string& what) {
 
 }  // namespace
 
-MatchInput readMatchInput(const std::string& path) {
+MatchInput readMatchInput(const std::string& path, bool allowsWhole) {
   if (!lowered(path).ends_with(".npy")) {
     const Image image = readPng(path);
     return {lumaOf(image), pictureOf(image), image.bitDepth};
   }
   Array array = readNpy(path);
-  checkArray(array, inQuotes(path));
+  if (!allowsWhole) checkType(array, inQuotes(path));
+  checkExtents(array, inQuotes(path));
   Image picture = pictureOf(array);
   return {std::move(array), std::move(picture), 0};
 }

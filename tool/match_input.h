@@ -9,7 +9,7 @@ namespace BP::tool {
 
 /// What is matched, and a picture of it.
 struct MatchInput {
-  Array elements;  ///< two extents; bool, float32, float64, complex64 or complex128
+  Array elements;  ///< of two extents
   Image picture;   ///< red, green and blue of 8 bits
   int bitDepth;    ///< of the samples of a PNG picture, 0 of an NPY array
 };
@@ -18,8 +18,9 @@ struct MatchInput {
 ///
 /// A picture gives its samples as float64; of colours it gives their luma, 0.2126 red + 0.7152 green + 0.0722 blue,
 /// and alpha is dropped. An array is pictured by its levels (see `levelsOf`), from black for the least to white for the
-/// greatest. Throws `std::runtime_error` for what cannot be read, and for an array of other types, or whose
-/// extents are not two of 1 and more.
-MatchInput readMatchInput(const std::string& path);
+/// greatest; its elements are bool, float32, float64, complex64 or complex128, or `allowsWhole` numbers. Throws
+/// `std::runtime_error` for what cannot be read, and for an array of other types, or whose extents are not two of 1 and
+/// more.
+MatchInput readMatchInput(const std::string& path, bool allowsWhole);
 
 }  // namespace BP::tool

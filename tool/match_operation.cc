@@ -5,7 +5,9 @@
 #include <string>
 
 #include "tool/file.h"
+#include "tool/file_arguments.h"
 #include "tool/filter_settings.h"
+#include "tool/fixed_types.h"
 #include "tool/match.h"
 #include "tool/match_input.h"
 #include "tool/match_picture.h"
@@ -35,6 +37,7 @@ struct Arguments {
   std::optional<std::string> neighbourhood;
   std::optional<std::string> map;
   std::optional<std::string> overlay;
+  std::optional<std::string> fixed;
   bool json = false;
   bool quiet = false;
 };
@@ -63,6 +66,16 @@ filters::MatchOptions optionsOf(const Arguments& arguments) {
   return options;
 }
 
+FixedMatchSettings parseFixedMatch(const std::string& text) {
+  const FixedEntries entries = parseFixedEntries(text, {{"input", "template", "accumulator", "output"}, {"product"}});
+  return {{.input = entries.at("input"),
+           .accumulator = entries.at("accumulator"),
+           .output = entries.at("output"),
+           .product = entries.find("product"),
+           .modes = entries.modes},
+          entries.at("template")};
+}
+
 void checkNames(const Arguments& arguments) {
   if (arguments.map && !isNpyName(*arguments.map)) {
     if (!isStream(*arguments.map) && !lowered(*arguments.map).ends_with(".png")) {
@@ -82,16 +95,24 @@ void writeMap(const Arguments& arguments, const Array& map) {
 void run(const Arguments& arguments) {
   const filters::MatchOptions options = optionsOf(arguments);
   checkNames(arguments);
-  const MatchInput image = readMatchInput(arguments.image), pattern = readMatchInput(arguments.pattern);
+  std::optional<FixedMatchSettings> fixed;
+  if (arguments.fixed) fixed = parseFixedMatch(*arguments.fixed);
+  const MatchInput image = readMatchInput(arguments.image, fixed.has_value());
+  const MatchInput pattern = readMatchInput(arguments.pattern, fixed.has_value());
   if (image.bitDepth > 0 && pattern.bitDepth > 0 && image.bitDepth != pattern.bitDepth) {
     throw std::runtime_error(inQuotes(arguments.pattern) + " has samples of " + std::to_string(pattern.bitDepth) +
                              " bits, " + inQuotes(arguments.image) + " of " + std::to_string(image.bitDepth) +
                              "; they must be the same");
   }
-  const MatchResult match = findMatch(image.elements, pattern.elements, options);
+  const MatchResult match = fixed ? findFixedMatch(image.elements, pattern.elements, options, *fixed)
+                                  : findMatch(image.elements, pattern.elements, options);
   if (arguments.map) writeMap(arguments, match.map);
   if (arguments.overlay) writePng(*arguments.overlay, matchOverlay(image.picture, match, options.region));
   printOut(arguments.json ? matchJson(match, arguments.texts, options) : matchText(match, options));
+  if (arguments.quiet) return;
+  tellCount(arguments.image, match.rounded, image.elements.elements() + pattern.elements.elements(),
+            "rounded to float64 before they were matched");
+  tellFixed(arguments.image, match.fixedTable);
 }
 
 void addOptions(CLI::App& operation, Arguments& arguments) {
@@ -111,8 +132,9 @@ void addOptions(CLI::App& operation, Arguments& arguments) {
   add("--neighbourhood", arguments.neighbourhood, "Prints N by N scores around the best, 1 to 1023", "N");
   add("--map", arguments.map, "Writes the scores of all positions, .npy, or .png with the least score black", "OUT");
   add("--overlay", arguments.overlay, "Draws what was found, the region and a heat map of the scores", "OUT.png");
+  add("--fixed", arguments.fixed, "Scores are computed in fixed point, see below", "TYPES");
   operation.add_flag("--json", arguments.json, "Prints all results as JSON");
-  operation.add_flag("--quiet", arguments.quiet, "Does not say how a map of scores was scaled");
+  operation.add_flag("--quiet", arguments.quiet, "Does not say how a map was scaled, nor of fixed point");
 }
 
 }  // namespace
@@ -133,7 +155,12 @@ void addMatch(CLI::App& command) {
       "  valid    TEMPLATE lies wholly in IMAGE, every score is real\n"
       "  same     its middle lies in IMAGE;  full  it overlaps IMAGE\n"
       "Where TEMPLATE does not fit the score is 0, which often wins. Such scores count in the map, too.\n"
-      "Colours are matched by their luma, 0.2126 R + 0.7152 G + 0.0722 B; alpha is dropped.\n"
+      "Colours are matched by their luma, 0.2126 R + 0.7152 G + 0.0722 B; alpha is dropped.\n" +
+      fixedFooter("input=u8.0,template=u8.0,accumulator=s24.0,output=u16.0,rounding=nearest,overflow=saturate",
+                  "Differences and\nsums are cast into the accumulator's type, scores into the output's. product=TYPE, "
+                  "for ssd and product, makes products\ninexact") +
+      "Elements of all types are cast into the types of input and template; what happened to values is told "
+      "at the\nend. Scores in the map are float64 or complex128.\n"
       "Example: orvane match photo.png patch.png --neighbourhood 3 --overlay found.png\n");
   operation->callback([arguments] { run(*arguments); });
 }

@@ -11,7 +11,6 @@
 
 #include "orvane/filters/median.h"
 #include "tool/channels.h"
-#include "tool/filter_array.h"
 #include "tool/text.h"
 
 namespace BP::tool {
@@ -49,6 +48,15 @@ filters::Median<T> makeMedian(const MedianSettings& settings, const Extents& ext
           {.mode = edges.mode, .pad = edges.pad, .padValue = static_cast<T>(edges.padValue.real())}};
 }
 
+FixedPlaneFilter makeFixed(const MedianSettings& settings, const Extents& extents) {
+  const EdgeSettings& edges = settings.edges;
+  constexpr double most = std::numeric_limits<double>::max();
+  checkPad(edges, {-most, most, false}, "values in fixed point");
+  filters::FixedMedian median(Extents(settings.window), extents, *settings.fixed,
+                              {.mode = edges.mode, .pad = edges.pad, .padValue = edges.padValue.real()});
+  return {std::move(median), *settings.fixed};
+}
+
 template <class T, class ToSample>
 void filterColours(const Image& image, const MedianSettings& settings, Image& output, const ToSample& toSample) {
   auto median = makeMedian<T>(settings, {image.width, image.height});
@@ -81,7 +89,7 @@ void checkWhole(const T* elements, std::size_t count, ElementType type) {
 
 /// Filters the elements, of type Stored in the array, in type Work.
 template <class Work, class Stored>
-void medianInto(MedianArray& result, const Array& input, const Stored* elements, const MedianSettings& settings) {
+void medianInto(FilteredArray& result, const Array& input, const Stored* elements, const MedianSettings& settings) {
   const Extents extents = planeExtents(input);
   filters::Array<Work> plane(extents);
   std::transform(elements, elements + plane.size(), plane.begin(), [](Stored v) { return static_cast<Work>(v); });
@@ -98,39 +106,54 @@ void medianInto(MedianArray& result, const Array& input, const Stored* elements,
 }
 
 template <class T>
-void filterElements(MedianArray& result, const Array& input, const T* elements, const MedianSettings& settings) {
+void filterElements(FilteredArray& result, const Array& input, const T* elements, const MedianSettings& settings) {
   checkPad(settings.edges, padRangeOf<T>(), "elements of type " + std::string(nameOf(input.type)));
   if constexpr (std::is_integral_v<T> && sizeof(T) == 8) checkWhole(elements, input.elements(), input.type);
   medianInto<Exact<T>>(result, input, elements, settings);
 }
 
-template <class T>
-void filterElements(MedianArray&, const Array& input, const std::complex<T>*, const MedianSettings&) {
+[[noreturn]] void refuseComplex(const Array& input) {
   throw std::runtime_error("the array has elements of type " + std::string(nameOf(input.type)) +
                            ", which have no order; allowed are bool, whole numbers, float32 and float64");
 }
 
+template <class T>
+void filterElements(FilteredArray&, const Array& input, const std::complex<T>*, const MedianSettings&) {
+  refuseComplex(input);
+}
+
 }  // namespace
 
-Image medianImage(const Image& image, const MedianSettings& settings) {
+FilteredImage medianImage(const Image& image, const MedianSettings& settings) {
   if (settings.window.size() != 2) throw std::runtime_error("--window: pictures take WIDTHxHEIGHT, such as 5x5");
   const EdgeSettings& edges = settings.edges;
+  const int width = static_cast<int>(settings.window[0]), height = static_cast<int>(settings.window[1]);
+  FilteredImage result;
+  if (settings.fixed) {
+    Image output = makeOutput(image, {width, height, edges.mode, edges.pad}, "window");
+    FixedPlaneFilter filter = makeFixed(settings, {image.width, image.height});
+    return filterImageFixed(image, std::move(output), filter);
+  }
   const int greatest = image.isBilevel ? 1 : image.maximum();
   checkPad(edges, {0, static_cast<double>(greatest), true},
            image.isBilevel ? "pictures of one bit" : "samples of " + std::to_string(image.bitDepth) + " bits");
-  const int width = static_cast<int>(settings.window[0]), height = static_cast<int>(settings.window[1]);
-  Image output = makeOutput(image, {width, height, edges.mode, edges.pad}, "window");
-  output.isBilevel = image.isBilevel;
+  result.image = makeOutput(image, {width, height, edges.mode, edges.pad}, "window");
+  result.image.isBilevel = image.isBilevel;
   if (image.isBilevel) {
-    filterColours<bool>(image, settings, output, [&](bool isWhite) { return isWhite ? image.maximum() : 0; });
+    filterColours<bool>(image, settings, result.image, [&](bool isWhite) { return isWhite ? image.maximum() : 0; });
   } else {
-    filterColours<float>(image, settings, output, [](float median) { return std::nearbyint(median); });
+    filterColours<float>(image, settings, result.image, [](float median) { return std::nearbyint(median); });
   }
-  return output;
+  return result;
 }
 
-MedianArray medianArray(const Array& input, const MedianSettings& settings) {
-  MedianArray result;
+FilteredArray medianArray(const Array& input, const MedianSettings& settings) {
+  FilteredArray result;
+  if (settings.fixed) {
+    if (input.type == ElementType::complex64 || input.type == ElementType::complex128) refuseComplex(input);
+    FixedPlaneFilter filter = makeFixed(settings, planeExtents(input));
+    return filterArrayFixed(input, filter);
+  }
   if (input.type == ElementType::boolean) {
     checkPad(settings.edges, {0, 1, true}, "elements of type bool");
     medianInto<bool>(result, input, input.as<std::uint8_t>(), settings);

@@ -82,34 +82,54 @@ template PlaneFilter<double> makePlaneFilter(const FilterSettings&, const Extent
 template PlaneFilter<std::complex<float>> makePlaneFilter(const FilterSettings&, const Extents&);
 template PlaneFilter<std::complex<double>> makePlaneFilter(const FilterSettings&, const Extents&);
 
+template <class Filter>
+void FixedPlaneFilter::hold(Filter made) {
+  const auto held = std::make_shared<Filter>(std::move(made));
+  filter = [held](const filters::FixedView& plane) { return held->run(plane); };
+  statistics = [held] { return held->statistics(); };
+}
+
 FixedPlaneFilter::FixedPlaneFilter(const FilterSettings& chosen, const Extents& extents, bool isComplex)
-    : settings(*chosen.fixed) {
-  settings.types.inputIsComplex = isComplex;
-  const auto hold = [this](auto made) {
-    const auto held = std::make_shared<decltype(made)>(std::move(made));
-    filter = [held](const filters::FixedView& plane) { return held->run(plane); };
-    statistics = [held] { return held->statistics(); };
-  };
+    : inputType(chosen.fixed->types.input), modes(chosen.fixed->types.modes) {
+  filters::FixedTypes types = chosen.fixed->types;
+  types.inputIsComplex = isComplex;
+  const filters::FixedType& filterType = chosen.fixed->filter;
+  rows = {{"input", filters::toText(types.input)},
+          {"filter", filters::toText(filterType)},
+          {"filter product", "exact"},
+          {"product", textOrExact(types.product)},
+          {"product sum", filters::toText(types.accumulator)},
+          {"second product", "exact"},
+          {"accumulator", filters::toText(types.accumulator)},
+          {"sqrt", textOrExact(types.sqrt)},
+          {"output", filters::toText(types.output)}};
   const Kernel& kernel = chosen.kernels.front();
   if (chosen.isSeparable()) {
     const Kernel& column = chosen.kernels.back();
-    hold(filters::FixedSeparableConvolution(cast(kernel, lineExtents(kernel)), cast(column, lineExtents(column)),
-                                            extents, settings.types, chosen.options));
+    hold(filters::FixedSeparableConvolution(cast(kernel, lineExtents(kernel), filterType),
+                                            cast(column, lineExtents(column), filterType), extents, types,
+                                            chosen.options));
   } else {
-    hold(filters::FixedConvolution(cast(kernel, kernelExtents(kernel, extents.rank())), extents, settings.types,
+    hold(filters::FixedConvolution(cast(kernel, kernelExtents(kernel, extents.rank()), filterType), extents, types,
                                    chosen.options));
   }
 }
 
-filters::FixedArray FixedPlaneFilter::cast(const Kernel& kernel, const Extents& extents) {
-  const filters::ArrayView<const double> elements(kernel.elements, extents);
-  return filters::quantise(elements, settings.filter, settings.types.modes, &filterStatistics);
+FixedPlaneFilter::FixedPlaneFilter(filters::FixedMedian median, const filters::FixedMedianTypes& types)
+    : rows{{"input", filters::toText(types.input)}, {"output", filters::toText(types.output.value_or(types.input))}},
+      inputType(types.input),
+      modes(types.modes) {
+  hold(std::move(median));
+}
+
+filters::FixedArray FixedPlaneFilter::cast(const Kernel& kernel, const Extents& extents,
+                                           const filters::FixedType& type) {
+  return filters::quantise(filters::ArrayView<const double>(kernel.elements, extents), type, modes, &filterStatistics);
 }
 
 template <class T>
 filters::Array<T> FixedPlaneFilter::run(filters::ArrayView<const T> plane) {
-  const filters::FixedArray input =
-      filters::quantise(plane, settings.types.input, settings.types.modes, &inputStatistics);
+  const filters::FixedArray input = filters::quantise(plane, inputType, modes, &inputStatistics);
   if constexpr (std::is_same_v<T, double>) {
     return filters::toDouble(filter(input));
   } else {
@@ -121,21 +141,16 @@ template filters::Array<double> FixedPlaneFilter::run(filters::ArrayView<const d
 template filters::Array<std::complex<double>> FixedPlaneFilter::run(filters::ArrayView<const std::complex<double>>);
 
 std::string FixedPlaneFilter::table() const {
-  const filters::FixedTypes& types = settings.types;
-  const auto textOr = [](const std::optional<filters::FixedType>& type, const char* without) {
-    return type ? filters::toText(*type) : without;
-  };
-  const std::pair<const char*, std::string> rows[] = {{"input", filters::toText(types.input)},
-                                                      {"filter", filters::toText(settings.filter)},
-                                                      {"filter product", "exact"},
-                                                      {"product", textOr(types.product, "exact")},
-                                                      {"product sum", filters::toText(types.accumulator)},
-                                                      {"second product", "exact"},
-                                                      {"accumulator", filters::toText(types.accumulator)},
-                                                      {"sqrt", textOr(types.sqrt, "")},
-                                                      {"output", filters::toText(types.output)}};
   std::vector<filters::FixedStatistics> all = statistics();
   all.insert(all.end(), {inputStatistics, filterStatistics});
+  return fixedTable(rows, all);
+}
+
+std::string textOrExact(const std::optional<filters::FixedType>& type) {
+  return type ? filters::toText(*type) : "exact";
+}
+
+std::string fixedTable(const FixedRows& rows, const std::vector<filters::FixedStatistics>& all) {
   std::string table = tableLine("label", "type", "casts", "overflows", "lossy", "least", "greatest");
   for (const auto& [label, type] : rows) {
     const auto line = std::ranges::find(all, label, &filters::FixedStatistics::label);

@@ -2,11 +2,14 @@
 
 #include <complex>
 #include <functional>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "orvane/filters/array.h"
 #include "orvane/filters/fixed_array.h"
+#include "orvane/filters/fixed_median.h"
 #include "tool/filter_settings.h"
 
 namespace BP::tool {
@@ -21,25 +24,40 @@ using PlaneFilter = std::function<filters::Array<T>(filters::ArrayView<const T>)
 template <class T>
 PlaneFilter<T> makePlaneFilter(const FilterSettings& settings, const filters::Extents& extents);
 
-/// A filter that sums in fixed point, and what has happened to its values by label.
+/// Labels and what to say of the types of their values, in the order in which these pass through a filter.
+using FixedRows = std::vector<std::pair<std::string, std::string>>;
+
+/// A line for each of `rows` that has a cast: its type, casts, overflows, lossy roundings, least and greatest value; a
+/// head above.
+std::string fixedTable(const FixedRows& rows, const std::vector<filters::FixedStatistics>& all);
+
+/// The type as it is written, or "exact" without one.
+std::string textOrExact(const std::optional<filters::FixedType>& type);
+
+/// A filter in fixed point, and what has happened to its values by label.
 class FixedPlaneFilter {
  public:
   /// As `makePlaneFilter`, for the types in `settings.fixed`; kernels are cast into the filter's type.
   FixedPlaneFilter(const FilterSettings& settings, const filters::Extents& extents, bool isComplex);
+  /// A median over planes of the input's type.
+  FixedPlaneFilter(filters::FixedMedian median, const filters::FixedMedianTypes& types);
 
   /// Casts a plane into the input's type, filters it, and returns the values of the output. T is `double`, or
   /// `std::complex<double>` if planes are complex.
   template <class T>
   filters::Array<T> run(filters::ArrayView<const T> plane);
 
-  /// A line for each label, from input to output: its type, casts, overflows, lossy roundings, least and greatest
-  /// value.
+  /// What has happened, as `fixedTable`.
   std::string table() const;
 
  private:
-  filters::FixedArray cast(const Kernel& kernel, const filters::Extents& extents);
+  template <class Filter>
+  void hold(Filter made);
+  filters::FixedArray cast(const Kernel& kernel, const filters::Extents& extents, const filters::FixedType& type);
 
-  FixedSettings settings;
+  FixedRows rows;
+  filters::FixedType inputType;
+  filters::FixedModes modes;
   filters::FixedStatistics inputStatistics{.label = "input"};
   filters::FixedStatistics filterStatistics{.label = "filter"};
   std::function<filters::FixedArray(const filters::FixedView&)> filter;

@@ -114,6 +114,8 @@ using MutableFixedView = BasicFixedView<void>;
 /// A fixed-point array that owns its values: dense, dimension 0 first.
 class ORVANE_API FixedArray {
  public:
+  /// No values, of type u1.0.
+  FixedArray() : FixedArray({0}, {1, 0, false}) {}
   /// All values are 0. Throws `std::invalid_argument` for a negative extent or a type out of range.
   FixedArray(const Extents& extents, const FixedType& type, bool isComplex = false);
 

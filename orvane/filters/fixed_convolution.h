@@ -1,20 +1,14 @@
 #pragma once
 
-#include <complex>
-#include <memory>
 #include <optional>
-#include <vector>
 
 #include "orvane/filters/extents.h"
 #include "orvane/filters/fixed_array.h"
+#include "orvane/filters/fixed_runner.h"
 #include "orvane/filters/options.h"
 #include "orvane/platform/export.h"
 
 namespace BP::filters {
-
-namespace detail {
-class FixedConvolutionJob;
-}
 
 /// The types of a fixed-point convolution; that of the filter comes with its values. Made for designated initialisers:
 ///
@@ -36,49 +30,20 @@ struct FixedTypes {
   FixedModes modes = {};
 };
 
-/// What `FixedConvolution` and `FixedSeparableConvolution` have in common: everything but their filters.
-///
-/// Objects, overlap and errors are as those of `ConvolutionRunner`. Indices count the parts of complex values, so
-/// complex arrays have at most 2^30 elements.
-class ORVANE_API FixedConvolutionRunner {
- public:
-  FixedConvolutionRunner(FixedConvolutionRunner&&) noexcept;
-  FixedConvolutionRunner& operator=(FixedConvolutionRunner&&) noexcept;
-
-  /// Filters `input` into `output`, which must have the types and extents given at construction.
-  void run(const FixedView& input, const MutableFixedView& output);
-  /// Filters `input` into a new array.
-  FixedArray run(const FixedView& input);
-
-  /// Takes another value for a constant pad for the runs to come.
-  void setPadValue(std::complex<double> value);
-
-  const Extents& outputExtents() const;
-
-  /// What happened to values in all runs so far, in the order of labels: "accumulator", "output", "product" (of input
-  /// and filter), and where there is such a thing "product sum" (partial sums of complex products), "second product",
-  /// "sqrt", "filter product" (its squares).
-  ///
-  /// Not counted are products of a constant pad's value, the norms of single windows, and casts into the intermediate
-  /// array of a separable filter. Within one run, counts of a label are kept modulo 2^32.
-  std::vector<FixedStatistics> statistics();
-
- protected:
-  explicit FixedConvolutionRunner(std::unique_ptr<detail::FixedConvolutionJob> newJob);
-  ~FixedConvolutionRunner();
-
-  std::unique_ptr<detail::FixedConvolutionJob> job;
-};
-
 /// Convolution, or correlation, of fixed-point inputs of one size with a filter.
 ///
 /// The sum, its order, choices and limits are those of `Convolution`. Each product is cast into the product type, each
 /// sum into the accumulator's, the result into the output's, by the given modes. Normalised, norms are cast into the
 /// root's type, their product into the accumulator's, and the sum is divided by that, rounded once.
 ///
+/// Statistics have the labels "accumulator", "output", "product" (of input and filter), and where there is such a thing
+/// "product sum" (partial sums of complex products), "second product", "sqrt", "filter product" (its squares). Not
+/// counted are products of a constant pad's value, the norms of single windows, and casts into the intermediate array
+/// of a separable filter.
+///
 /// The pad value must be a value of the input's type. Extreme types can need a product of more than 128 bits, which is
 /// refused unless a product type is given.
-class ORVANE_API FixedConvolution : public FixedConvolutionRunner {
+class ORVANE_API FixedConvolution : public FixedRunner {
  public:
   FixedConvolution(const FixedView& filter, const Extents& inputExtents, const FixedTypes& types,
                    const ConvolutionOptions& options = {});
@@ -93,7 +58,7 @@ class ORVANE_API FixedConvolution : public FixedConvolutionRunner {
 /// the second pass what the first makes of it in that type: the first filter's values,
 /// each cast into it, are summed in it.
 /// With few bits of fraction in the output this is far from the exact product; choose another pad then.
-class ORVANE_API FixedSeparableConvolution : public FixedConvolutionRunner {
+class ORVANE_API FixedSeparableConvolution : public FixedRunner {
  public:
   FixedSeparableConvolution(const FixedView& first, const FixedView& second, const Extents& inputExtents,
                             const FixedTypes& types, const ConvolutionOptions& options = {});

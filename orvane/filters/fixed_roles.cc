@@ -46,39 +46,55 @@ FixedType checkedProduct(std::initializer_list<Factors> all, const std::string& 
          "at most " + std::to_string(KarnDSPFixpt::greatestWord) + " are allowed: " + wayOut);
 }
 
-FixedType givenProduct(const FixedType& product, bool isSigned) {
-  checkedContainerBits("product", product);
-  if (product.isSigned != isSigned) {
-    refuse("product", toText(product),
-           isSigned ? "it must be signed, as input or filter is" : "it must be unsigned, as input and filter are");
+bool isSigned(const Factors& factors) { return factors.a.isSigned || factors.b.isSigned; }
+
+/// The type that products were given, or else the one that holds them exactly. The library signs a product if one of
+/// the factors is, so the type must be as those of `all`, of which the first says it for all.
+FixedType productOf(const std::optional<FixedType>& given, std::initializer_list<Factors> all) {
+  if (!given) return checkedProduct(all, "a product type must be given");
+  checkedContainerBits("product", *given);
+  const Factors& first = *all.begin();
+  if (given->isSigned != isSigned(first)) {
+    refuse("product", toText(*given),
+           (isSigned(first) ? "it must be signed, as products of " : "it must be unsigned, as products of ") +
+               std::string(first.name) + " are");
   }
-  return product;
+  return *given;
+}
+
+FixedType checked(const char* argument, const FixedType& type) {
+  checkedContainerBits(argument, type);
+  return type;
+}
+
+/// What is never multiplied.
+RoleDescription plainRole(const char* label, const FixedType& type, bool isComplex = false) {
+  return {label, checked(label, type), type, type, isComplex};
+}
+
+/// The narrowest type that holds the mean of any two values of `input`, and their sum.
+FixedType exactMean(const FixedType& input) {
+  const FixedType mean{input.word + 2, input.fraction + 1, input.isSigned};
+  if (mean.word <= static_cast<int>(KarnDSPFixpt::greatestWord)) return mean;
+  refuse("accumulator", std::to_string(mean.word) + " bits for the exact mean of two values of " + toText(input),
+         "at most " + std::to_string(KarnDSPFixpt::greatestWord) + " are allowed: its type must be given");
 }
 
 }  // namespace
 
 FixedRoles::FixedRoles(const FixedTypes& types, const FixedType& filterType, bool filterIsComplex, bool isNormalised) {
-  const auto check = [](const char* argument, const FixedType& type) {
-    checkedContainerBits(argument, type);
-    return type;
-  };
   const bool isComplex = types.inputIsComplex || filterIsComplex;
-  input = {"input", check("input", types.input), {}, {}, types.inputIsComplex, "product"};
-  filter = {"filter", check("filter", filterType), {}, {}, filterIsComplex};
-  accumulator = {"accumulator", check("accumulator", types.accumulator), {}, {}, isComplex};
-  output = {"output", check("output", types.output), {}, {}, isComplex, "second product"};
+  input = {"input", checked("input", types.input), {}, {}, types.inputIsComplex, "product"};
+  filter = {"filter", checked("filter", filterType), {}, {}, filterIsComplex};
+  accumulator = {"accumulator", checked("accumulator", types.accumulator), {}, {}, isComplex};
+  output = {"output", checked("output", types.output), {}, {}, isComplex, "second product"};
   accumulator.product = accumulator.value;  // is never multiplied
   for (RoleDescription* role : {&input, &filter, &accumulator, &output}) role->sum = accumulator.value;
 
   const Factors taps{"input and filter", input.value, filter.value};
   const Factors squares{"input and input", input.value, input.value, types.inputIsComplex ? 1 : 0};
   const std::string narrower = "narrower types are needed";
-  if (types.product) {
-    input.product = givenProduct(*types.product, input.value.isSigned || filter.value.isSigned);
-  } else {
-    const std::string wayOut = "a product type must be given";
-    input.product = isNormalised ? checkedProduct({taps, squares}, wayOut) : checkedProduct({taps}, wayOut);
-  }
+  input.product = isNormalised ? productOf(types.product, {taps, squares}) : productOf(types.product, {taps});
   filter.product =
       checkedProduct({{"filter and filter", filter.value, filter.value, filterIsComplex ? 1 : 0}}, narrower);
   // Of the output's type are the intermediate of a separable filter and what a pad value is multiplied into.
@@ -89,8 +105,30 @@ FixedRoles::FixedRoles(const FixedTypes& types, const FixedType& filterType, boo
            isNormalised ? "normalise 1 (energy) needs one" : "only normalise 1 (energy) takes one");
   }
   if (!isNormalised) return;
-  sqrt = {"sqrt", check("sqrt", *types.sqrt), {}, accumulator.value, false};
+  sqrt = {"sqrt", checked("sqrt", *types.sqrt), {}, accumulator.value, false};
   sqrt.product = checkedProduct({{"sqrt and sqrt", sqrt.value, sqrt.value}}, narrower);
+}
+
+FixedMedianRoles::FixedMedianRoles(const FixedMedianTypes& types)
+    : input(plainRole("input", types.input)),
+      accumulator(plainRole("accumulator", types.accumulator ? *types.accumulator : exactMean(types.input))),
+      output(plainRole("output", types.output.value_or(types.input))) {}
+
+FixedMatchRoles::FixedMatchRoles(const FixedMatchTypes& types, const FixedType& patternType, bool patternIsComplex,
+                                 AlgorithmModeEnum metric)
+    : image(plainRole("input", types.input, types.inputIsComplex)),
+      pattern(plainRole("template", patternType, patternIsComplex)),
+      accumulator(plainRole("accumulator", types.accumulator, types.inputIsComplex || patternIsComplex)),
+      output(plainRole("output", types.output, accumulator.isComplex)) {
+  if (metric == AlgorithmModeConvolution) {
+    image.productLabel = "product";
+    image.product = productOf(types.product, {{"input and template", image.value, pattern.value}});
+    image.sum = accumulator.value;
+  } else if (metric == AlgorithmModeSSD) {
+    accumulator.product = productOf(types.product, {{"differences", accumulator.value, accumulator.value}});
+  } else if (types.product) {
+    refuse("product", toText(*types.product), "only metrics 1 (ssd) and 3 (product) take one");
+  }
 }
 
 }  // namespace BP::filters::detail

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "orvane/core/enums.h"
 #include "orvane/filters/fixed_convolution.h"
+#include "orvane/filters/fixed_median.h"
+#include "orvane/filters/fixed_template_matcher.h"
 #include "orvane/filters/fixed_values.h"
 
 namespace BP::filters::detail {
@@ -15,6 +18,28 @@ struct FixedRoles {
   RoleDescription accumulator;
   RoleDescription output;
   RoleDescription sqrt;
+};
+
+/// What the arrays of a fixed-point median are.
+struct FixedMedianRoles {
+  /// Throws `std::invalid_argument` for a type that is missing or out of range.
+  explicit FixedMedianRoles(const FixedMedianTypes& types);
+
+  RoleDescription input;
+  RoleDescription accumulator;
+  RoleDescription output;
+};
+
+/// What the arrays of a fixed-point match are.
+struct FixedMatchRoles {
+  /// Throws `std::invalid_argument` for a type that is missing, out of range or does not fit the others.
+  FixedMatchRoles(const FixedMatchTypes& types, const FixedType& patternType, bool patternIsComplex,
+                  AlgorithmModeEnum metric);
+
+  RoleDescription image;
+  RoleDescription pattern;
+  RoleDescription accumulator;
+  RoleDescription output;
 };
 
 }  // namespace BP::filters::detail

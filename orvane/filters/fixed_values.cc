@@ -22,6 +22,10 @@ constexpr std::array<Choice<fxpModeOverflow_tag>, 4> overflows{{{"wrap", fxpOver
                                                                 {"symmetric", fxpOverflowSymmetric},
                                                                 {"zero", fxpOverflowZero}}};
 
+std::string describe(const FixedType& type, bool isComplex) {
+  return filters::toText(type) + (isComplex ? " complex" : "");
+}
+
 }  // namespace
 
 CoreModes::CoreModes(const FixedModes& modes)
@@ -53,6 +57,16 @@ std::unique_ptr<Fixpt> makeAlias(const DSPDataAttributesHandle& handle, const vo
   if (data != nullptr) alias->setValPtr(const_cast<void*>(data));
   return alias;
 }
+
+void checkFixed(const char* argument, const FixedView& view, const RoleDescription& role, const Extents& extents) {
+  if (view.type() != role.value || view.isComplex() != role.isComplex) {
+    refuse(argument, "type " + describe(view.type(), view.isComplex()),
+           "it must be " + describe(role.value, role.isComplex));
+  }
+  checkArray(argument, view.data(), view.extents(), extents);
+}
+
+std::size_t bytesOf(const FixedView& view) { return bytesOf(view.extents(), view.type(), view.isComplex()); }
 
 void copyStored(Fixpt& from, Fixpt& to, int count) {
   const int components = count << (from.isComplex() ? 1 : 0);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -39,6 +40,12 @@ KarnDSPFixpt::DSPDataAttributesHandle makeHandle(const RoleDescription& role, co
 
 /// An array whose values are those of `view`, read and written where they are.
 std::unique_ptr<KarnDSPFixpt::Fixpt> makeAlias(const KarnDSPFixpt::DSPDataAttributesHandle& handle, const void* data);
+
+/// Throws `std::invalid_argument` unless `view` is an array of the role's type and these extents.
+void checkFixed(const char* argument, const FixedView& view, const RoleDescription& role, const Extents& extents);
+
+/// Bytes of an array.
+std::size_t bytesOf(const FixedView& view);
 
 /// Copies `count` elements of one type, bit for bit and uncounted.
 void copyStored(KarnDSPFixpt::Fixpt& from, KarnDSPFixpt::Fixpt& to, int count);

@@ -1,9 +1,9 @@
 #include "orvane/filters/matching_geometry.h"
 
 #include <algorithm>
+#include <cmath>
 #include <string>
 
-#include "orvane/filters/checks.h"
 #include "orvane/filters/convolution_geometry.h"
 
 namespace BP::filters::detail {
@@ -16,9 +16,6 @@ constexpr std::array<Choice<AlgorithmModeEnum>, 4> metrics{{{"sad", AlgorithmMod
                                                             {"product", AlgorithmModeConvolution}}};
 constexpr std::array<Choice<SearchMethodEnum>, 2> searches{
     {{"exhaustive", SearchMethodExhaustive}, {"three-step", SearchMethodThreeStep}}};
-
-/// Of a square block that still has no more elements than an index reaches.
-constexpr std::int64_t greatestEdge = 46340;
 
 std::string textOf(const char* what, std::int64_t value, std::size_t dimension) {
   return std::string(what) + " " + std::to_string(value) + " in dimension " + std::to_string(dimension);
@@ -57,18 +54,21 @@ std::array<int, 2> dimsOf(const Extents& extents) {
 
 }  // namespace
 
-MatchingGeometry::MatchingGeometry(const Extents& image, const Extents& pattern, const MatchOptions& options)
+AlgorithmModeEnum metricOf(Metric metric) { return chosen("metric", metric, metrics); }
+
+MatchingGeometry::MatchingGeometry(const Extents& image, const Extents& pattern, const MatchOptions& options,
+                                   std::int64_t mostElements)
     : imageExtents(image), patternExtents(pattern) {
   mode = modeOf(options.mode);
-  metric = chosen("metric", options.metric, metrics);
+  metric = metricOf(options.metric);
   search = chosen("search", options.search, searches);
   // A three-step search can look at positions beyond an inside sector that does not start at the first position.
-  constexpr std::int64_t mostForSteps = std::int64_t{1} << 29;
+  const std::int64_t mostForSteps = (mostElements + 1) / 4;
   const bool leavesSectors = search == SearchMethodThreeStep && mode != OutputModeValid;
   if (image.rank() != 2) refuse("image", "rank " + std::to_string(image.rank()), "it must be 2");
-  checkExtents("image", image, leavesSectors ? mostForSteps : greatestIndex);
-  const Extents outputs = checkedOutputExtents(image, pattern, mode, PadTypeReplicate, 2, greatestIndex, "template");
-  checkNeighbourhood(options.neighbourhood);
+  checkExtents("image", image, leavesSectors ? mostForSteps : mostElements);
+  const Extents outputs = checkedOutputExtents(image, pattern, mode, PadTypeReplicate, 2, mostElements, "template");
+  checkNeighbourhood(options.neighbourhood, mostElements);
   if (!options.best && !options.map) refuse("best", "false", "it must be true unless map is");
   if (!options.best && options.neighbourhood > 0) {
     refuse("neighbourhood", std::to_string(options.neighbourhood), "without best it must be 0");
@@ -84,8 +84,8 @@ MatchingGeometry::MatchingGeometry(const Extents& image, const Extents& pattern,
   setRegion(options.region);
 }
 
-void MatchingGeometry::checkNeighbourhood(std::int64_t size) const {
-  std::int64_t most = greatestEdge;
+void MatchingGeometry::checkNeighbourhood(std::int64_t size, std::int64_t mostElements) const {
+  auto most = static_cast<std::int64_t>(std::sqrt(static_cast<double>(mostElements)));
   for (std::size_t d = 0; d < 2; ++d) {
     most = std::min(most, (greatestIndex - imageExtents[d] - 2 * patternExtents[d]) / 2);
   }

@@ -1,19 +1,25 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 
 #include "orvane/core/enums.h"
+#include "orvane/filters/checks.h"
 #include "orvane/filters/template_matcher.h"
 #include "orvane/matching/template_matching.h"
 
 namespace BP::filters::detail {
 
+/// What the fronts call a metric; throws `std::invalid_argument` for a number that is none.
+AlgorithmModeEnum metricOf(Metric metric);
+
 /// A match in the terms of the fronts, after all checks that do not depend on element types.
 ///
 /// A front keeps pointers to the tables, so an object stays where it is while its front lives.
 struct MatchingGeometry {
-  /// Throws `std::invalid_argument`.
-  MatchingGeometry(const Extents& image, const Extents& pattern, const MatchOptions& options);
+  /// Element counts of all arrays are held to `mostElements`. Throws `std::invalid_argument`.
+  MatchingGeometry(const Extents& image, const Extents& pattern, const MatchOptions& options,
+                   std::int64_t mostElements = greatestIndex);
 
   /// Throws `std::invalid_argument`, and changes nothing then.
   void setRegion(const std::optional<Region>& region);
@@ -34,7 +40,7 @@ struct MatchingGeometry {
   SearchMethodEnum search;
 
  private:
-  void checkNeighbourhood(std::int64_t size) const;
+  void checkNeighbourhood(std::int64_t size, std::int64_t mostElements) const;
   std::int64_t centre(std::size_t d) const { return (patternExtents[d] - 1) / 2; }
 };
 

@@ -72,32 +72,35 @@ struct MatchScoreOf<bool, bool> {
 template <class UT, class HT>
 using MatchScore = typename MatchScoreOf<UT, HT>::type;
 
-/// What one run found. Arrays that were not asked for have no elements.
-template <class Score>
-struct Match {
+/// What one run found, with scores of type Score and arrays of them of type Scores. Arrays that were not asked for have
+/// no elements.
+template <class Score, class Scores>
+struct BasicMatch {
   /// Whether there is a best match: it was asked for, and the region of interest holds a position. Otherwise location,
   /// window and score are all 0.
   bool found = false;
   std::array<std::int64_t, 2> location{};  ///< position of the best match
-  Region window;                           ///< the elements of the image under the template there
+  Region window{};                         ///< the elements of the image under the template there
   Score score{};                           ///< the score there
   /// Whether all of the region of interest are positions; true without one, false for an empty one.
   bool regionValid = false;
   /// The block of scores: (neighbourhood - 1) / 2 positions before the location in each dimension, rounded down, and
   /// the others from there on. Beyond the positions too scores are real where the template fits and 0 elsewhere.
-  Array<Score> neighbourhood;
+  Scores neighbourhood{};
   bool neighbourhoodValid = false;  ///< whether all of the block are positions in the region of interest
-  Array<Score> map;                 ///< a score for each position in `positions`
-  Region positions;                 ///< the positions in the region of interest; of size 0 if there are none
+  Scores map{};                     ///< a score for each position in `positions`
+  Region positions{};               ///< the positions in the region of interest; of size 0 if there are none
 };
+template <class Score>
+using Match = BasicMatch<Score, Array<Score>>;
 
 namespace detail {
-template <class UT, class HT>
+template <class Elements>
 class MatchJob;
+template <class UT, class HT>
+class PlainMatchElements;
 }  // namespace detail
 
-/// Finds a template in images of one size.
-///
 /// The best match is the position of the least score, whatever the metric; complex scores compare by squared magnitude.
 /// Of equal scores the one visited first stays: positions where the template fits before others, then row by row. A
 /// score that is NaN is passed over, unless it is that of the very first position, where it stays.
@@ -139,7 +142,7 @@ class ORVANE_API TemplateMatcher {
   const Region& positions() const;
 
  private:
-  std::unique_ptr<detail::MatchJob<UT, HT>> job;
+  std::unique_ptr<detail::MatchJob<detail::PlainMatchElements<UT, HT>>> job;
 };
 
 /// Finds `pattern` in `image`, once: see `TemplateMatcher`. Both are an `Array` or an `ArrayView`.

@@ -209,6 +209,14 @@ class ArgumentsTest(RefusalCase):
             ("int8.npy", ["--window", "3x3", "--pad", "constant:-129"], "int8", "-128 to 127"),
             ("bool.npy", ["--window", "3x3", "--pad", "constant:2"], "bool", "0 to 1"),
             ("float.npy", ["--window", "3x3", "--pad", "constant:1e39"], "float32", "real"),
+            ("in.png", ["--window", "3x3", "--fixed", "output=u8.0"], "input is missing", "accumulator=TYPE"),
+            ("in.png", ["--window", "3x3", "--fixed", "input=u8.0,filter=u8.0"], "'filter=u8.0'", "output=TYPE"),
+            ("in.png", ["--window", "9x9", "--fixed", "input=u8.0"], "window of 9x9", "image of 6x5"),
+            ("in.png", ["--window", "3x3", "--fixed", "input=u8.0", "--pad", "constant:1,2"], "1,2", "real"),
+            ("float.npy", ["--window", "3x3", "--mode", "same", "--fixed", "input=u8.0", "--pad", "constant:0.5"],
+             "0.5", "u8.0"),
+            ("float.npy", ["--window", "3x3", "--fixed", "input=u127.0"], "accumulator", "129 bits", "128"),
+            ("complex.npy", ["--window", "3x3", "--fixed", "input=u8.0"], "complex64", "no order"),
         ):
             self.refused(["median", name, "old." + name[-3:], *options], *words)
         self.refused(["median", "bool.npy", "old.png", "--window", "1x1"], "'old.png'", ".npy")

@@ -29,6 +29,9 @@ class MatchArgumentsTest(RefusalCase):
             ("--roi 2147483647,0,9x9", "region", "2147483647"),
             ("--map map.tif", "--map 'map.tif'", ".npy or .png"),
             ("--overlay o.jpg", "'o.jpg'", ".png"),
+            ("--fixed input=u8.0,accumulator=s12.0,output=u8.0", "template is missing", "product=TYPE"),
+            ("--fixed input=u8.0,template=u8.0,accumulator=s12.0,output=u8.0,sqrt=u8.0", "'sqrt=u8.0'", "template=TYPE"),
+            ("--fixed input=u8.0,template=u8.0,accumulator=s12.0,output=u8.0,product=s9.0", "product: s9.0", "3 (product)"),
             ("--map nowhere/old.png", "'nowhere/old.png'", "No such file"),
         ):
             self.refused(["match", "in.png", "small.png", *options.split()], *words)

@@ -33,6 +33,11 @@ class CommandCase(unittest.TestCase):
         self.assertEqual(done.returncode, 0, done.stderr)
         return done.stderr
 
+    def table(self, said):
+        """Type and counts of each label in what was said of fixed point."""
+        rows = [line.rsplit(maxsplit=6) for line in said.splitlines() if line.startswith("  ")]
+        return {label.strip(): [kind, *map(int, counts[:3])] for label, kind, *counts in rows[1:]}
+
     def random_image(self, width, height, channels=1, depth=8):
         """Samples over the full range, as an array of rows, columns and channels."""
         return self.random.integers(0, 2**depth, (height, width, channels))

@@ -19,9 +19,49 @@ auto magnitude(YT v) {
   }
 }
 
+/// The score of a window whose first element has linear index `index`, in the type YT of scores itself.
+struct PlainWindowScore {
+  template <class YT>
+  static YT term(YT a, YT t) {
+    return magnitude(a) > magnitude(t) ? a - t : t - a;
+  }
+
+  template <class Model, class YT = typename Model::Score>
+  YT operator()(const Model& m, int index) const {
+    YT score{};
+    bool any = false;
+    const int count = m.hDims[0] * m.hDims[1];
+    for (int k = 0; k < count; ++k) {
+      const auto a = m.imageAt(index, k);
+      const auto t = m.h[static_cast<std::size_t>(k)];
+      const YT d = term(YT(a), YT(t));
+      switch (m.metric) {
+        case AlgorithmModeSAD: score = score + d; break;
+        case AlgorithmModeSSD: {
+          const YT e = YT(a) - YT(t);
+          if constexpr (IsComplex<YT>::value) {
+            score = score + complexProduct(e, e);
+          } else {
+            score = sum(product(e, e), score);
+          }
+          break;
+        }
+        case AlgorithmModeMaxAD:
+          if (!any || magnitude(d) > magnitude(score)) score = d;
+          any = true;
+          break;
+        default: addProduct(score, a, m.h[static_cast<std::size_t>(count - 1 - k)]);
+      }
+    }
+    return score;
+  }
+};
+
 /// A matching problem in two dimensions and what its calls leave behind.
-template <class HT, class UT, class YT>
+template <class HT, class UT, class YT, class WindowScore = PlainWindowScore>
 struct MatchingModel {
+  using Score = YT;
+
   int hDims[2], uDims[2];
   std::vector<HT> h;
   std::vector<UT> u;
@@ -37,6 +77,7 @@ struct MatchingModel {
   int location[2] = {0, 0};
   bool blockValid = false, roiValid = false;
   int passMode = -1;
+  WindowScore windowScore;
 
   struct Rect {
     int lo[2], size[2];
@@ -88,40 +129,11 @@ struct MatchingModel {
            y - centre(1) + hDims[1] <= uDims[1];
   }
 
-  YT termOf(UT a, HT t) const {
-    const YT ya(a), yt(t);
-    return magnitude(ya) > magnitude(yt) ? ya - yt : yt - ya;
+  /// The image element over element `k` of the template, in the window whose first element has this linear index.
+  UT imageAt(int index, int k) const {
+    return u[static_cast<std::size_t>(index + k % hDims[0] + uDims[0] * (k / hDims[0]))];
   }
-
-  /// The score of the window whose first element has this linear index.
-  YT scoreFrom(int index) const {
-    YT score{};
-    bool any = false;
-    const int count = hDims[0] * hDims[1];
-    for (int k = 0; k < count; ++k) {
-      const UT a = u[static_cast<std::size_t>(index + k % hDims[0] + uDims[0] * (k / hDims[0]))];
-      const HT t = h[static_cast<std::size_t>(k)];
-      const YT d = termOf(a, t);
-      switch (metric) {
-        case AlgorithmModeSAD: score = score + d; break;
-        case AlgorithmModeSSD: {
-          const YT e = YT(a) - YT(t);
-          if constexpr (IsComplex<YT>::value) {
-            score = score + complexProduct(e, e);
-          } else {
-            score = sum(product(e, e), score);
-          }
-          break;
-        }
-        case AlgorithmModeMaxAD:
-          if (!any || magnitude(d) > magnitude(score)) score = d;
-          any = true;
-          break;
-        default: addProduct(score, a, h[static_cast<std::size_t>(count - 1 - k)]);
-      }
-    }
-    return score;
-  }
+  YT scoreFrom(int index) const { return windowScore(*this, index); }
   YT scoreAt(int x, int y) const {
     return isInside(x, y) ? scoreFrom(x - centre(0) + uDims[0] * (y - centre(1))) : YT(0);
   }

@@ -71,11 +71,6 @@ class FilterOptionsTest(CommandCase):
         blank = numpy.zeros((4, 4, 1), dtype=int)
         self.assertEqual(self.run_on(blank, "correlate", "--kernel", "1,1", "--normalise", "energy")[0].max(), 0)
 
-    def table(self, said):
-        """Type and counts of each label in what was said."""
-        rows = [line.rsplit(maxsplit=6) for line in said.splitlines() if line.startswith("  ")]
-        return {label.strip(): [kind, *map(int, counts[:3])] for label, kind, *counts in rows[1:]}
-
     def test_fixed_point_casts_and_counts(self):
         image = self.random_image(16, 9)
         types = "input=u8.0,filter=s8.2,accumulator=s20.2,output=u8.0,rounding={},overflow=saturate"

@@ -100,6 +100,34 @@ class MatchTest(CommandCase):
         self.assertEqual(found["neighbourhood"], padded[top:top + 4, left:left + 4].tolist())
         self.assertFalse(found["neighbourhoodValid"])
 
+    def test_fixed_point_casts_and_counts(self):
+        for types, metric, limits in (("int16 int16", "sad", (0, 31)), ("float32 complex128", "ssd", (-16, 15)),
+                                      ("uint64 bool", "product", (-16, 15)), ("complex64 int8", "sad", (-16, 15))):
+            with self.subTest(types=types, metric=metric):
+                image, pattern = self.arrays(*types.split())
+                in_range = [numpy.clip(part, -4, 3) for part in (image.real.astype(float), image.imag.astype(float))]
+                image = in_range[0] + 1j * in_range[1] if numpy.iscomplexobj(image) else in_range[0]
+                pattern = pattern if numpy.iscomplexobj(pattern) else pattern.astype(float)
+                output = "u5.0" if limits[0] == 0 else "s5.0"
+                done = self.run_tool("match", "image.npy", "pattern.npy", "--json", "--map", "map.npy", "--metric",
+                                     metric, "--fixed",
+                                     f"input=s3.0,template=s4.0,accumulator=s12.0,output={output}")
+                scores, first = score_map(image, pattern, metric)
+                parts = scores.view(float)
+                cast = parts.clip(*limits).view(scores.dtype)
+                written = numpy.load(self.folder / "map.npy")
+                self.assertEqual(written.dtype, scores.dtype)
+                numpy.testing.assert_array_equal(written, cast)
+                found = json.loads(done.stdout)
+                x, y = (found["location"][d] - first[d] for d in (0, 1))
+                self.assertEqual((y * scores.shape[1] + x, found["score"]), (level(scores).argmin(), plain(cast[y, x])))
+                beyond = int((parts != parts.clip(*limits)).sum())
+                best = numpy.array([scores[y, x]]).view(float)  # is written once more
+                beyond += int((best != best.clip(*limits)).sum())
+                table = self.table(done.stderr)
+                self.assertEqual(table["output"], [output, parts.size + best.size, beyond, 0])
+                self.assertEqual("product" in table, metric == "product")
+
     def test_patch_of_a_colour_picture_is_found_again(self):
         picture = self.random_image(40, 30, 4, 16)
         self.write("in.png", picture, 16)

@@ -100,6 +100,29 @@ class MedianTest(CommandCase):
                     self.assertEqual(said.split(" means")[0],
                                      f"orvane: out.npy: {halves} of {actual.size} values were" if halves else "")
 
+    def test_fixed_point_casts_and_counts(self):
+        image = self.random_image(12, 9, 3)
+        self.write("in.png", image)
+        array = self.random.integers(-700, 700, (9, 12)) / 4
+        for rounding, function in (("floor", numpy.floor), ("ceiling", numpy.ceil), ("convergent", numpy.rint)):
+            with self.subTest(rounding=rounding):
+                said = self.succeed("median", "in.png", "out.png", "--window", "2x3", "--mode", "same", "--pad",
+                                    "constant:3", "--fixed", f"input=u9.1,output=s8.0,rounding={rounding}")
+                exact = median_of(extended(image, (3, 2), "same", "constant", 3).astype(float), 2, 3)
+                cast = function(exact)
+                numpy.testing.assert_array_equal(self.read("out.png")[0], cast.clip(0, 127))
+                self.assertEqual(self.table(said), {
+                    "input": ["u9.1", 324, 0, 0],
+                    "output": ["s8.0", 324, (cast > 127).sum(), (cast != exact).sum()]})
+                # The sum of the two in the middle overflows in 8 bits, and their mean is rounded there.
+                actual, said = self.filtered(array, "--window", "4x2", "--fixed",
+                                             f"input=s10.1,accumulator=s8.0,rounding={rounding}")
+                ranked = numpy.lib.stride_tricks.sliding_window_view(function(2 * array) / 2, (2, 4))
+                lower, upper = (numpy.sort(ranked.reshape(8, 9, 8))[..., k] for k in (3, 4))
+                total = function(function(lower).clip(-128, 127) + upper).clip(-128, 127)
+                numpy.testing.assert_array_equal(actual, function(total / 2))
+                self.assertEqual(self.table(said)["output"], ["s10.1", 72, 0, 0])
+
     def test_lines(self):
         line = self.random.normal(size=20)
         actual, _ = self.filtered(line, "--window", "4", "--mode", "same", "--pad", "constant:0.25")

@@ -9,53 +9,21 @@
 #include <random>
 #include <vector>
 
-#include "tests/support/random_values.h"
+#include "tests/support/fixed_model.h"
 
 namespace BP::filters {
 namespace {
 
+using test::ExactCast;
+using test::expectCounts;
+using test::labelled;
 using test::pick;
 using testing::ElementsAre;
-
-/// A cast of small numbers, written down once more: floor or nearest, wrap or saturate.
-struct Cast {
-  FixedType type;
-  FixedModes modes;
-  FixedStatistics counts = {};
-
-  /// Takes `value` * 2^-fraction and returns the stored integer.
-  std::int64_t operator()(std::int64_t value, int fraction) {
-    const int drop = fraction - type.fraction;
-    std::int64_t stored = drop <= 0 ? value * (1 << -drop) : value >> drop;
-    const std::int64_t lost = drop <= 0 ? 0 : value - stored * (1 << drop);
-    if (modes.rounding == Rounding::nearest && 2 * lost >= (1 << std::max(drop, 0)) && lost > 0) ++stored;
-    const std::int64_t values = std::int64_t{1} << type.word;
-    const std::int64_t least = type.isSigned ? -values / 2 : 0, greatest = least + values - 1;
-    ++counts.casts;
-    counts.lossy += lost != 0;
-    counts.overflows += stored < least || stored > greatest;
-    if (modes.overflow == Overflow::saturate) return std::clamp(stored, least, greatest);
-    return ((stored - least) % values + values) % values + least;
-  }
-};
-
-const FixedStatistics& labelled(const std::vector<FixedStatistics>& all, const std::string& label) {
-  const auto found = std::ranges::find(all, label, &FixedStatistics::label);
-  EXPECT_NE(found, all.end()) << label;
-  return *found;
-}
-
-void expectCounts(const FixedStatistics& actual, const FixedStatistics& expected) {
-  EXPECT_EQ(actual.casts, expected.casts) << actual.label;
-  EXPECT_EQ(actual.overflows, expected.overflows) << actual.label;
-  EXPECT_EQ(actual.lossy, expected.lossy) << actual.label;
-}
 
 TEST(FixedConvolutionTest, EqualsIntegerArithmeticAndCountsItsCasts) {
   std::mt19937 random(3);
   for (int trial = 0; trial < 100; ++trial) {
-    const FixedModes modes{pick(random, 0, 1) ? Rounding::nearest : Rounding::floor,
-                           pick(random, 0, 1) ? Overflow::saturate : Overflow::wrap};
+    const FixedModes modes = test::randomModes(random);
     const FixedTypes types{
         .input = {8, 2, false}, .accumulator = {12, 3}, .output = {7, 1}, .product = FixedType{11, 4}, .modes = modes};
     const int taps = pick(random, 1, 5), count = pick(random, 5, 9);
@@ -65,18 +33,19 @@ TEST(FixedConvolutionTest, EqualsIntegerArithmeticAndCountsItsCasts) {
     for (auto& value : filter) value = static_cast<std::int16_t>(pick(random, -256, 255));
     FixedConvolution convolution(FixedView(ArrayView(filter, {taps}), {9, 4}), {count}, types,
                                  {.direction = Direction::correlation});
-    Cast product{*types.product, modes}, accumulator{types.accumulator, modes}, output{types.output, modes};
-    std::vector<std::int8_t> expected, actual(static_cast<std::size_t>(count - taps + 1));
+    ExactCast product{*types.product, modes}, accumulator{types.accumulator, modes}, output{types.output, modes};
+    std::vector<mpq_class> expected;
+    std::vector<std::int8_t> actual(static_cast<std::size_t>(count - taps + 1));
     for (std::size_t p = 0; p < actual.size(); ++p) {
-      std::int64_t sum = 0;
+      mpq_class sum;
       for (std::size_t i = 0; i < filter.size(); ++i) {
-        sum = accumulator(2 * sum + product(input[p + i] * filter[i], 2 + 4), 4);
+        sum = accumulator(sum + product(mpq_class(input[p + i] * filter[i]) / (1 << (2 + 4))));
       }
-      expected.push_back(static_cast<std::int8_t>(output(sum, 3)));
+      expected.push_back(output(sum));
     }
     convolution.run(FixedView(ArrayView(input, {count}), types.input),
                     MutableFixedView(ArrayView(actual, {count - taps + 1}), types.output));
-    EXPECT_EQ(actual, expected);
+    EXPECT_EQ(test::exactValues(FixedView(ArrayView(actual, {count - taps + 1}), types.output)), expected);
     const auto statistics = convolution.statistics();
     EXPECT_EQ(statistics.size(), 3U);
     expectCounts(labelled(statistics, "product"), product.counts);
@@ -105,11 +74,7 @@ TEST(FixedConvolutionTest, RunsAgainWithOtherFiltersAndPadValuesAndAddsItsCounts
   EXPECT_THROW(convolution.setPadValue(256), std::invalid_argument);
   EXPECT_THAT(listOf(convolution.run(input)), ElementsAre(8, 0, 0, 241));
   for (int call = 0; call < 2; ++call) {
-    const FixedStatistics output = labelled(convolution.statistics(), "output");
-    EXPECT_EQ(output.casts, 8U);
-    EXPECT_EQ(output.overflows, 4U);
-    EXPECT_EQ(output.minimum, 0);
-    EXPECT_EQ(output.maximum, 255);
+    expectCounts(labelled(convolution.statistics(), "output"), {"output", 8, 4, 0, 0, 255});
   }
   EXPECT_THROW(first.statistics(), std::logic_error);
 }
@@ -170,9 +135,7 @@ TEST(QuantiseTest, RoundsOverflowsAndCounts) {
   EXPECT_THAT(cast(Rounding::round, Overflow::zero, nullptr), ElementsAre(0, 2, -3, 0, 0));
   EXPECT_THAT(cast(Rounding::ceiling, Overflow::zero, nullptr), ElementsAre(1, 2, -2, 0, 0));
   EXPECT_THAT(cast(Rounding::zero, Overflow::zero, nullptr), ElementsAre(0, 1, -2, 0, 0));
-  expectCounts(statistics, {.label = "list", .casts = 10, .overflows = 4, .lossy = 6});
-  EXPECT_EQ(statistics.minimum, -128);
-  EXPECT_EQ(statistics.maximum, 127);
+  expectCounts(statistics, {"list", 10, 4, 6, -128, 127});
 }
 
 TEST(FixedTypeTest, TextsAndTypesAreOneAnother) {

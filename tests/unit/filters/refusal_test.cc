@@ -9,6 +9,8 @@
 
 #include "orvane/filters/convolution.h"
 #include "orvane/filters/fixed_convolution.h"
+#include "orvane/filters/fixed_median.h"
+#include "orvane/filters/fixed_template_matcher.h"
 #include "orvane/filters/template_matcher.h"
 
 namespace BP::filters {
@@ -194,7 +196,7 @@ const Refusal fixedRefusals[] = {
     {"sqrt: s16.8; only normalise 1 (energy) takes one", [] { makeFixed([](auto& t) {
                                                                 t.sqrt = {16, 8};
                                                               }); }},
-    {"product: u24.14; it must be signed, as input or filter is",
+    {"product: u24.14; it must be signed, as products of input and filter are",
      [] { makeFixed([](auto& t) {
             t.product = {24, 14, false};
           }); }},
@@ -219,6 +221,23 @@ const Refusal fixedRefusals[] = {
     {"type: u8.0 for elements of 16 bits; its values are stored in elements of 8 bits",
      [] {
        FixedView(ArrayView<const std::uint16_t>(nullptr, {3}), {8, 0, false});
+     }},
+    {"accumulator: 129 bits for the exact mean of two values of s127.0; at most 128 are allowed: its type must be "
+     "given",
+     [] {
+       FixedMedian({3}, {4}, {.input = {127, 0}});
+     }},
+    {"window: extent 5 in dimension 0; with mode valid and an input of 4, allowed are 1 to 4",
+     [] {
+       FixedMedian({5}, {4}, {.input = {8, 0}});
+     }},
+    {"padValue: 0 + 1i; the input is real, so it must be real",
+     [] {
+       FixedMedian({3}, {4}, {.input = {8, 0}}).setPadValue({0, 1});
+     }},
+    {"input: type s8.0 complex; it must be s8.0",
+     [] {
+       FixedMedian({3}, {4}, {.input = {8, 0}}).run(FixedArray({4}, {8, 0}, true));
      }},
     {"values: complex; they must be real",
      [] {
@@ -297,6 +316,44 @@ const Refusal matchRefusals[] = {
      }},
 };
 
+/// A template of type u8.0 for images of 4 by 3, with types that `change` has changed.
+FixedTemplateMatcher makeFixedMatcher(const std::function<void(FixedMatchTypes&)>& change,
+                                      const MatchOptions& options = {}) {
+  FixedMatchTypes changed{.input = {8, 0, false}, .accumulator = {80, 0}, .output = {16, 0}};
+  change(changed);
+  return {FixedArray({3, 2}, {8, 0, false}), {4, 3}, changed, options};
+}
+
+const MatchOptions squares{.metric = Metric::ssd};
+
+const Refusal fixedMatchRefusals[] = {
+    {"product: s9.0; only metrics 1 (ssd) and 3 (product) take one",
+     [] { makeFixedMatcher([](auto& t) {
+            t.product = {9, 0};
+          }); }},
+    {"product: 160 bits for exact products of differences (s80.0 and s80.0); at most 128 are allowed: a product type "
+     "must be given",
+     [] { makeFixedMatcher([](auto&) {}, squares); }},
+    {"product: u9.0; it must be signed, as products of differences are",
+     [] {
+       makeFixedMatcher([](auto& t) { t.product = {9, 0, false}; }, squares);
+     }},
+    {"product: s9.0; it must be unsigned, as products of input and template are",
+     [] {
+       makeFixedMatcher([](auto& t) { t.product = {9, 0}; }, {.metric = Metric::product});
+     }},
+    {"neighbourhood: 32769; allowed are 0 (none) to 32768",
+     [] { makeFixedMatcher([](auto& t) { t.inputIsComplex = true; }, {.neighbourhood = 32769}); }},
+    {"image: type u8.0 complex; it must be u8.0",
+     [] {
+       makeFixedMatcher([](auto&) {}).run(FixedArray({4, 3}, {8, 0, false}, true));
+     }},
+    {"template: type s8.0; it must be u8.0",
+     [] {
+       makeFixedMatcher([](auto&) {}).setTemplate(FixedArray({3, 2}, {8, 0}));
+     }},
+};
+
 class RefusalTest : public testing::TestWithParam<Refusal> {};
 
 TEST_P(RefusalTest, NamesArgumentValueAndWhatIsAllowed) {
@@ -306,6 +363,7 @@ TEST_P(RefusalTest, NamesArgumentValueAndWhatIsAllowed) {
 INSTANTIATE_TEST_SUITE_P(Plain, RefusalTest, testing::ValuesIn(plainRefusals));
 INSTANTIATE_TEST_SUITE_P(Fixed, RefusalTest, testing::ValuesIn(fixedRefusals));
 INSTANTIATE_TEST_SUITE_P(Match, RefusalTest, testing::ValuesIn(matchRefusals));
+INSTANTIATE_TEST_SUITE_P(FixedMatch, RefusalTest, testing::ValuesIn(fixedMatchRefusals));
 
 }  // namespace
 }  // namespace BP::filters

@@ -1,0 +1,86 @@
+#include "orvane/filters/fixed_template_matcher.h"
+
+#include <cstring>
+#include <utility>
+
+#include "orvane/filters/fixed_job.h"
+#include "orvane/filters/fixed_roles.h"
+#include "orvane/filters/match_job.h"
+#include "orvane/matching/template_matching_tolk.h"
+
+namespace BP::filters {
+
+namespace detail {
+
+using KarnDSPFixpt::Fixpt;
+
+/// Arrays of fixed-point elements. The fronts own one alias for each, which takes the values of a run for its own.
+class FixedMatchElements : public FixedJob {
+ public:
+  using ImageView = FixedView;
+  using PatternView = FixedView;
+  using Pattern = FixedArray;
+  using Scores = FixedArray;
+  using Result = FixedMatch;
+  using Front = TemplateMatchingTolk<Fixpt, Fixpt, Fixpt>;
+
+  FixedMatchElements(const FixedView& pattern, Metric metric, const FixedMatchTypes& types)
+      : FixedJob(types.modes), roles(types, pattern.type(), pattern.isComplex(), metricOf(metric)) {}
+
+  std::int64_t mostElements() const { return roles.output.isComplex ? mostComplexElements : greatestIndex; }
+
+  void checkImage(const FixedView& image, const Extents& extents) const {
+    checkFixed("image", image, roles.image, extents);
+  }
+  FixedArray copyOf(const FixedView& pattern, const Extents& extents) const {
+    checkFixed("template", pattern, roles.pattern, extents);
+    FixedArray copy(extents, pattern.type(), pattern.isComplex());
+    std::memcpy(copy.data(), pattern.data(), bytesOf(pattern));
+    return copy;
+  }
+  FixedArray makeScores(const Extents& extents) const {
+    return FixedArray(extents, roles.output.value, roles.output.isComplex);
+  }
+  std::complex<double> scoreAt(const FixedArray& scores, int index) {
+    const auto values = makeAlias(handleOf(roles.output), scores.data());
+    const Fixpt& score = (*values)[index];
+    return {score.toDouble(), score.imaginaryToDouble()};
+  }
+
+  template <class... Arguments>
+  std::unique_ptr<Front> makeFront(Arguments... arguments) {
+    return std::make_unique<Front>(arguments..., handleOf(roles.accumulator), handleOf(roles.image),
+                                   handleOf(roles.output), handleOf(roles.pattern));
+  }
+
+  Fixpt* patternAlias() { return makeOwn(roles.pattern, 0).release(); }
+  Fixpt* imageAlias() { return makeOwn(roles.image, 0).release(); }
+  Fixpt* scoresAlias() { return makeOwn(roles.output, 0).release(); }
+
+ private:
+  FixedMatchRoles roles;
+};
+
+}  // namespace detail
+
+FixedTemplateMatcher::FixedTemplateMatcher(const FixedView& pattern, const Extents& imageExtents,
+                                           const FixedMatchTypes& types, const MatchOptions& options)
+    : job(std::make_unique<detail::MatchJob<detail::FixedMatchElements>>(pattern, imageExtents, options, types)) {}
+FixedTemplateMatcher::FixedTemplateMatcher(FixedTemplateMatcher&&) noexcept = default;
+FixedTemplateMatcher& FixedTemplateMatcher::operator=(FixedTemplateMatcher&&) noexcept = default;
+FixedTemplateMatcher::~FixedTemplateMatcher() = default;
+
+FixedMatch FixedTemplateMatcher::run(const FixedView& image) { return detail::used(job, "match").run(image); }
+void FixedTemplateMatcher::setTemplate(const FixedView& pattern) { detail::used(job, "match").setTemplate(pattern); }
+void FixedTemplateMatcher::setRegion(const std::optional<Region>& region) {
+  detail::used(job, "match").setRegion(region);
+}
+const Region& FixedTemplateMatcher::positions() const { return detail::used(job, "match").positions(); }
+
+std::vector<FixedStatistics> FixedTemplateMatcher::statistics() {
+  auto& used = detail::used(job, "match");
+  used.forEachFront([](auto& elements, auto& front) { elements.gather(front); });
+  return used.getElements().statistics();
+}
+
+}  // namespace BP::filters

@@ -1,0 +1,91 @@
+#include "tool/fixed_types.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "tool/options.h"
+#include "tool/text.h"
+
+namespace BP::tool {
+
+namespace {
+
+constexpr Choice<filters::Rounding> roundings[] = {
+    {"ceiling", filters::Rounding::ceiling}, {"convergent", filters::Rounding::convergent},
+    {"floor", filters::Rounding::floor},     {"nearest", filters::Rounding::nearest},
+    {"round", filters::Rounding::round},     {"zero", filters::Rounding::zero}};
+constexpr Choice<filters::Overflow> overflows[] = {{"wrap", filters::Overflow::wrap},
+                                                   {"saturate", filters::Overflow::saturate},
+                                                   {"symmetric", filters::Overflow::symmetric},
+                                                   {"zero", filters::Overflow::zero}};
+
+[[noreturn]] void refuse(const std::string& problem, const FixedRoleNames& roles) {
+  std::string form;
+  for (const std::string_view role : roles.needed) form.append(form.empty() ? "" : ",").append(role).append("=TYPE");
+  form += " and if wanted ";
+  for (const std::string_view role : roles.optional) form.append(role).append("=TYPE, ");
+  throw std::runtime_error("--fixed: " + problem + "; allowed are " + form + "rounding=MODE, overflow=MODE");
+}
+
+using Texts = std::map<std::string, std::string, std::less<>>;
+
+bool holds(const std::vector<std::string_view>& names, std::string_view name) {
+  return std::ranges::find(names, name) != names.end();
+}
+
+Texts textsOf(const std::string& text, const FixedRoleNames& roles) {
+  Texts texts;
+  for (const std::string_view part : split(text, ',')) {
+    const std::size_t equals = part.find('=');
+    const std::string key(trimmed(part.substr(0, equals)));
+    const bool isKnown =
+        holds(roles.needed, key) || holds(roles.optional, key) || key == "rounding" || key == "overflow";
+    if (equals == std::string_view::npos || !isKnown) refuse("unknown entry " + inQuotes(part), roles);
+    if (!texts.emplace(key, trimmed(part.substr(equals + 1))).second) refuse(key + " is given twice", roles);
+  }
+  for (const std::string_view role : roles.needed) {
+    if (!texts.contains(role)) refuse(std::string(role) + " is missing", roles);
+  }
+  return texts;
+}
+
+filters::FixedType typeOf(const std::string& role, const std::string& text) {
+  try {
+    return filters::fixedType(text);
+  } catch (const std::invalid_argument& error) {
+    throw std::runtime_error("--fixed: " + role + ": " + error.what());
+  }
+}
+
+}  // namespace
+
+std::optional<filters::FixedType> FixedEntries::find(std::string_view role) const {
+  const auto entry = types.find(role);
+  if (entry == types.end()) return std::nullopt;
+  return entry->second;
+}
+
+FixedEntries parseFixedEntries(const std::string& text, const FixedRoleNames& roles) {
+  FixedEntries entries;
+  for (const auto& [key, value] : textsOf(text, roles)) {
+    if (key == "rounding") {
+      entries.modes.rounding = choose(roundings, value, "--fixed: rounding");
+    } else if (key == "overflow") {
+      entries.modes.overflow = choose(overflows, value, "--fixed: overflow");
+    } else {
+      entries.types.emplace(key, typeOf(key, value));
+    }
+  }
+  return entries;
+}
+
+std::string modeNames() {
+  return "Rounding: " + namesOf(roundings, ", ") + ". Overflow: " + namesOf(overflows, ", ") + ".\n";
+}
+
+std::string fixedFooter(const std::string& example, const std::string& remarks) {
+  return "Fixed point: TYPES are such as\n  " + example +
+         "\nA type such as s16.14 is signed and has 16 bits, 14 of them fraction. " + remarks + ".\n" + modeNames();
+}
+
+}  // namespace BP::tool
