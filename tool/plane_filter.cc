@@ -33,15 +33,6 @@ filters::Array<T> elementsOf(const Kernel& kernel, const Extents& extents) {
   return elements;
 }
 
-template <class T>
-struct PrecisionOf {
-  using type = T;
-};
-template <class T>
-struct PrecisionOf<std::complex<T>> {
-  using type = T;
-};
-
 template <class T, class Filter>
 PlaneFilter<T> shared(Filter filter) {
   return [held = std::make_shared<Filter>(std::move(filter))](filters::ArrayView<const T> plane) {
@@ -65,7 +56,7 @@ std::string tableLine(const std::string& label, const std::string& type, const s
 
 template <class T>
 PlaneFilter<T> makePlaneFilter(const FilterSettings& settings, const Extents& extents) {
-  using Real = typename PrecisionOf<T>::type;
+  using Real = filters::RealOf<T>;
   const Kernel& kernel = settings.kernels.front();
   if (settings.isSeparable()) {
     const Kernel& column = settings.kernels.back();

@@ -14,9 +14,9 @@ namespace {
 
 template <class UT>
 UT padElement(std::complex<double> value) {
-  constexpr bool isComplex = !std::is_same_v<UT, typename RealOf<UT>::type>;
+  constexpr bool isComplex = !std::is_same_v<UT, RealOf<UT>>;
   checkPadValue(value, isComplex);
-  using Real = typename RealOf<UT>::type;
+  using Real = RealOf<UT>;
   if constexpr (isComplex) {
     return {padPart<Real>(value.real()), padPart<Real>(value.imag())};
   } else {

@@ -15,23 +15,17 @@ namespace BP::filters {
 namespace detail {
 template <class UT, class HT>
 class ConvolutionJob;
-
-template <class T>
-struct RealOf {
-  using type = T;
-};
-template <class T>
-struct RealOf<std::complex<T>> {
-  using type = T;
-};
 }  // namespace detail
+
+/// The type of the parts of a floating-point element, real or complex.
+template <class T>
+using RealOf = decltype(std::real(T()));
 
 /// The element type of the output for inputs of UT and filters of HT: both are real or complex of one precision, and
 /// the output is complex if either is.
 template <class UT, class HT>
-requires std::same_as < typename detail::RealOf<UT>::type,
-typename detail::RealOf<HT>::type > using ConvolutionOutput =
-    std::conditional_t<std::is_same_v<HT, UT>, UT, std::complex<typename detail::RealOf<UT>::type>>;
+requires std::same_as<RealOf<UT>, RealOf<HT>>
+using ConvolutionOutput = std::conditional_t<std::is_same_v<HT, UT>, UT, std::complex<RealOf<UT>>>;
 
 /// The extents of what comes out for an input and a filter of the same rank, 1 or 2 (see `OutputMode`).
 ///
