@@ -41,12 +41,6 @@ std::vector<double> valuesOf(const Array& array, const std::string& name) {
   return values;
 }
 
-std::string joined(const std::vector<std::int64_t>& extents, const char* separator) {
-  std::string text;
-  for (const std::int64_t extent : extents) text += (text.empty() ? "" : separator) + std::to_string(extent);
-  return text;
-}
-
 std::vector<std::int64_t> placeOf(std::size_t index, const std::vector<std::int64_t>& extents) {
   std::vector<std::int64_t> place;
   auto rest = static_cast<std::int64_t>(index);
@@ -78,24 +72,26 @@ Comparison compare(const Array& first, const Array& second) {
   Comparison result;
   result.extents = first.extents;
   result.elements = a.size();
-  double sum = 0, squares = 0;
+  double sum = 0;
   std::size_t worst = 0;
   for (std::size_t i = 0; i < a.size(); ++i) {
     const double difference = b[i] - a[i];
     sum += difference;
-    squares += difference * difference;
     result.different += difference != 0 ? 1 : 0;
     if (std::fabs(difference) <= result.greatest) continue;
     result.greatest = std::fabs(difference);
     worst = i;
   }
-  if (!std::isfinite(squares)) {
-    throw std::runtime_error("the values are too far apart: the squares of their differences exceed 1.8e308");
+  if (!std::isfinite(sum)) throw std::runtime_error("the values are too far apart: differences sum to beyond 1.8e308");
+  if (result.different == 0) return result;
+  double squares = 0;  // of shares of the greatest difference, lest those of tiny ones vanish
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    const double share = (b[i] - a[i]) / result.greatest;
+    squares += share * share;
   }
   const auto count = static_cast<double>(a.size());
   result.mean = sum / count;
-  result.rms = std::sqrt(squares / count);
-  if (result.different == 0) return result;
+  result.rms = result.greatest * std::sqrt(squares / count);
   result.place = placeOf(worst, first.extents);
   result.before = a[worst];
   result.after = b[worst];

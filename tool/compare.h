@@ -25,7 +25,7 @@ struct Comparison {
 /// Compares two real arrays element by element, in `double`, which must hold the elements exactly.
 ///
 /// Throws `std::runtime_error` for extents that differ, for empty arrays, for elements that are complex, not finite or
-/// whole numbers beyond 2^53, and for values so far apart that a square of their difference is none.
+/// whole numbers beyond 2^53, and for values whose difference, or the sum of these, is beyond the range of `double`.
 Comparison compare(const Array& first, const Array& second);
 
 /// The comparison in words, a line for each number. The peak signal-to-noise ratio, 20 log10(peak / rms), is told if

@@ -111,6 +111,11 @@ class TemporaryName {
   bool made = false;
 };
 
+/// The file itself, where `path` is a link to it.
+std::filesystem::path targetOf(const std::string& path) {
+  return statusOf(path) ? std::filesystem::canonical(path) : std::filesystem::path(path);
+}
+
 mode_t modeOfNewFiles() {
   const mode_t mask = ::umask(0);
   ::umask(mask);
@@ -147,17 +152,25 @@ std::string readText(const std::string& path, std::size_t limit) {
   return text;
 }
 
-void replaceFile(const std::string& path, std::span<const std::uint8_t> bytes, std::span<const std::uint8_t> more) {
+void checkWritable(const std::string& path) {
   const auto status = statusOf(path);
   if (status && S_ISDIR(status->st_mode)) fail("write", path, EISDIR);
   if (status && ::access(path.c_str(), W_OK) != 0) fail("write", path, errno);
+  if (isStream(path)) return;
+  const std::filesystem::path folder = targetOf(path).parent_path() / ".";  // fails for what is no folder
+  if (::access(folder.c_str(), W_OK | X_OK) != 0) fail("write", path, errno);
+}
+
+void replaceFile(const std::string& path, std::span<const std::uint8_t> bytes, std::span<const std::uint8_t> more) {
+  checkWritable(path);
+  const auto status = statusOf(path);
   if (isStream(path)) {
     Writer stream(::open(path.c_str(), O_WRONLY | O_CLOEXEC), path);
     stream.write(bytes);
     stream.write(more);
     return;
   }
-  const std::filesystem::path target = status ? std::filesystem::canonical(path) : std::filesystem::path(path);
+  const std::filesystem::path target = targetOf(path);
   const SignalHold hold;
   TemporaryName temporary(target.parent_path());
   Writer writer(temporary.open(), path);

@@ -23,6 +23,9 @@ std::int64_t sizeOf(const File& file);
 /// All of a file; refused if it is longer than `limit` bytes.
 std::string readText(const std::string& path, std::size_t limit);
 
+/// Refuses a name to write to that is a folder's, is write-protected, or lies where no file can be made.
+void checkWritable(const std::string& path);
+
 /// Puts `bytes`, and behind them `more`, under the name `path`, whole or not at all.
 ///
 /// They go to a temporary file in the same folder, which then takes the name; a file of that name stays as it is until

@@ -34,7 +34,7 @@ void checkRange(const Image& image, const FilterSettings& settings, const Sample
 std::uint16_t sampleOf(double sum, const SampleScaling& scaling, FilteredImage& result) {
   const double maximum = result.image.maximum();
   const double rounded = std::nearbyint(sum * scaling.scale + scaling.offset);
-  if (!std::isfinite(rounded)) throw std::runtime_error("an output is not finite; --scale-output is too large");
+  if (!std::isfinite(rounded)) throw std::runtime_error("an output is beyond 1.8e308, the range of float64");
   const bool below = rounded < 0;
   const bool above = rounded > maximum;
   if (below || above) ++result.clipped;

@@ -62,8 +62,7 @@ void checkType(const Array& array, const std::string& what) {
 }
 
 void checkExtents(const Array& array, const std::string& what) {
-  std::string extents;
-  for (const std::int64_t extent : array.extents) extents += (extents.empty() ? "" : "x") + std::to_string(extent);
+  const std::string extents = joined(array.extents, "x");
   if (array.extents.size() != 2) {
     throw std::runtime_error(what + " has " + std::to_string(array.extents.size()) + " dimensions (" + extents +
                              "); it must have 2");

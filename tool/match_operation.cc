@@ -83,6 +83,12 @@ void checkNames(const Arguments& arguments) {
     }
   }
   if (arguments.overlay) checkPngName(*arguments.overlay);
+  if (arguments.map && arguments.map == arguments.overlay && !isStream(*arguments.map)) {
+    throw std::runtime_error("--map and --overlay: both are " + inQuotes(*arguments.map) + "; they must differ");
+  }
+  for (const auto& name : {arguments.map, arguments.overlay}) {
+    if (name) checkWritable(*name);
+  }
 }
 
 void writeMap(const Arguments& arguments, const Array& map) {
@@ -158,7 +164,8 @@ void addMatch(CLI::App& command) {
       "Colours are matched by their luma, 0.2126 R + 0.7152 G + 0.0722 B; alpha is dropped.\n" +
       fixedFooter("input=u8.0,template=u8.0,accumulator=s24.0,output=u16.0,rounding=nearest,overflow=saturate",
                   "Differences and\nsums are cast into the accumulator's type, scores into the output's. product=TYPE, "
-                  "for ssd and product, makes products\ninexact") +
+                  "for ssd and product, makes products\ninexact. The accumulator must hold elements and the greatest "
+                  "score, for ssd signed: of sad, ssd and maxad it is not\ntold if it overflows") +
       "Elements of all types are cast into the types of input and template; what happened to values is told "
       "at the\nend. Scores in the map are float64 or complex128.\n"
       "Example: orvane match photo.png patch.png --neighbourhood 3 --overlay found.png\n");

@@ -97,9 +97,9 @@ void addMedian(CLI::App& command) {
       fixedFooter("input=s16.14,accumulator=s18.15,output=u8.0,rounding=nearest,overflow=saturate",
                   "Medians go through the\naccumulator, where the mean of two is taken; without one it is exact. "
                   "Without output that is as input") +
-      "Values are cast into the input's type, medians into the output's; what happened to them is told at the end. "
-      "Pictures\nget the values of the output rounded and clipped to the range of their samples; arrays become "
-      "float64.\n"
+      "Values are cast into the input's type, medians into the output's; what happened to them is told at the end, "
+      "but not if\nthe sum of two overflows. Pictures get the values of the output rounded and clipped to the range of "
+      "their samples, which\nare 0 and 255 for 1 bit; arrays become float64.\n"
       "Example: orvane median photo.png clean.png --window 3x3 --mode same --pad replicate\n");
   operation->callback([arguments] { run(*arguments); });
 }

@@ -32,18 +32,19 @@ struct Range {
   std::int64_t greatest = 0;
 };
 
-/// The codes of a type of up to 32 bits.
-Range codesOf(const filters::FixedType& type) {
+/// The codes of a type of up to 32 bits; a symmetric one lacks the least.
+Range codesOf(const filters::FixedType& type, bool isSymmetric) {
   const std::int64_t half = std::int64_t{1} << (type.word - 1);
-  return type.isSigned ? Range{-half, half - 1} : Range{0, 2 * half - 1};
+  return type.isSigned ? Range{isSymmetric ? 1 - half : -half, half - 1} : Range{0, 2 * half - 1};
 }
 
-/// The bits of the narrowest type, signed if it must be, that has all of `range`.
-filters::FixedType narrowest(const Range& range, int fraction) {
+/// The narrowest type, signed if it must be, that has all of `range`.
+filters::FixedType narrowest(const Range& range, int fraction, bool isSymmetric) {
   filters::FixedType type{1, fraction, range.least < 0};
+  const std::int64_t least = isSymmetric ? range.least - 1 : range.least;
   const auto fits = [&] {
     const int bits = type.isSigned ? type.word - 1 : type.word;
-    return range.greatest >> bits == 0 && range.least >> bits >= -1;
+    return range.greatest >> bits == 0 && (!type.isSigned || least >> bits >= -1);
   };
   while (!fits()) ++type.word;
   return type;
@@ -59,7 +60,7 @@ Range rangeOfSums(const std::vector<std::int64_t>& codes, const Range& input) {
   return sums;
 }
 
-/// As in "multiples of 1/256".
+/// As in "units of 1/256".
 std::string unitText(int fraction) {
   std::string power = numberText(std::ldexp(1.0, std::abs(fraction)));
   if (fraction <= 0) return power;
@@ -95,11 +96,15 @@ QuantisedKernel quantiseKernel(const Kernel& kernel, const KernelTypes& types) {
     result.sumBefore += kernel.elements[i];
     result.sumOfCodes += result.codes.back();
   }
+  if (!std::isfinite(std::ldexp(std::fabs(result.sumBefore) + result.greatestError, types.filter.fraction))) {
+    throw std::runtime_error("--fixed: the kernel's sum is beyond 1.8e308 units of the filter's last bit");
+  }
   const int fraction = types.filter.fraction + types.input.fraction;
-  const Range sums = rangeOfSums(result.codes, codesOf(types.input));
+  const bool isSymmetric = types.modes.overflow == filters::Overflow::symmetric;
+  const Range sums = rangeOfSums(result.codes, codesOf(types.input, isSymmetric));
   result.leastSum = std::ldexp(static_cast<double>(sums.least), -fraction);
   result.greatestSum = std::ldexp(static_cast<double>(sums.greatest), -fraction);
-  result.accumulator = narrowest(sums, fraction);
+  result.accumulator = narrowest(sums, fraction, isSymmetric);
   return result;
 }
 

@@ -22,14 +22,14 @@ struct QuantisedKernel {
   /// The range of all sums of some or all products, in any order, for any input of the input's type.
   double leastSum = 0;
   double greatestSum = 0;
-  filters::FixedType accumulator;  ///< the narrowest type that has all these sums exactly
+  filters::FixedType accumulator;  ///< the narrowest type of that fraction with all these sums
 };
 
 /// Casts a kernel into the filter's type. With u the input's extreme values, sums lie between that of the negative and
 /// that of the positive ones of the products h * u.
 ///
-/// Throws `std::runtime_error` for types of more than 32 bits, or of a fraction beyond -400 to 400, and for sums that
-/// need more than 64 bits.
+/// Throws `std::runtime_error` for types of more than 32 bits, or of a fraction beyond -400 to 400, for sums that need
+/// more than 64 bits, and for kernels whose sum, in units of the filter's last bit, is beyond the range of `double`.
 QuantisedKernel quantiseKernel(const Kernel& kernel, const KernelTypes& types);
 
 /// The kernel's codes row by row, as a CSV file takes them too, and below them the numbers above with their units.

@@ -82,6 +82,12 @@ int parseWhole(std::string_view text, int least, int greatest, const std::string
   return *value;
 }
 
+std::string joined(const std::vector<std::int64_t>& numbers, const char* separator) {
+  std::string text;
+  for (const std::int64_t number : numbers) text += (text.empty() ? "" : separator) + std::to_string(number);
+  return text;
+}
+
 std::string numberText(double value) {
   std::array<char, 32> buffer{};
   const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);

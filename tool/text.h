@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,6 +26,9 @@ double parseNumber(std::string_view text, const std::string& what);
 
 /// The value of a whole number of `least` to `greatest`; throws `std::runtime_error` naming `what` otherwise.
 int parseWhole(std::string_view text, int least, int greatest, const std::string& what);
+
+/// The numbers with `separator` between them.
+std::string joined(const std::vector<std::int64_t>& numbers, const char* separator);
 
 /// The shortest text that reads back as `value`.
 std::string numberText(double value);

@@ -40,6 +40,7 @@ void FixedFilterJob::run(const FixedView& newInput, const MutableFixedView& newO
   input->setValPtr(const_cast<void*>(newInput.data()));  // the front only reads it
   output->setValPtr(newOutput.data());
   runFront(*front, getHost());
+  gather(*front);
 }
 
 FixedArray FixedFilterJob::run(const FixedView& newInput) {

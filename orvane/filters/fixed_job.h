@@ -32,20 +32,33 @@ class FixedJob {
   /// Throws unless `value` is one of the type of `input`.
   void checkPad(std::complex<double> value, const RoleDescription& input);
 
-  /// Adds what `front` has counted since the last call to the totals.
+  /// Adds what `front` has counted since the last call to the totals: after each run, for a front counts in 32 bits.
   template <class Front>
   void gather(Front& front) {
     FixptLogMap counts;
-    front.setFixptLogMap(&counts);
-    front.setup(setupFinish);
-    front.setFixptLogMap(nullptr);
+    {
+      const LogTo<Front> log(front, counts);
+      front.setup(setupFinish);
+    }
     for (const auto& [label, properties] : counts) addCounts(*properties->getLogStruct(), totals[label]);
+    counts.clear();
+    host.getAdaptor()->releaseKept();
   }
 
   /// The totals of all labels with a cast.
   std::vector<FixedStatistics> statistics() const;
 
  private:
+  /// Has a front log into a map for a while.
+  template <class Front>
+  struct LogTo {
+    LogTo(Front& logging, FixptLogMap& counts) : front(logging) { front.setFixptLogMap(&counts); }
+    LogTo(const LogTo&) = delete;
+    LogTo& operator=(const LogTo&) = delete;
+    ~LogTo() { front.setFixptLogMap(nullptr); }
+    Front& front;
+  };
+
   CoreModes modes;
   ReferenceHost host;
   std::map<std::string, FixedStatistics> totals;

@@ -125,6 +125,10 @@ FixedMatchRoles::FixedMatchRoles(const FixedMatchTypes& types, const FixedType& 
     image.product = productOf(types.product, {{"input and template", image.value, pattern.value}});
     image.sum = accumulator.value;
   } else if (metric == AlgorithmModeSSD) {
+    if (!types.accumulator.isSigned) {
+      refuse("accumulator", toText(types.accumulator),
+             "it must be signed, as metric 1 (ssd) squares signed differences");
+    }
     accumulator.product = productOf(types.product, {{"differences", accumulator.value, accumulator.value}});
   } else if (types.product) {
     refuse("product", toText(*types.product), "only metrics 1 (ssd) and 3 (product) take one");

@@ -78,9 +78,7 @@ void FixedTemplateMatcher::setRegion(const std::optional<Region>& region) {
 const Region& FixedTemplateMatcher::positions() const { return detail::used(job, "match").positions(); }
 
 std::vector<FixedStatistics> FixedTemplateMatcher::statistics() {
-  auto& used = detail::used(job, "match");
-  used.forEachFront([](auto& elements, auto& front) { elements.gather(front); });
-  return used.getElements().statistics();
+  return detail::used(job, "match").getElements().statistics();
 }
 
 }  // namespace BP::filters

@@ -24,8 +24,9 @@ class FixedMatchElements;
 struct FixedMatchTypes {
   FixedType input;  ///< of the image
   bool inputIsComplex = false;
-  /// The type of differences and sums, after every operation. `Metric::ssd` squares differences with their sign, so
-  /// they need a signed one. Of real elements those of `sad` and `maxad` are never negative but where they wrap.
+  /// The type of differences and sums, after every operation. The first element of a difference is cast into it before
+  /// the second is subtracted, so it must hold the elements too: of real ones the differences of `sad` and `maxad` are
+  /// then never negative. `Metric::ssd` takes signed types only, for it squares differences with their sign.
   FixedType accumulator;
   FixedType output;  ///< of scores
   /// The type into which products are cast: for `Metric::ssd` the squares of differences, signed if the accumulator is;

@@ -55,13 +55,6 @@ class MatchJob {
   const Region& positions() const { return geometry.positions; }
 
   const Elements& getElements() const { return elements; }
-  /// Calls `visit(elements, front)` for each front.
-  template <class Visit>
-  void forEachFront(Visit&& visit) {
-    for (Front* front : {searcher.get(), mapper.get()}) {
-      if (front != nullptr) visit(elements, *front);
-    }
-  }
 
  private:
   using Front = typename Elements::Front;
@@ -88,6 +81,7 @@ class MatchJob {
     front.updateInputPointers(const_cast<void*>(static_cast<const void*>(image.data())), pattern.data());
     front.updateOutputPointers(dataOf(map), nullptr, dataOf(block), nullptr, nullptr);
     runFront(front, elements.getHost());
+    if constexpr (requires { elements.gather(front); }) elements.gather(front);
   }
 
   void findBest(const ImageView& image, Result& match) {

@@ -31,8 +31,10 @@ class ORVANE_API BrekkAdaptorTolk {
   /// Address of work vector `index`; null for a number that was never bound.
   void* work(int index) const;
 
-  /// Holds `object` until this object's own end.
+  /// Holds `object` until this object's own end, or until `releaseKept`.
   void keepAlive(std::shared_ptr<void> object);
+  /// Lets go of all objects held; nobody may use them any more.
+  void releaseKept() { kept_.clear(); }
 
  private:
   std::vector<std::string> messages_;

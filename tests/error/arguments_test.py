@@ -152,7 +152,7 @@ class ArgumentsTest(RefusalCase):
         self.write("deep.png", self.random_image(6, 5, 3, 16), 16)
         arrays = {"colours": numpy.zeros((5, 6, 3)), "plane": numpy.zeros((5, 6)), "complex": numpy.zeros((5, 6), "c8"),
                   "nan": numpy.full((5, 6), numpy.nan), "long": numpy.full((5, 6), 2**53 + 1), "empty": numpy.zeros((0, 6)),
-                  "scalar": numpy.zeros(()), "far": numpy.full((5, 6), 1e200)}
+                  "scalar": numpy.zeros(()), "far": numpy.full((5, 6), 1e308)}
         for name, array in arrays.items():
             numpy.save(self.folder / f"{name}.npy", array)
         for first, second, *words in (
@@ -177,6 +177,7 @@ class ArgumentsTest(RefusalCase):
             ("box:3", "input=u33.0,filter=u8.8", "input: u33.0", "1 to 32"),
             ("box:3", "input=u8.0,filter=u8.401", "filter: u8.401", "-400 to 400"),
             ("4e9,4e9,4e9", "input=u32.0,filter=u32.0", "more than 64 bits"),
+            ("1e308,1e308", "input=u8.0,filter=u8.8", "1.8e308"),
             ("bok:3", "input=u8.0,filter=u8.8", "'bok:3'"),
         ):
             self.refused(["kernel", kernel, "--fixed", fixed], *words)

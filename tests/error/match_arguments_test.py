@@ -32,6 +32,8 @@ class MatchArgumentsTest(RefusalCase):
             ("--fixed input=u8.0,accumulator=s12.0,output=u8.0", "template is missing", "product=TYPE"),
             ("--fixed input=u8.0,template=u8.0,accumulator=s12.0,output=u8.0,sqrt=u8.0", "'sqrt=u8.0'", "template=TYPE"),
             ("--fixed input=u8.0,template=u8.0,accumulator=s12.0,output=u8.0,product=s9.0", "product: s9.0", "3 (product)"),
+            ("--map m.npy --overlay nowhere/o.png", "'nowhere/o.png'", "No such file"),
+            ("--map o.png --overlay o.png", "'o.png'", "differ"),
             ("--map nowhere/old.png", "'nowhere/old.png'", "No such file"),
         ):
             self.refused(["match", "in.png", "small.png", *options.split()], *words)

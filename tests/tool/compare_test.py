@@ -45,6 +45,9 @@ class CompareTest(CommandCase):
         numpy.save(self.folder / "a.npy", numpy.arange(6, dtype="i8") * 2**50)
         self.assertEqual(self.compared("a.npy", "a.npy"), {"values": "6, 0 of 6 different", "mean": "0", "rms": "0"})
         self.assertEqual(self.compared("a.npy", "a.npy", "--peak", "2.5")["psnr"], "infinite, of a peak of 2.5")
+        for name, values in (("a", [0, 0]), ("b", [3e-200, 4e-200])):
+            numpy.save(self.folder / f"{name}.npy", values)
+        self.assertEqual(self.compared("a.npy", "b.npy")["rms"], "3.536e-200")
 
 
 if __name__ == "__main__":

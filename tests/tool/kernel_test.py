@@ -27,6 +27,14 @@ class KernelTest(CommandCase):
         codes, said = self.shown("24,-40", "--fixed", "input=s8.7,filter=s8.-3")
         self.assertEqual(codes.tolist(), [[3, -5]])
         self.assertEqual((said["filter"], said["error"]), ("s8.-3, 2x1, in units of 8; 0 overflows", "none"))
+        for mode, sums, accumulator in (("saturate", "-16 to 14", "s5.0"), ("symmetric", "-14 to 14", "s5.0")):
+            said = self.shown("2", "--fixed", f"input=s4.0,filter=s4.0,overflow={mode}")[1]
+            self.assertEqual((said["sums"], said["accumulator"]),
+                             (f"{sums}, whatever the input in s4.0", f"{accumulator} has them all"))
+        said = self.shown("8", "--fixed", "input=u1.0,filter=u4.0,overflow=symmetric")[1]
+        self.assertEqual(said["accumulator"], "u4.0 has them all")
+        said = self.shown("-8", "--fixed", "input=u1.0,filter=s5.0,overflow=symmetric")[1]
+        self.assertEqual(said["accumulator"], "s5.0 has them all", "symmetric s4.0 ends at -7")
 
     def test_the_accumulator_never_overflows_and_one_bit_less_can(self):
         extremes = {"u8.0": (0, 255), "s8.4": (-8, 127 / 16), "u1.0": (0, 1), "s3.-2": (-16, 12)}

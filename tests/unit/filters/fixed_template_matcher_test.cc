@@ -112,6 +112,7 @@ struct FixedElements {
     types.modes = test::randomModes(random);
     // Exact products; the library gives results of operations the sign of their operands.
     const bool squares = model.metric == AlgorithmModeSSD;
+    types.accumulator.isSigned = types.accumulator.isSigned || squares;
     const FixedType &first = squares ? types.accumulator : types.input, &second = squares ? first : pattern;
     FixedType product{first.word + second.word, first.fraction + second.fraction, first.isSigned || second.isSigned};
     if ((squares || model.metric == AlgorithmModeConvolution) && (product.word > 128 || pick(random, 0, 1) == 1)) {

@@ -334,6 +334,10 @@ const Refusal fixedMatchRefusals[] = {
     {"product: 160 bits for exact products of differences (s80.0 and s80.0); at most 128 are allowed: a product type "
      "must be given",
      [] { makeFixedMatcher([](auto&) {}, squares); }},
+    {"accumulator: u28.0; it must be signed, as metric 1 (ssd) squares signed differences",
+     [] {
+       makeFixedMatcher([](auto& t) { t.accumulator = {28, 0, false}; }, squares);
+     }},
     {"product: u9.0; it must be signed, as products of differences are",
      [] {
        makeFixedMatcher([](auto& t) { t.product = {9, 0, false}; }, squares);
