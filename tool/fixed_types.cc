@@ -79,6 +79,17 @@ FixedEntries parseFixedEntries(const std::string& text, const FixedRoleNames& ro
   return entries;
 }
 
+void checkFixedPad(filters::OutputMode mode, filters::Pad pad, std::complex<double> value,
+                   const filters::FixedType& input) {
+  if (pad != filters::Pad::constant || mode == filters::OutputMode::valid) return;
+  filters::Array<std::complex<double>> one({1});
+  one[0] = value;
+  if (filters::toComplex(filters::quantise(one, input))[0] == value) return;
+  throw std::runtime_error("--pad 'constant:" + numberText(value.real()) +
+                           (value.imag() == 0 ? "" : "," + numberText(value.imag())) + "': " + filters::toText(input) +
+                           ", the input's type, does not have this value");
+}
+
 std::string modeNames() {
   return "Rounding: " + namesOf(roundings, ", ") + ". Overflow: " + namesOf(overflows, ", ") + ".\n";
 }

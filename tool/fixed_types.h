@@ -1,5 +1,6 @@
 #pragma once
 
+#include <complex>
 #include <map>
 #include <optional>
 #include <string>
@@ -7,6 +8,7 @@
 #include <vector>
 
 #include "orvane/filters/fixed_array.h"
+#include "orvane/filters/options.h"
 
 /// The option `--fixed`, which makes an operation compute in fixed point.
 namespace BP::tool {
@@ -31,6 +33,10 @@ struct FixedRoleNames {
 /// The entries of a text such as "input=u8.0,filter=s16.14,rounding=nearest". Throws `std::runtime_error` for one that
 /// is unknown, missing, given twice or without a meaning.
 FixedEntries parseFixedEntries(const std::string& text, const FixedRoleNames& roles);
+
+/// Refuses a pad value that is read and that the input's type does not have.
+void checkFixedPad(filters::OutputMode mode, filters::Pad pad, std::complex<double> value,
+                   const filters::FixedType& input);
 
 /// The modes of fixed point, a line for usage texts.
 std::string modeNames();

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "tool/elements.h"
-#include "tool/plane_filter.h"
+#include "tool/fixed_table.h"
 
 namespace BP::tool {
 

@@ -11,6 +11,7 @@
 
 #include "orvane/filters/median.h"
 #include "tool/channels.h"
+#include "tool/fixed_types.h"
 #include "tool/text.h"
 
 namespace BP::tool {
@@ -52,6 +53,7 @@ FixedPlaneFilter makeFixed(const MedianSettings& settings, const Extents& extent
   const EdgeSettings& edges = settings.edges;
   constexpr double most = std::numeric_limits<double>::max();
   checkPad(edges, {-most, most, false}, "values in fixed point");
+  checkFixedPad(edges.mode, edges.pad, edges.padValue, settings.fixed->input);
   filters::FixedMedian median(Extents(settings.window), extents, *settings.fixed,
                               {.mode = edges.mode, .pad = edges.pad, .padValue = edges.padValue.real()});
   return {std::move(median), *settings.fixed};

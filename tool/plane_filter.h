@@ -2,15 +2,14 @@
 
 #include <complex>
 #include <functional>
-#include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "orvane/filters/array.h"
 #include "orvane/filters/fixed_array.h"
 #include "orvane/filters/fixed_median.h"
 #include "tool/filter_settings.h"
+#include "tool/fixed_table.h"
 
 namespace BP::tool {
 
@@ -23,16 +22,6 @@ using PlaneFilter = std::function<filters::Array<T>(filters::ArrayView<const T>)
 /// and extents do not fit.
 template <class T>
 PlaneFilter<T> makePlaneFilter(const FilterSettings& settings, const filters::Extents& extents);
-
-/// Labels and what to say of the types of their values, in the order in which these pass through a filter.
-using FixedRows = std::vector<std::pair<std::string, std::string>>;
-
-/// A line for each of `rows` that has a cast: its type, casts, overflows, lossy roundings, least and greatest value; a
-/// head above.
-std::string fixedTable(const FixedRows& rows, const std::vector<filters::FixedStatistics>& all);
-
-/// The type as it is written, or "exact" without one.
-std::string textOrExact(const std::optional<filters::FixedType>& type);
 
 /// A filter in fixed point, and what has happened to its values by label.
 class FixedPlaneFilter {

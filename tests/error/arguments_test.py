@@ -215,7 +215,7 @@ class ArgumentsTest(RefusalCase):
             ("in.png", ["--window", "9x9", "--fixed", "input=u8.0"], "window of 9x9", "image of 6x5"),
             ("in.png", ["--window", "3x3", "--fixed", "input=u8.0", "--pad", "constant:1,2"], "1,2", "real"),
             ("float.npy", ["--window", "3x3", "--mode", "same", "--fixed", "input=u8.0", "--pad", "constant:0.5"],
-             "0.5", "u8.0"),
+             "--pad 'constant:0.5'", "u8.0"),
             ("float.npy", ["--window", "3x3", "--fixed", "input=u127.0"], "accumulator", "129 bits", "128"),
             ("complex.npy", ["--window", "3x3", "--fixed", "input=u8.0"], "complex64", "no order"),
         ):

@@ -1,0 +1,41 @@
+#include "tool/fixed_table.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "tool/text.h"
+
+namespace BP::tool {
+
+namespace {
+
+/// As in "  accumulator     s40.14           120           0 ...", columns of fixed width.
+std::string tableLine(const std::string& label, const std::string& type, const std::string& casts,
+                      const std::string& overflows, const std::string& lossy, const std::string& least,
+                      const std::string& greatest) {
+  std::string line(200, '\0');
+  const int length =
+      std::snprintf(line.data(), line.size(), "  %-15s %-7s %12s %12s %12s %14s %14s\n", label.c_str(), type.c_str(),
+                    casts.c_str(), overflows.c_str(), lossy.c_str(), least.c_str(), greatest.c_str());
+  line.resize(static_cast<std::size_t>(length));
+  return line;
+}
+
+}  // namespace
+
+std::string textOrExact(const std::optional<filters::FixedType>& type) {
+  return type ? filters::toText(*type) : "exact";
+}
+
+std::string fixedTable(const FixedRows& rows, const std::vector<filters::FixedStatistics>& all) {
+  std::string table = tableLine("label", "type", "casts", "overflows", "lossy", "least", "greatest");
+  for (const auto& [label, type] : rows) {
+    const auto line = std::ranges::find(all, label, &filters::FixedStatistics::label);
+    if (line == all.end() || line->casts == 0) continue;
+    table += tableLine(label, type, std::to_string(line->casts), std::to_string(line->overflows),
+                       std::to_string(line->lossy), numberText(line->minimum), numberText(line->maximum));
+  }
+  return table;
+}
+
+}  // namespace BP::tool
