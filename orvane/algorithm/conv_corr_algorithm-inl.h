@@ -114,9 +114,8 @@ const HT* ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, norm
 }
 
 template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
-bool ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise>::runWholeSector(
-    const InsideSector& sector, Out& result) requires(usesVendor) {
-  if (!loader.getAllLoaded()) return false;
+bool ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise>::sendToVendor(
+    const InsideSector& sector, Out& result) {
   const auto& u = this->input->getBlock();
   const auto& y = result.getBlock();
   const int uPitch = u.getDims().ptr[0], yPitch = y.getDims().ptr[0];

@@ -69,7 +69,9 @@ class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT,
   /// Has the vendor's functions compute all outputs of `sector`; false, and nothing done, if they cannot: they are not
   /// there, a row is too long for them, the filter's centre lies outside it, or it has outgrown the room for its
   /// reversal.
-  bool runWholeSector(const InsideSector& sector, Out& result) requires(usesVendor);
+  bool runWholeSector(const InsideSector& sector, Out& result) requires(usesVendor) {
+    return loader.getAllLoaded() && sendToVendor(sector, result);
+  }
 
   /// filterNorm := square root of the filter's energy.
   void computeFilterNorm();
@@ -86,6 +88,7 @@ class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT,
   void normaliseSample(YT& sample, YT& energy);
   void makeReversedFilter();
   const HT* vendorKernel();
+  bool sendToVendor(const InsideSector& sector, Out& result);
 
   CleverPtr<YT> accumulator;
   [[no_unique_address]] std::conditional_t<normalise != 0, CleverPtr<YT>, Nothing> filterNorm;
