@@ -47,7 +47,7 @@ void addKernel(CLI::App& command) {
       "  error        the greatest distance of an element from what it was\n"
       "  gain         the sum of the elements: what becomes of a constant input of 1\n"
       "  sums         range of the sums of some or all products, whatever the values of the input\n"
-      "  accumulator  the narrowest type that has all sums, if products are exact\n"
+      "  accumulator  the narrowest type that has all sums, with the fraction of exact products\n"
       "Example: orvane kernel gaussian:5:1.1 --fixed input=u8.0,filter=u8.8\n");
   operation->callback([arguments] { run(*arguments); });
 }

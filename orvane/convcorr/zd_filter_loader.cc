@@ -19,12 +19,12 @@ void ZdFilterLoader::fetch(FunctionT*& function, const char* name) {
 }
 
 void ZdFilterLoader::filter(const float* kernel, const int* kernelDims, const int* kernelCentre, const float* source,
-                            int sourcePitch, float* destination, int destinationPitch, IppiSize rectangle) {
+                            int sourcePitch, float* destination, int destinationPitch, IppiSize rectangle) const {
   marshal(filter32f, kernel, kernelDims, kernelCentre, source, sourcePitch, destination, destinationPitch, rectangle);
 }
 
 void ZdFilterLoader::filter(const double* kernel, const int* kernelDims, const int* kernelCentre, const double* source,
-                            int sourcePitch, double* destination, int destinationPitch, IppiSize rectangle) {
+                            int sourcePitch, double* destination, int destinationPitch, IppiSize rectangle) const {
   const auto call = [this](auto... arguments) { return callFilter64f(arguments...); };
   marshal(call, kernel, kernelDims, kernelCentre, source, sourcePitch, destination, destinationPitch, rectangle);
 }
@@ -33,7 +33,7 @@ void ZdFilterLoader::filter(const double* kernel, const int* kernelDims, const i
 template <class T, class CallT>
 void ZdFilterLoader::marshal(CallT&& call, const T* kernel, const int* kernelDims, const int* kernelCentre,
                              const T* source, int sourcePitch, T* destination, int destinationPitch,
-                             IppiSize rectangle) {
+                             IppiSize rectangle) const {
   constexpr int elementBytes = sizeof(T);
   const IppiSize kernelSize{kernelDims[0], kernelDims[1]};
   const IppiPoint anchor{kernelDims[0] - kernelCentre[0] - 1, kernelDims[1] - kernelCentre[1] - 1};

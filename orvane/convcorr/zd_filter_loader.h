@@ -30,9 +30,9 @@ class ORVANE_API ZdFilterLoader : public ZdLoader {
   ///
   /// Only if all functions were found; pitches up to `mostPitch` have a step in bytes.
   void filter(const float* kernel, const int* kernelDims, const int* kernelCentre, const float* source, int sourcePitch,
-              float* destination, int destinationPitch, IppiSize rectangle);
+              float* destination, int destinationPitch, IppiSize rectangle) const;
   void filter(const double* kernel, const int* kernelDims, const int* kernelCentre, const double* source,
-              int sourcePitch, double* destination, int destinationPitch, IppiSize rectangle);
+              int sourcePitch, double* destination, int destinationPitch, IppiSize rectangle) const;
 
   /// The longest row whose length in bytes fits the functions' arguments, of `double`, in elements.
   static constexpr int mostPitch = INT32_MAX / static_cast<int>(sizeof(double));
@@ -51,7 +51,7 @@ class ORVANE_API ZdFilterLoader : public ZdLoader {
   void fetch(FunctionT*& function, const char* name);
   template <class T, class CallT>
   void marshal(CallT&& call, const T* kernel, const int* kernelDims, const int* kernelCentre, const T* source,
-               int sourcePitch, T* destination, int destinationPitch, IppiSize rectangle);
+               int sourcePitch, T* destination, int destinationPitch, IppiSize rectangle) const;
 
   Filter32f* filter32f = nullptr;
   Filter64f* filter64f = nullptr;

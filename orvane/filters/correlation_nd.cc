@@ -7,8 +7,8 @@
 
 #include "orvane/algorithm/correlation_stand_alone.h"
 #include "orvane/filters/checks.h"
-#include "orvane/filters/convolution_front.h"
 #include "orvane/filters/convolution_geometry.h"
+#include "orvane/filters/job.h"
 
 namespace BP::filters {
 
@@ -91,7 +91,7 @@ CorrelationND<T>::~CorrelationND() = default;
 
 template <class T>
 void CorrelationND<T>::run(ArrayView<const T> input, ArrayView<T> output) {
-  detail::used(job).run(input, output);
+  detail::used(job, "correlation").run(input, output);
 }
 
 template <class T>
@@ -103,17 +103,17 @@ Array<T> CorrelationND<T>::run(ArrayView<const T> input) {
 
 template <class T>
 void CorrelationND<T>::setFilter(ArrayView<const T> filter) {
-  detail::used(job).setFilter(filter);
+  detail::used(job, "correlation").setFilter(filter);
 }
 
 template <class T>
 void CorrelationND<T>::setPadValue(double value) {
-  detail::used(job).setPadValue(value);
+  detail::used(job, "correlation").setPadValue(value);
 }
 
 template <class T>
 const Extents& CorrelationND<T>::outputExtents() const {
-  return detail::used(job).outputExtents();
+  return detail::used(job, "correlation").outputExtents();
 }
 
 template class CorrelationND<float>;

@@ -41,7 +41,6 @@ class FixedJob {
       front.setup(setupFinish);
     }
     for (const auto& [label, properties] : counts) addCounts(*properties->getLogStruct(), totals[label]);
-    counts.clear();
     host.getAdaptor()->releaseKept();
   }
 
