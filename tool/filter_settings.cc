@@ -16,6 +16,7 @@ filters::Pad padOf(PadTypeEnum pad) {
     case PadTypeReplicate: return filters::Pad::replicate;
     case PadTypeSymmetric: return filters::Pad::symmetric;
     case PadTypeCircular: return filters::Pad::circular;
+    case PadTypeMirror: return filters::Pad::mirror;
   }
   throw std::logic_error("unknown pad type");
 }

@@ -24,7 +24,7 @@ NormEnum parseNormalise(std::string_view text) { return choose(normalisations, t
 ElementType parseSumType(std::string_view text) { return choose(sumTypes, text, "--type"); }
 
 Pad parsePad(std::string_view text) {
-  const std::string allowed = "constant:V, replicate, symmetric, circular";
+  const std::string allowed = "constant:V, replicate, symmetric, circular, mirror";
   const std::size_t colon = text.find(':');
   Pad pad;
   pad.type = choose(padTypes, text.substr(0, colon), "--pad", allowed);

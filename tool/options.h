@@ -17,42 +17,34 @@ namespace BP::tool {
 
 /// A value that goes by a name.
 template <class T>
-struct Choice {
-  std::string_view name;
-  T value;
-};
+using Choice = Named<T>;
 
-inline constexpr Choice<OutputModeEnum> outputModes[] = {
-    {"valid", OutputModeValid}, {"same", OutputModeSame}, {"full", OutputModeFull}};
-inline constexpr Choice<PadTypeEnum> padTypes[] = {{"constant", PadTypeConstant},
-                                                   {"replicate", PadTypeReplicate},
-                                                   {"symmetric", PadTypeSymmetric},
-                                                   {"circular", PadTypeCircular}};
-inline constexpr Choice<NormEnum> normalisations[] = {{"none", NormNone}, {"energy", NormWindowEnergy}};
+using BP::normalisations;
+using BP::outputModes;
+using BP::padTypes;
 inline constexpr Choice<ElementType> sumTypes[] = {{"float", ElementType::float32}, {"double", ElementType::float64}};
 
 /// All names, as in "valid|same|full", for usage texts.
-template <class T, std::size_t count>
-std::string namesOf(const Choice<T> (&choices)[count], std::string_view separator = "|") {
+template <class Table>
+std::string namesOf(const Table& choices, std::string_view separator = "|") {
   std::string names;
-  for (const Choice<T>& choice : choices) names.append(names.empty() ? "" : separator).append(choice.name);
+  for (const auto& choice : choices) names.append(names.empty() ? "" : separator).append(choice.name);
   return names;
 }
 
 /// The name of `value`; empty if it has none.
-template <class T, std::size_t count>
-std::string_view nameOf(const Choice<T> (&choices)[count], T value) {
-  for (const Choice<T>& choice : choices) {
+template <class Table, class T>
+std::string_view nameOf(const Table& choices, T value) {
+  for (const auto& choice : choices) {
     if (choice.value == value) return choice.name;
   }
   return {};
 }
 
 /// The value that goes by the name `text`; `option` and `allowed` (all names if empty) appear in the error.
-template <class T, std::size_t count>
-T choose(const Choice<T> (&choices)[count], std::string_view text, const std::string& option,
-         const std::string& allowed = {}) {
-  for (const Choice<T>& choice : choices) {
+template <class Table>
+auto choose(const Table& choices, std::string_view text, const std::string& option, const std::string& allowed = {}) {
+  for (const auto& choice : choices) {
     if (choice.name == text) return choice.value;
   }
   throw std::runtime_error(option + " " + inQuotes(text) + ": allowed are " +
@@ -72,9 +64,10 @@ NormEnum parseNormalise(std::string_view text);
 /// `--type float|double`: the type in which sums run.
 ElementType parseSumType(std::string_view text);
 
-/// `--pad constant:V|replicate|symmetric|circular`; V is a number, or RE,IM for complex elements, or left out for 0.
+/// `--pad constant:V|replicate|symmetric|circular|mirror`; V is a number, or RE,IM for complex elements, or left out
+/// for 0.
 Pad parsePad(std::string_view text);
-inline constexpr std::string_view padForms = "constant:V|replicate|symmetric|circular";
+inline constexpr std::string_view padForms = "constant:V|replicate|symmetric|circular|mirror";
 
 /// Extents such as 640x480, dimension 0 first: one or more whole numbers of 1 to 2^31 - 1.
 std::vector<int> parseExtents(std::string_view text, const std::string& option);

@@ -2,7 +2,7 @@
 #include <optional>
 #include <string>
 
-#include "orvane/plan/plan_description.h"
+#include "orvane/filters/plan_description.h"
 #include "tool/file.h"
 #include "tool/operations.h"
 #include "tool/options.h"

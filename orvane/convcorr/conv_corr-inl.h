@@ -22,7 +22,7 @@ ConvCorr<HT, UT, YT, AllocT>::ConvCorr(AllocT* alloc, int rank, CleverPtr<int>& 
 /// Chooses the classes: none for a pad type or an algorithm mode out of range.
 template <class HT, class UT, class YT, class AllocT>
 void ConvCorr<HT, UT, YT, AllocT>::build(AlgorithmModeEnum algorithmMode, NormEnum norm, PadTypeEnum padType) {
-  visitEnumerator<PadTypeConstant, PadTypeReplicate, PadTypeSymmetric, PadTypeCircular>(padType, [&](auto pad) {
+  visitPadType(padType, [&](auto pad) {
     visitEnumerator<AlgorithmModeConvolution, AlgorithmModeCorrelation>(algorithmMode, [&](auto mode) {
       visitEnumerator<0, 1>(norm != NormNone ? 1 : 0, [&](auto normalise) {
         using InputT = PadExtendedInput<UT, YT, AllocT, pad()>;

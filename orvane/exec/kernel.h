@@ -2,7 +2,7 @@
 
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/enums.h"
-#include "orvane/input/output.h"
+#include "orvane/plan/output.h"
 #include "orvane/plan/sector.h"
 
 namespace BP {

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <type_traits>
 
-#include "orvane/algorithm/element.h"
+#include "orvane/algorithm/collector.h"
 #include "orvane/core/clever_ptr.h"
+#include "orvane/core/element.h"
 #include "orvane/core/enums.h"
-#include "orvane/matching/collector.h"
 #include "orvane/plan/sector.h"
 
 /// The loops over a sector, each written once: a scorer says what happens at a position, a walk which positions come.

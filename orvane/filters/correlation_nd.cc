@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "orvane/algorithm/correlation_stand_alone.h"
+#include "orvane/correlation/correlation_stand_alone.h"
 #include "orvane/filters/checks.h"
 #include "orvane/filters/convolution_geometry.h"
 #include "orvane/filters/job.h"

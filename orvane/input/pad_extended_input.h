@@ -5,8 +5,8 @@
 
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/enums.h"
-#include "orvane/input/input.h"
 #include "orvane/input/pad.h"
+#include "orvane/plan/input.h"
 
 namespace BP {
 

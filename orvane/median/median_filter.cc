@@ -15,7 +15,7 @@ MedianFilter<UT, YT, AllocT>::MedianFilter(AllocT* alloc, int rank, CleverPtr<in
     : WindowProcessor<UT, YT, AllocT>(alloc, rank, windowDims, inputDims, outMode, windowCentre, u, result,
                                       regionOfInterest) {
   auto* const window = this->template makeWindow<TraversableBlock>();
-  visitEnumerator<PadTypeConstant, PadTypeReplicate, PadTypeSymmetric, PadTypeCircular>(padType, [&](auto pad) {
+  visitPadType(padType, [&](auto pad) {
     using InputT = PadExtendedInput<UT, YT, AllocT, pad()>;
     this->template makeAlgorithm<MedianFilterAlgorithm<AllocT, InputT, YT, UT>>(window);
   });

@@ -113,7 +113,7 @@ class ArgumentsTest(RefusalCase):
         fixed = "input=u8.0,filter=s16.14,accumulator=s40.14,output=u8.0"
         for options, *words in (
             (["--mode", "big"], "--mode 'big'", "valid, same, full"),
-            (["--pad", "mirror"], "--pad 'mirror'", "constant:V, replicate, symmetric, circular"),
+            (["--pad", "reflect"], "--pad 'reflect'", "constant:V, replicate, symmetric, circular, mirror"),
             (["--pad", "constant:"], "--pad 'constant:'", "finite number"),
             (["--pad", "constant:1,2", "--mode", "same"], "--pad", "real"),
             (["--normalise", "mean"], "--normalise 'mean'", "none, energy"),

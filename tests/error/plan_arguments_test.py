@@ -12,7 +12,7 @@ class PlanArgumentsTest(RefusalCase):
     def test_options(self):
         for options, *words in (
             ("--mode some", "--mode 'some'", "valid, same, full"),
-            ("--pad zero", "--pad 'zero'", "constant:V, replicate, symmetric, circular"),
+            ("--pad zero", "--pad 'zero'", "constant:V, replicate, symmetric, circular, mirror"),
             ("--pad replicate:3", "--pad 'replicate:3'", "constant:V"),
             ("--pad constant:x", "--pad 'constant:x'", "'x'", "finite"),
             ("--pad constant:1,2,3", "RE,IM"),

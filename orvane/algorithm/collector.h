@@ -1,7 +1,7 @@
 #pragma once
 
-#include "orvane/algorithm/element.h"
 #include "orvane/core/clever_ptr.h"
+#include "orvane/core/element.h"
 
 /// Collectors remember the extreme of a stream of values. Emptying one is writing `hasValue` := false, which leaves
 /// value and index in place.

@@ -3,12 +3,12 @@
 #include <cfloat>
 
 #include "orvane/algorithm/algorithm.h"
-#include "orvane/algorithm/element.h"
 #include "orvane/core/clever_ptr.h"
+#include "orvane/core/element.h"
 #include "orvane/core/enums.h"
-#include "orvane/input/output.h"
 #include "orvane/input/pad.h"
 #include "orvane/plan/block.h"
+#include "orvane/plan/output.h"
 #include "orvane/plan/sector.h"
 
 namespace BP {

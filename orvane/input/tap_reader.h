@@ -1,7 +1,7 @@
 #pragma once
 
-#include "orvane/algorithm/element.h"
 #include "orvane/core/clever_ptr.h"
+#include "orvane/core/element.h"
 #include "orvane/plan/block.h"
 #include "orvane/plan/sector.h"
 

@@ -1,4 +1,4 @@
-#include "orvane/convcorr/zd_filter_loader.h"
+#include "orvane/vendor/zd_filter_loader.h"
 
 #include <algorithm>
 

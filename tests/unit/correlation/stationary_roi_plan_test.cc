@@ -1,4 +1,4 @@
-#include "orvane/plan/stationary_roi_plan.h"
+#include "orvane/correlation/stationary_roi_plan.h"
 
 #include <gmock/gmock.h>
 

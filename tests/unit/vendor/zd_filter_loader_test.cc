@@ -1,5 +1,5 @@
 // The vendor's filter functions, played by a library of the tests: what is sent to them, when, and what comes back.
-#include "orvane/convcorr/zd_filter_loader.h"
+#include "orvane/vendor/zd_filter_loader.h"
 
 #include <gmock/gmock.h>
 
@@ -40,7 +40,7 @@ Problem<T, T, T> randomProblem(std::mt19937& random, int mostFilter = 5) {
   p.padValue = static_cast<T>(pick(random, -9, 9));
   p.outputMode = static_cast<OutputModeEnum>(pick(random, OutputModeValid, OutputModeFull));
   p.algorithmMode = static_cast<AlgorithmModeEnum>(pick(random, AlgorithmModeConvolution, AlgorithmModeCorrelation));
-  p.padType = static_cast<PadTypeEnum>(pick(random, PadTypeConstant, PadTypeCircular));
+  p.padType = static_cast<PadTypeEnum>(pick(random, PadTypeConstant, PadTypeMirror));
   return p;
 }
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "orvane/correlation/sector_list.h"
 #include "orvane/plan/plan.h"
-#include "orvane/plan/sector_list.h"
 
 namespace BP {
 

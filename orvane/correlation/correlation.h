@@ -2,20 +2,20 @@
 
 #include <memory>
 
-#include "orvane/algorithm/correlation_algorithm.h"
 #include "orvane/core/allocator.h"
 #include "orvane/core/any_bp.h"
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/enums.h"
-#include "orvane/exec/loop.h"
-#include "orvane/exec/nd_iterator.h"
-#include "orvane/exec/terminal_kernel_with_iterator.h"
-#include "orvane/input/output.h"
+#include "orvane/correlation/correlation_algorithm.h"
+#include "orvane/correlation/loop.h"
+#include "orvane/correlation/nd_iterator.h"
+#include "orvane/correlation/stationary_roi_plan.h"
+#include "orvane/correlation/terminal_kernel_with_iterator.h"
 #include "orvane/input/pad_extended_input.h"
 #include "orvane/plan/block.h"
+#include "orvane/plan/output.h"
 #include "orvane/plan/region.h"
 #include "orvane/plan/scope.h"
-#include "orvane/plan/stationary_roi_plan.h"
 #include "orvane/plan/window_tables.h"
 #include "orvane/platform/export.h"
 
@@ -110,17 +110,11 @@ class ORVANE_API Correlation : public AnyCorrelation {
   std::unique_ptr<Plan> plan;
 };
 
-/// Applies a macro to an element type and each of the four pad types in turn.
-#define ORVANE_FOR_CORRELATION_PADS(APPLY, T) \
-  APPLY(T, PadTypeConstant)                   \
-  APPLY(T, PadTypeReplicate)                  \
-  APPLY(T, PadTypeSymmetric)                  \
-  APPLY(T, PadTypeCircular)
-
-#define ORVANE_DECLARE(T, N) \
-  extern template class Correlation<T, T, T, PadExtendedInput<T, T, Allocator, N>, Allocator>;
-ORVANE_FOR_CORRELATION_PADS(ORVANE_DECLARE, float)
-ORVANE_FOR_CORRELATION_PADS(ORVANE_DECLARE, double)
+#define ORVANE_DECLARE(number, type, name, letters)                                                                   \
+  extern template class Correlation<float, float, float, PadExtendedInput<float, float, Allocator, type>, Allocator>; \
+  extern template class Correlation<double, double, double, PadExtendedInput<double, double, Allocator, type>,        \
+                                    Allocator>;
+ORVANE_FOR_PAD_TYPES(ORVANE_DECLARE)
 #undef ORVANE_DECLARE
 
 }  // namespace BP

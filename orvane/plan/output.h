@@ -12,7 +12,7 @@ class AnyOutput {
   AnyOutput() = default;
   AnyOutput(const AnyOutput&) = delete;
   AnyOutput& operator=(const AnyOutput&) = delete;
-  virtual ~AnyOutput();
+  virtual ~AnyOutput() = default;
 };
 
 /// View of the array that is written; elements YT.
@@ -20,7 +20,7 @@ class AnyOutput {
 /// Its range of indices is set anew on every run, since the plan may move the output; its strides at `setupResize` and
 /// `setupStart`. Data and tables belong to the maker.
 template <class YT, class AllocT>
-class Output : public AnyOutput {
+class Output final : public AnyOutput {
  public:
   Output(AllocT* alloc, int numDims, CleverPtr<int>& dims, CleverPtr<int>& origin, CleverPtr<int>& loc,
          CleverPtr<YT>& data)

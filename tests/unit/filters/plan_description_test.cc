@@ -1,4 +1,4 @@
-#include "orvane/plan/plan_description.h"
+#include "orvane/filters/plan_description.h"
 
 #include <gmock/gmock.h>
 

@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include "orvane/algorithm/element.h"
 #include "orvane/core/clever_ptr.h"
+#include "orvane/core/element.h"
 #include "orvane/core/enums.h"
 #include "orvane/plan/block.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "orvane/algorithm/correlation.h"
-#include "orvane/algorithm/correlation_stand_alone.h"
 #include "orvane/core/visit_enumerator.h"
+#include "orvane/correlation/correlation.h"
+#include "orvane/correlation/correlation_stand_alone.h"
 
 namespace BP {
 
@@ -19,8 +19,7 @@ CorrelationStandAlone<T>::CorrelationStandAlone(int rank, int* filterDims, int* 
   y.ptr = output;
   bool filterExceedsInput = false;
   for (int d = 0; d < numDims; ++d) filterExceedsInput = filterExceedsInput || hDims.ptr[d] > uDims.ptr[d];
-  visitEnumerator<PadTypeConstant, PadTypeReplicate, PadTypeSymmetric, PadTypeCircular>(
-      padType, [&](auto pad) { build<pad()>(filterExceedsInput, outputMode); });
+  visitPadType(padType, [&](auto pad) { build<pad()>(filterExceedsInput, outputMode); });
   setPadValue(T(0));
 }
 

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "orvane/algorithm/correlation.h"
+#include "orvane/correlation/correlation.h"
 
 namespace BP {
 

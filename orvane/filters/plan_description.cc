@@ -1,4 +1,4 @@
-#include "orvane/plan/plan_description.h"
+#include "orvane/filters/plan_description.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -109,12 +109,11 @@ class PlanScene {
   using PlanT = MovingROIPlan<double, double, Allocator>;
 
   void makeInput(PadTypeEnum padType) {
-    const bool known =
-        visitEnumerator<PadTypeConstant, PadTypeReplicate, PadTypeSymmetric, PadTypeCircular>(padType, [&](auto pad) {
-          using Padded = PadExtendedInput<double, double, Allocator, pad()>;
-          input = std::make_unique<Padded>(&allocator, rank, uDims, tables.uOrigin, tables.uLoc, noData);
-        });
-    require(known, "pad is none of constant, replicate, symmetric, circular");
+    const bool known = visitPadType(padType, [&](auto pad) {
+      using Padded = PadExtendedInput<double, double, Allocator, pad()>;
+      input = std::make_unique<Padded>(&allocator, rank, uDims, tables.uOrigin, tables.uLoc, noData);
+    });
+    require(known, "pad is none of the pad types");
     input->setup(setupStart);
   }
 

@@ -1,4 +1,4 @@
-#include "orvane/algorithm/correlation.h"
+#include "orvane/correlation/correlation.h"
 
 #include <gmock/gmock.h>
 
@@ -7,8 +7,8 @@
 #include <random>
 #include <vector>
 
-#include "orvane/algorithm/correlation_stand_alone.h"
 #include "orvane/core/visit_enumerator.h"
+#include "orvane/correlation/correlation_stand_alone.h"
 #include "tests/support/pad_walk.h"
 #include "tests/support/plan_scene.h"
 #include "tests/support/random_values.h"
@@ -221,7 +221,7 @@ TYPED_TEST(CorrelationTest, DegenerateGeometryReadsAndWritesNothingBeyondItsArra
   p.run(OutputModeSame);
   for (const TypeParam& output : p.y) EXPECT_TRUE(output == 0 || std::isnan(output)) << "a sum of no taps, or none";
   p = this->problem({3}, {5});
-  p.padType = static_cast<PadTypeEnum>(5);
+  p.padType = static_cast<PadTypeEnum>(6);
   p.run(OutputModeSame);
   EXPECT_THAT(p.y, testing::Each(testing::IsNan()));
 }
@@ -233,7 +233,7 @@ void runEverywhere(Problem<T>& p, int runs) {
   Table hDims(p.hDims), centre(p.centre), uDims(p.uDims);
   CleverPtr<T> h, u, y;
   h.ptr = p.h.data(), u.ptr = p.u.data(), y.ptr = p.y.data();
-  visitEnumerator<1, 2, 3, 4>(p.padType, [&](auto pad) {
+  visitPadType(p.padType, [&](auto pad) {
     Allocator allocator;
     Correlation<T, T, T, PadExtendedInput<T, T, Allocator, pad()>, Allocator> correlation(
         &allocator, p.rank(), hDims, false, uDims, static_cast<OutputModeEnum>(3), centre, h, u, y);
