@@ -3,6 +3,7 @@
 #include "orvane/algorithm/conv_corr_algorithm.h"
 #include "orvane/convcorr/conv_corr.h"
 #include "orvane/core/visit_enumerator.h"
+#include "orvane/exec/window_processor-inl.h"
 #include "orvane/input/pad_extended_input.h"
 
 namespace BP {
@@ -28,7 +29,7 @@ void ConvCorr<HT, UT, YT, AllocT>::build(AlgorithmModeEnum algorithmMode, NormEn
         using InputT = PadExtendedInput<UT, YT, AllocT, pad()>;
         constexpr int flipFilter = mode() == AlgorithmModeConvolution ? 1 : 0;
         using Algo = ConvCorrAlgorithm<AllocT, FilterBlock, InputT, YT, HT, UT, flipFilter, normalise()>;
-        this->template makeAlgorithm<Algo>(filter);
+        this->template makeAlgorithm<Algo>(filter, this->template makeInput<InputT>());
       });
     });
   });

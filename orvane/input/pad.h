@@ -8,6 +8,7 @@
 #include "orvane/input/pad_redirector.h"
 #include "orvane/plan/block.h"
 #include "orvane/plan/sector.h"
+#include "orvane/platform/export.h"
 
 /// Pads: what a coordinate beyond the input's edge reads as.
 ///
@@ -18,7 +19,7 @@ namespace BP {
 
 /// Base of the pads over elements UT.
 template <class UT, class AllocT>
-class Pad {
+class ORVANE_API Pad {
  public:
   Pad(AllocT* alloc, bool distanceBased) : allocator(alloc), isDistanceBased(distanceBased) {}
   Pad(const Pad&) = delete;
@@ -42,7 +43,7 @@ inline UT* elementOf(const TraversableDataBlock<UT, AllocT>& block, int rank, co
 
 /// One stored value beyond every edge.
 template <class UT, class YT, class AllocT>
-class ConstantPad : public Pad<UT, AllocT> {
+class ORVANE_API ConstantPad : public Pad<UT, AllocT> {
  public:
   explicit ConstantPad(AllocT* alloc) : Pad<UT, AllocT>(alloc, false) { alloc->allocateArray(padValue, 1, "input"); }
 
@@ -65,7 +66,7 @@ class ConstantPad : public Pad<UT, AllocT> {
 /// Another element of the input beyond every edge, chosen by a redirector. Reads change `index` in place, and a
 /// coordinate that the caller does not write anew enters its next read as it was left.
 template <class UT, class YT, class AllocT, int padType>
-class DataBasedPad : public Pad<UT, AllocT> {
+class ORVANE_API DataBasedPad : public Pad<UT, AllocT> {
  public:
   using Redirector = typename RedirectorOf<padType>::type;
 

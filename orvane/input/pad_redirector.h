@@ -3,6 +3,7 @@
 #include "orvane/core/pad_types.h"
 #include "orvane/plan/block.h"
 #include "orvane/plan/sector.h"
+#include "orvane/platform/export.h"
 
 /// Redirectors: which element of the input a coordinate beyond its edge stands for, one dimension at a time.
 ///
@@ -17,7 +18,7 @@
 namespace BP {
 
 /// Base of the redirectors. `isDistanceBased` tells that a read beyond the edge yields an element of the input.
-class PadRedirector {
+class ORVANE_API PadRedirector {
  public:
   explicit PadRedirector(bool distanceBased) : isDistanceBased(distanceBased) {}
   virtual ~PadRedirector();
@@ -28,7 +29,7 @@ class PadRedirector {
 };
 
 /// The edge element, at any distance.
-class ReplicatePadRedirector : public PadRedirector {
+class ORVANE_API ReplicatePadRedirector : public PadRedirector {
  public:
   /// Its sectors in which outside and boundary mix go to the boundary loop, whose test comes first.
   ReplicatePadRedirector() : PadRedirector(true) {}
@@ -37,14 +38,14 @@ class ReplicatePadRedirector : public PadRedirector {
 };
 
 /// Base of the rules that depend on how far a coordinate lies beyond the edge.
-class DistanceBasedPadRedirector : public PadRedirector {
+class ORVANE_API DistanceBasedPadRedirector : public PadRedirector {
  public:
   DistanceBasedPadRedirector() : PadRedirector(true) {}
 };
 
 /// Reflection with the edge element repeated: the first n steps beyond an edge walk back through the array, the next n
 /// walk forth, and so on.
-class SymmetricPadRedirector : public DistanceBasedPadRedirector {
+class ORVANE_API SymmetricPadRedirector : public DistanceBasedPadRedirector {
  public:
   static int fromBelow(int i, int lo, int hi, int n) {
     const int r = (lo - i - 1) % (2 * n);
@@ -57,7 +58,7 @@ class SymmetricPadRedirector : public DistanceBasedPadRedirector {
 };
 
 /// Wrap-around.
-class CircularPadRedirector : public DistanceBasedPadRedirector {
+class ORVANE_API CircularPadRedirector : public DistanceBasedPadRedirector {
  public:
   static int fromBelow(int i, int lo, int hi, int n) { return hi - (lo - i - 1) % n; }
   static int fromAbove(int i, int lo, int hi, int n) { return lo + (i - hi - 1) % n; }
@@ -65,7 +66,7 @@ class CircularPadRedirector : public DistanceBasedPadRedirector {
 
 /// Reflection with the edge element once: the first n - 1 steps beyond an edge walk back through the array from the
 /// edge's neighbour, the next n - 1 walk forth, and so on. An array of one element gives that element.
-class MirrorPadRedirector : public DistanceBasedPadRedirector {
+class ORVANE_API MirrorPadRedirector : public DistanceBasedPadRedirector {
  public:
   static int fromBelow(int i, int lo, int hi, int n) {
     if (n == 1) return lo;

@@ -6,12 +6,13 @@
 #include "orvane/core/element.h"
 #include "orvane/core/enums.h"
 #include "orvane/plan/block.h"
+#include "orvane/platform/export.h"
 
 namespace BP {
 
 /// Abstract base of the inputs, over elements of type UT.
 template <class UT>
-class AnyInput {
+class ORVANE_API AnyInput {
  public:
   AnyInput() = default;
   AnyInput(const AnyInput&) = delete;
@@ -36,7 +37,7 @@ class AnyInput {
 /// an output takes when its whole window lies beyond the input. This class itself never pads; `PadExtendedInput` does.
 /// The range is set at `setupResize` and `setupStart` and stays. Data and tables belong to the maker.
 template <class UT, class YT, class AllocT>
-class Input : public AnyInput<UT> {
+class ORVANE_API Input : public AnyInput<UT> {
  public:
   /// The `PadTypeEnum` of the reads beyond the edge; 0: there are none.
   static constexpr int padType = 0;

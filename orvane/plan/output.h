@@ -3,11 +3,12 @@
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/enums.h"
 #include "orvane/plan/block.h"
+#include "orvane/platform/export.h"
 
 namespace BP {
 
 /// Abstract base of the outputs.
-class AnyOutput {
+class ORVANE_API AnyOutput {
  public:
   AnyOutput() = default;
   AnyOutput(const AnyOutput&) = delete;
@@ -20,7 +21,7 @@ class AnyOutput {
 /// Its range of indices is set anew on every run, since the plan may move the output; its strides at `setupResize` and
 /// `setupStart`. Data and tables belong to the maker.
 template <class YT, class AllocT>
-class Output final : public AnyOutput {
+class ORVANE_API Output final : public AnyOutput {
  public:
   Output(AllocT* alloc, int numDims, CleverPtr<int>& dims, CleverPtr<int>& origin, CleverPtr<int>& loc,
          CleverPtr<YT>& data)

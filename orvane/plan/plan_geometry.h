@@ -41,7 +41,7 @@ ORVANE_API void fitToBlock(TraversableBlock& y, const Block& block);
 ORVANE_API void fitToBlocks(TraversableBlock& y, const Block& first, const Block& second);
 
 /// Where a plan gets sector objects from, and what becomes of the filled ones.
-class SectorSink {
+class ORVANE_API SectorSink {
  public:
   SectorSink() = default;
   SectorSink(const SectorSink&) = delete;
