@@ -4,8 +4,8 @@
 //   In    a loaded vector of input, good for all output rows      Tap   one tap, in all lanes
 //   Sum   the accumulators of as many outputs as a vector of input stands for
 // the vector registers that each of them takes, the values of input in a vector (`lanes`), those of a packed tap
-// (`tapSize`), and the values of output for one of input (`outPerIn`). `Narrower` is the same for half as many lanes,
-// or the class itself where none is left. Everything is inlined by force into the loops.
+// (`tapSize`) and the parts in which a tap is loaded. `Narrower` is the same for fewer lanes, or the class itself.
+// Everything is inlined by force into the loops.
 
 #if defined(ORVANE_LANES_SUM_ELEMENTS_INL) == defined(HWY_TARGET_TOGGLE)
 #ifdef ORVANE_LANES_SUM_ELEMENTS_INL
@@ -18,6 +18,9 @@
 
 #include <cstddef>
 #include <cstring>
+#include <type_traits>
+
+#include "orvane/lanes/sum_kernels.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace BP::lanes {
@@ -42,16 +45,17 @@ HWY_INLINE void keepInRegister(V& v) {
 template <class D>
 constexpr std::ptrdiff_t lanesOf = static_cast<std::ptrdiff_t>(hn::MaxLanes(D()));
 
-/// `E` for half the lanes, as long as there are at least `least`.
-template <template <class> class E, class D, std::ptrdiff_t least>
-using NarrowerElements = E<std::conditional_t<(lanesOf<D> > least), hn::Half<D>, D>>;
+/// Tag for a run that is narrower than a vector: four lanes, or, if there are no more than four, `least`.
+template <class D, std::ptrdiff_t least>
+using NarrowerTag = hn::CappedTag<hn::TFromD<D>, (lanesOf<D> > 4 ? 4 : std::size_t{least})>;
 
 /// Real input and real filter: sum := sum + x * h.
-template <class D>
+template <class Tag>
 struct RealReal {
+  using D = Tag;
   using T = hn::TFromD<D>;
   using V = hn::Vec<D>;
-  using Narrower = NarrowerElements<RealReal, D, 1>;
+  using Narrower = RealReal<NarrowerTag<D, 1>>;
   struct In {
     V x;
     HWY_INLINE void keep() { keepInRegister(x); }
@@ -63,14 +67,20 @@ struct RealReal {
   struct Sum {
     V sum;
   };
-  static constexpr int inRegisters = 1, tapRegisters = 1, sumRegisters = 1, tapSize = 1, outPerIn = 1;
+  static constexpr int inRegisters = 1, tapRegisters = 1, sumRegisters = 1, tapSize = 1, tapParts = 1;
   static constexpr std::ptrdiff_t lanes = lanesOf<D>;
 
   static HWY_INLINE Sum zero() { return {hn::Zero(D())}; }
   static HWY_INLINE In load(const T* p) { return {hn::LoadU(D(), p)}; }
   static HWY_INLINE Tap loadTap(const T* p) { return {hn::Set(D(), *p)}; }
-  static HWY_INLINE void add(Sum& s, const In& in, const Tap& tap) { s.sum = hn::Add(s.sum, hn::Mul(in.x, tap.h)); }
-  static HWY_INLINE void store(T* p, const Sum& s) { hn::StoreU(s.sum, D(), p); }
+  template <int part>
+  static HWY_INLINE void add(Sum& s, const In& in, const Tap& tap) {
+    s.sum = hn::Add(s.sum, hn::Mul(in.x, tap.h));
+  }
+  static HWY_INLINE void store(const SumTask<T>& task, int row, std::ptrdiff_t at, const Sum& s) {
+    hn::StoreU(s.sum, D(), task.out[row] + at);
+  }
+  static HWY_INLINE V square(const In& in) { return hn::Mul(in.x, in.x); }
 };
 
 /// Real input and complex filter: an accumulator for each part.
@@ -79,62 +89,31 @@ struct RealReal {
 /// where both parts of the tap are finite: they are then +0 or -0 and change at most the sign of a zero u h.re, and
 /// adding a zero of either sign changes no sum, since a sum that starts at +0 is never -0 (x + y rounds to -0 only if
 /// both are -0). A part that is not finite makes the other sum NaN, whatever the input; packing sees to that.
-template <class D>
+template <class Tag>
 struct RealComplex {
+  using D = Tag;
   using T = hn::TFromD<D>;
   using V = hn::Vec<D>;
-  using Narrower = NarrowerElements<RealComplex, D, 1>;
-  struct In {
-    V x;
-    HWY_INLINE void keep() { keepInRegister(x); }
-  };
-  struct Tap {
-    V re, im;
-    HWY_INLINE void keep() { keepInRegister(re), keepInRegister(im); }
-  };
+  using Narrower = RealComplex<NarrowerTag<D, 1>>;
+  using In = typename RealReal<D>::In;
+  using Tap = typename RealReal<D>::Tap;
   struct Sum {
-    V re, im;
+    V part[2];
   };
-  static constexpr int inRegisters = 1, tapRegisters = 2, sumRegisters = 2, tapSize = 2, outPerIn = 2;
+  static constexpr int inRegisters = 1, tapRegisters = 1, sumRegisters = 2, tapSize = 2, tapParts = 2;
   static constexpr std::ptrdiff_t lanes = lanesOf<D>;
 
-  static HWY_INLINE Sum zero() { return {hn::Zero(D()), hn::Zero(D())}; }
-  static HWY_INLINE In load(const T* p) { return {hn::LoadU(D(), p)}; }
-  static HWY_INLINE Tap loadTap(const T* p) { return {hn::Set(D(), p[0]), hn::Set(D(), p[1])}; }
+  static HWY_INLINE Sum zero() { return {{hn::Zero(D()), hn::Zero(D())}}; }
+  static HWY_INLINE In load(const T* p) { return RealReal<D>::load(p); }
+  static HWY_INLINE Tap loadTap(const T* p) { return RealReal<D>::loadTap(p); }
+  template <int part>
   static HWY_INLINE void add(Sum& s, const In& in, const Tap& tap) {
-    s.re = hn::Add(s.re, hn::Mul(in.x, tap.re));
-    s.im = hn::Add(s.im, hn::Mul(in.x, tap.im));
+    s.part[part] = hn::Add(s.part[part], hn::Mul(in.x, tap.h));
   }
-  static HWY_INLINE void store(T* p, const Sum& s) { hn::StoreInterleaved2(s.re, s.im, D(), p); }
-};
-
-/// Real input: energy := energy + x * x; all output rows share the square.
-template <class D>
-struct RealSquares {
-  using T = hn::TFromD<D>;
-  using V = hn::Vec<D>;
-  using Narrower = NarrowerElements<RealSquares, D, 1>;
-  struct In {
-    V square;
-    HWY_INLINE void keep() {}
-  };
-  struct Tap {
-    HWY_INLINE void keep() {}
-  };
-  struct Sum {
-    V sum;
-  };
-  static constexpr int inRegisters = 1, tapRegisters = 0, sumRegisters = 1, tapSize = 0, outPerIn = 1;
-  static constexpr std::ptrdiff_t lanes = lanesOf<D>;
-
-  static HWY_INLINE Sum zero() { return {hn::Zero(D())}; }
-  static HWY_INLINE In load(const T* p) {
-    const V x = hn::LoadU(D(), p);
-    return {hn::Mul(x, x)};
+  static HWY_INLINE void store(const SumTask<T>& task, int row, std::ptrdiff_t at, const Sum& s) {
+    hn::StoreInterleaved2(s.part[0], s.part[1], D(), task.out[row] + 2 * at);
   }
-  static HWY_INLINE Tap loadTap(const T* /*none*/) { return {}; }
-  static HWY_INLINE void add(Sum& s, const In& in, const Tap& /*none*/) { s.sum = hn::Add(s.sum, in.square); }
-  static HWY_INLINE void store(T* p, const Sum& s) { hn::StoreU(s.sum, D(), p); }
+  static HWY_INLINE V square(const In& in) { return hn::Mul(in.x, in.x); }
 };
 
 #if HWY_TARGET != HWY_SCALAR
@@ -151,14 +130,29 @@ HWY_INLINE hn::Vec<D> loadPair(D d, const hn::TFromD<D>* p) {
   }
 }
 
-/// Complex input and complex filter, the parts side by side as they are stored: with x' = (x.im, x.re),
-/// sum := sum + (x (h.re, h.re) + x' (-h.im, h.im)). Adding a negated product is the subtraction of the plain form, bit
-/// for bit. All output rows share x and x'.
-template <class D>
+/// Complex input and real filter, the parts side by side as they are stored; the square is |x|^2 in both lanes of a
+/// pair.
+template <class Tag>
+struct ComplexReal : RealReal<Tag> {
+  using D = Tag;
+  using typename RealReal<D>::V;
+  using typename RealReal<D>::In;
+  using Narrower = ComplexReal<NarrowerTag<D, 2>>;
+  static HWY_INLINE V square(const In& in) {
+    const V squares = hn::Mul(in.x, in.x);
+    return hn::Add(squares, hn::Reverse2(D(), squares));
+  }
+  static HWY_INLINE V asStored(V energy) { return hn::OddEven(hn::Zero(D()), energy); }
+};
+
+/// Complex input and complex filter: with x' = (x.im, x.re), sum := sum + (x (h.re, h.re) + x' (-h.im, h.im)). Adding a
+/// negated product is the subtraction of the plain form, bit for bit. All output rows share x and x'.
+template <class Tag>
 struct ComplexComplex {
+  using D = Tag;
   using T = hn::TFromD<D>;
   using V = hn::Vec<D>;
-  using Narrower = NarrowerElements<ComplexComplex, D, 2>;
+  using Narrower = ComplexComplex<NarrowerTag<D, 2>>;
   struct In {
     V x, swapped;
     HWY_INLINE void keep() { keepInRegister(x), keepInRegister(swapped); }
@@ -167,93 +161,133 @@ struct ComplexComplex {
     V re, im;
     HWY_INLINE void keep() { keepInRegister(re), keepInRegister(im); }
   };
-  struct Sum {
-    V sum;
-  };
-  static constexpr int inRegisters = 2, tapRegisters = 2, sumRegisters = 1, tapSize = 3, outPerIn = 1;
+  using Sum = typename RealReal<D>::Sum;
+  static constexpr int inRegisters = 2, tapRegisters = 2, sumRegisters = 1, tapSize = 3, tapParts = 1;
   static constexpr std::ptrdiff_t lanes = lanesOf<D>;
 
-  static HWY_INLINE Sum zero() { return {hn::Zero(D())}; }
+  static HWY_INLINE Sum zero() { return RealReal<D>::zero(); }
   static HWY_INLINE In load(const T* p) {
     const V x = hn::LoadU(D(), p);
     return {x, hn::Reverse2(D(), x)};
   }
   static HWY_INLINE Tap loadTap(const T* p) { return {hn::Set(D(), p[0]), loadPair(D(), p + 1)}; }
+  template <int part>
   static HWY_INLINE void add(Sum& s, const In& in, const Tap& tap) {
     s.sum = hn::Add(s.sum, hn::Add(hn::Mul(in.x, tap.re), hn::Mul(in.swapped, tap.im)));
   }
-  static HWY_INLINE void store(T* p, const Sum& s) { hn::StoreU(s.sum, D(), p); }
+  static HWY_INLINE void store(const SumTask<T>& task, int row, std::ptrdiff_t at, const Sum& s) {
+    RealReal<D>::store(task, row, at, s);
+  }
+  static HWY_INLINE V square(const In& in) { return ComplexReal<D>::square({in.x}); }
+  static HWY_INLINE V asStored(V energy) { return ComplexReal<D>::asStored(energy); }
 };
 
-/// Complex input: energy := energy + (x.re^2 + x.im^2), in both lanes of a pair.
-template <class D>
-struct ComplexSquares : RealSquares<D> {
+#else  // A vector is one value here, so that a complex element takes two.
+
+template <class Tag>
+struct ComplexComplex {
+  using D = Tag;
   using T = hn::TFromD<D>;
   using V = hn::Vec<D>;
-  using Narrower = NarrowerElements<ComplexSquares, D, 2>;
-  using typename RealSquares<D>::In;
-  using typename RealSquares<D>::Sum;
-
-  static HWY_INLINE In load(const T* p) {
-    const V x = hn::LoadU(D(), p);
-    const V square = hn::Mul(x, x);
-    return {hn::Add(square, hn::Reverse2(D(), square))};
-  }
-  static HWY_INLINE void store(T* p, const Sum& s) { hn::StoreU(hn::OddEven(hn::Zero(D()), s.sum), D(), p); }
-};
-
-#else  // A vector is one value, so that a complex one takes two.
-
-template <class D>
-struct ComplexComplex {
-  using T = hn::TFromD<D>;
   using Narrower = ComplexComplex;
   struct In {
-    T re, im;
-    HWY_INLINE void keep() {}
+    V re, im;
+    HWY_INLINE void keep() { keepInRegister(re), keepInRegister(im); }
   };
-  struct Tap {
-    T re, im;
-    HWY_INLINE void keep() {}
-  };
-  struct Sum {
-    T re, im;
-  };
-  static constexpr int inRegisters = 2, tapRegisters = 2, sumRegisters = 2, tapSize = 3, outPerIn = 1;
+  using Tap = In;
+  using Sum = In;
+  static constexpr int inRegisters = 2, tapRegisters = 2, sumRegisters = 2, tapSize = 3, tapParts = 1;
   static constexpr std::ptrdiff_t lanes = 2;
 
-  static HWY_INLINE Sum zero() { return {0, 0}; }
-  static HWY_INLINE In load(const T* p) { return {p[0], p[1]}; }
-  static HWY_INLINE Tap loadTap(const T* p) { return {p[0], p[2]}; }
+  static HWY_INLINE Sum zero() { return {hn::Zero(D()), hn::Zero(D())}; }
+  static HWY_INLINE In load(const T* p) { return {hn::Set(D(), p[0]), hn::Set(D(), p[1])}; }
+  static HWY_INLINE Tap loadTap(const T* p) { return {hn::Set(D(), p[0]), hn::Set(D(), p[2])}; }
+  template <int part>
   static HWY_INLINE void add(Sum& s, const In& in, const Tap& tap) {
-    s.re = (in.re * tap.re - in.im * tap.im) + s.re;
-    s.im = s.im + (in.re * tap.im + tap.re * in.im);
+    s.re = hn::Add(hn::Sub(hn::Mul(in.re, tap.re), hn::Mul(in.im, tap.im)), s.re);
+    s.im = hn::Add(s.im, hn::Add(hn::Mul(in.re, tap.im), hn::Mul(tap.re, in.im)));
   }
-  static HWY_INLINE void store(T* p, const Sum& s) { p[0] = s.re, p[1] = s.im; }
+  static HWY_INLINE void store(const SumTask<T>& task, int row, std::ptrdiff_t at, const Sum& s) {
+    hn::StoreInterleaved2(s.re, s.im, D(), task.out[row] + at);
+  }
+  static HWY_INLINE V square(const In& in) { return hn::Add(hn::Mul(in.re, in.re), hn::Mul(in.im, in.im)); }
 };
 
-template <class D>
-struct ComplexSquares : RealSquares<D> {
-  using T = hn::TFromD<D>;
-  using Narrower = ComplexSquares;
-  struct In {
-    T square;
-    HWY_INLINE void keep() {}
-  };
-  struct Sum {
-    T sum;
-  };
-  static constexpr std::ptrdiff_t lanes = 2;
+template <class Tag>
+struct ComplexReal : ComplexComplex<Tag> {
+  using D = Tag;
+  using typename ComplexComplex<D>::T;
+  using typename ComplexComplex<D>::In;
+  using typename ComplexComplex<D>::Sum;
+  using Tap = typename RealReal<D>::Tap;
+  using Narrower = ComplexReal;
+  static constexpr int tapRegisters = 1, tapSize = 1;
 
-  static HWY_INLINE Sum zero() { return {0}; }
-  static HWY_INLINE In load(const T* p) { return {p[0] * p[0] + p[1] * p[1]}; }
-  static HWY_INLINE void add(Sum& s, const In& in, const typename RealSquares<D>::Tap& /*none*/) {
-    s.sum = s.sum + in.square;
+  static HWY_INLINE Tap loadTap(const T* p) { return RealReal<D>::loadTap(p); }
+  template <int part>
+  static HWY_INLINE void add(Sum& s, const In& in, const Tap& tap) {
+    s.re = hn::Add(s.re, hn::Mul(in.re, tap.h));
+    s.im = hn::Add(s.im, hn::Mul(in.im, tap.h));
   }
-  static HWY_INLINE void store(T* p, const Sum& s) { p[0] = s.sum, p[1] = 0; }
 };
 
 #endif
+
+/// The elements `E` with the energy of the window beside the sum: energy := energy + |x|^2, whose square all output
+/// rows share. Both are stored.
+template <class E>
+struct WithEnergy : E {
+  using typename E::D;
+  using typename E::T;
+  using typename E::V;
+  using Narrower = WithEnergy<typename E::Narrower>;
+  struct In {
+    typename E::In in;
+    V square;
+    HWY_INLINE void keep() { in.keep(), keepInRegister(square); }
+  };
+  struct Sum {
+    typename E::Sum sum;
+    V energy;
+  };
+  static constexpr int inRegisters = E::inRegisters + 1, sumRegisters = E::sumRegisters + 1;
+
+  static HWY_INLINE Sum zero() { return {E::zero(), hn::Zero(D())}; }
+  static HWY_INLINE In load(const T* p) {
+    const typename E::In in = E::load(p);
+    return {in, E::square(in)};
+  }
+  template <int part>
+  static HWY_INLINE void add(Sum& s, const In& in, const typename E::Tap& tap) {
+    E::template add<part>(s.sum, in.in, tap);
+    if constexpr (part == 0) s.energy = hn::Add(s.energy, in.square);
+  }
+  static HWY_INLINE void store(const SumTask<T>& task, int row, std::ptrdiff_t at, const Sum& s) {
+    E::store(task, row, at, s.sum);
+    T* const energies = task.energies[row] + at;
+    if constexpr (std::is_same_v<E, RealComplex<D>>) {
+      hn::StoreU(s.energy, D(), energies);
+    } else if constexpr (HWY_TARGET == HWY_SCALAR) {
+      hn::StoreInterleaved2(s.energy, hn::Zero(D()), D(), energies);
+    } else {
+      hn::StoreU(E::asStored(s.energy), D(), energies);
+    }
+  }
+};
+
+/// Real elements; what is stored is sum / (sqrt(energy) * norm of the filter), or 0 where the divisor is 0.
+template <class Tag>
+struct Normalised : WithEnergy<RealReal<Tag>> {
+  using D = Tag;
+  using typename WithEnergy<RealReal<D>>::T;
+  using typename WithEnergy<RealReal<D>>::Sum;
+  using Narrower = Normalised<NarrowerTag<D, 1>>;
+  static HWY_INLINE void store(const SumTask<T>& task, int row, std::ptrdiff_t at, const Sum& s) {
+    const auto divisor = hn::Mul(hn::Sqrt(s.energy), hn::Set(D(), task.filterNorm));
+    const auto quotient = hn::Div(s.sum.sum, divisor);
+    hn::StoreU(hn::IfThenZeroElse(hn::Eq(divisor, hn::Zero(D())), quotient), D(), task.out[row] + at);
+  }
+};
 
 }  // namespace HWY_NAMESPACE
 }  // namespace BP::lanes

@@ -9,11 +9,10 @@ namespace BP::lanes {
 /// Greatest number of output rows whose taps are packed side by side; kernels take so many rows at once, or fewer.
 constexpr int mostPackedRows = 8;
 
-/// One run as kernels see it: extents count values of `T`, whatever they mean. Input row offsets, `width` and `step`
-/// are those of the input; output rows are as wide, or twice as wide where only the filter is complex.
+/// One run as kernels see it. Extents count input values of type `T`, whatever they mean: a complex element is two.
 template <class T>
 struct SumTask {
-  const T* taps = nullptr;  ///< for each plane, input line and column: `packedRows` taps
+  const T* taps = nullptr;  ///< for each plane, input line and column: those of `packedRows` output rows
   int packedRows = 1;
   int planes = 1;
   int filterRows = 1;
@@ -24,17 +23,21 @@ struct SumTask {
   int rows = 1;
   std::ptrdiff_t width = 1;
   T* const* out = nullptr;
+  T* const* energies = nullptr;
+  T filterNorm = 0;
 };
 
 /// The kernels of one target.
 template <class T>
 struct SumKernels {
-  void (*realReal)(const SumTask<T>&);  ///< also complexReal, as twice as many real columns with step 2
-  void (*realComplex)(const SumTask<T>&);
-  void (*complexComplex)(const SumTask<T>&);
-  void (*realSquares)(const SumTask<T>&);
-  void (*complexSquares)(const SumTask<T>&);
-  void (*divideByNorms)(T* sums, const T* energies, T filterNorm, std::ptrdiff_t count);
+  using Kernel = void(const SumTask<T>&);
+  Kernel* realReal;  ///< also complexReal, whose parts are summed alike
+  Kernel* realComplex;
+  Kernel* complexComplex;
+  Kernel* normalised;         ///< realReal divided by norms
+  Kernel* complexRealEnergy;  ///< these three store the energies as well
+  Kernel* realComplexEnergy;
+  Kernel* complexComplexEnergy;
 };
 
 /// The kernels of the target in use.

@@ -101,21 +101,28 @@ void PackedFilter<T>::sumProducts(const Run<T>& run) const {
 }
 
 template <class T>
-void sumSquares(bool complexInput, FilterExtents window, const Run<T>& run) {
-  const SumTask<T> task = makeTask(complexInput, window, run);
-  (complexInput ? sumKernels<T>().complexSquares : sumKernels<T>().realSquares)(task);
+void PackedFilter<T>::sumNormalised(const Run<T>& run, T filterNorm) const {
+  SumTask<T> task = makeTask(false, extents, run);
+  task.taps = storage;
+  task.filterNorm = filterNorm;
+  sumKernels<T>().normalised(task);
 }
 
 template <class T>
-void divideByNorms(T* sums, const T* energies, T filterNorm, std::ptrdiff_t count) {
-  sumKernels<T>().divideByNorms(sums, energies, filterNorm, count);
+void PackedFilter<T>::sumWithEnergies(const Run<T>& run, T* const* energies) const {
+  SumTask<T> task = makeTask(isComplexInput(elements), extents, run);
+  task.taps = storage;
+  task.energies = energies;
+  const SumKernels<T>& kernels = sumKernels<T>();
+  switch (elements) {
+    case Elements::realReal: return;
+    case Elements::complexReal: return kernels.complexRealEnergy(task);
+    case Elements::realComplex: return kernels.realComplexEnergy(task);
+    case Elements::complexComplex: return kernels.complexComplexEnergy(task);
+  }
 }
 
 template class PackedFilter<float>;
 template class PackedFilter<double>;
-template void sumSquares(bool, FilterExtents, const Run<float>&);
-template void sumSquares(bool, FilterExtents, const Run<double>&);
-template void divideByNorms(float*, const float*, float, std::ptrdiff_t);
-template void divideByNorms(double*, const double*, double, std::ptrdiff_t);
 
 }  // namespace BP::lanes

@@ -79,6 +79,17 @@ class PackedFilter {
   /// filter scales both parts of a complex input.
   void sumProducts(const Run<T>& run) const;
 
+  /// The same sum, divided by the norms of filter and window: out := sum / (sqrt(energy) * filterNorm), or 0 where the
+  /// divisor is 0 (a divisor that is NaN gives NaN). The energy of a window is energy := x * x + energy over its taps
+  /// in the same order. Real input and real filter only.
+  void sumNormalised(const Run<T>& run, T filterNorm) const;
+
+  /// The same sum, and beside it the energy of each window, for a caller who divides himself. The energy of real input
+  /// is a real value for each output. The energy of complex input is complex: energy := energy + (x.re^2 + x.im^2),
+  /// with imaginary part 0; the plain loop's is 0 or NaN there, and no norm depends on it. Not for real input and real
+  /// filter.
+  void sumWithEnergies(const Run<T>& run, T* const* energies) const;
+
   Elements getElements() const { return elements; }
   FilterExtents getExtents() const { return extents; }
 
@@ -90,22 +101,5 @@ class PackedFilter {
 
 extern template class PackedFilter<float>;
 extern template class PackedFilter<double>;
-
-/// out[r][i] := sum over the window of |x|^2, taps in the same order as for products: energy := x * x + energy, for
-/// complex input energy := energy + (x.re^2 + x.im^2). The sum of real input is real. The sum of complex input is
-/// complex with imaginary part 0; the plain loop's is 0 or NaN, and nothing depends on it, as a norm uses the real part
-/// alone.
-template <class T>
-void sumSquares(bool complexInput, FilterExtents window, const Run<T>& run);
-
-/// sums[i] := sums[i] / (sqrt(energies[i]) * filterNorm); 0 where the divisor is 0 (a divisor that is NaN gives NaN).
-/// Real values only.
-template <class T>
-void divideByNorms(T* sums, const T* energies, T filterNorm, std::ptrdiff_t count);
-
-extern template void sumSquares(bool, FilterExtents, const Run<float>&);
-extern template void sumSquares(bool, FilterExtents, const Run<double>&);
-extern template void divideByNorms(float*, const float*, float, std::ptrdiff_t);
-extern template void divideByNorms(double*, const double*, double, std::ptrdiff_t);
 
 }  // namespace BP::lanes

@@ -46,24 +46,22 @@ class Case {
     PackedFilter<T> filter(elements, window, storage.data());
     filter.pack(reinterpret_cast<const T*>(taps.data()), reversed);
 
-    const std::ptrdiff_t planeStride = window.rows + rows - 1;
-    filter.sumProducts({lines.data(), planeStride, rows, width, asParts(out).data()});
-    sumSquares<T>(isComplex<U>, window, {lines.data(), planeStride, rows, width, asParts(energies).data()});
-    for (int r = 0; r < rows; ++r) {
-      for (int i = 0; i < width; ++i) {
-        Y sum(0);
-        U energy(0);
-        std::size_t n = 0;
-        forEachTap(r, i, [&](const U& x) {
-          multiplyAdd(sum, x, taps[reversed ? taps.size() - 1 - n : n]);
-          addEnergy(energy, x);
-          ++n;
-        });
-        ASSERT_TRUE(sameBits(out[std::size_t(r)][i], sum)) << where(r, i) << out[std::size_t(r)][i] << " for " << sum;
-        ASSERT_TRUE(sameBits(std::real(energies[std::size_t(r)][i]), std::real(energy))) << where(r, i) << "energy";
-      }
+    const Run<T> where{lines.data(), window.rows + rows - 1, rows, width, asParts(out).data()};
+    filter.sumProducts(where);
+    compare(taps, reversed, [](Y sum, const Y& /*energy*/) { return sum; });
+    if constexpr (elements == Elements::realReal) {
+      const T filterNorm = special ? T(0) : T(1.7);
+      filter.sumNormalised(where, filterNorm);
+      compare(taps, reversed, [&](T sum, T energy) {
+        const T divisor = std::sqrt(energy) * filterNorm;
+        return divisor == 0 ? 0 : sum / divisor;
+      });
+    } else {
+      filter.sumWithEnergies(where, asParts(energies).data());
+      hasEnergies = true;
+      compare(taps, reversed, [](Y sum, const Y& /*energy*/) { return sum; });
+      hasEnergies = false;
     }
-    if constexpr (elements == Elements::realReal) checkNorms(special ? T(0) : T(1.7));
   }
 
  private:
@@ -83,24 +81,31 @@ class Case {
     }
   }
 
-  template <class ActionT>
-  void forEachTap(int r, int i, ActionT&& action) const {
-    const auto* const* plane = lines.data();
-    for (int p = 0; p < window.planes; ++p, plane += window.rows + rows - 1) {
-      for (int j = 0; j < window.rows; ++j) {
-        for (int c = 0; c < window.columns; ++c) action(reinterpret_cast<const U*>(plane[r + j])[i + c]);
-      }
-    }
-  }
-
-  void checkNorms(T filterNorm) {
-    for (std::size_t r = 0; r < std::size_t(rows); ++r) {
-      const std::vector<T> sums(out[r], out[r] + width), squares(energies[r], energies[r] + width);
-      divideByNorms(out[r], energies[r], filterNorm, width);
+  /// Compares with the plain loop; `finish` makes the result from sum and energy.
+  template <class FinishT>
+  void compare(const std::vector<H>& taps, bool reversed, FinishT&& finish) {
+    for (int r = 0; r < rows; ++r) {
       for (int i = 0; i < width; ++i) {
-        const T divisor = std::sqrt(squares[std::size_t(i)]) * filterNorm;
-        const T quotient = divisor == 0 ? 0 : sums[std::size_t(i)] / divisor;
-        ASSERT_TRUE(sameBits(out[r][i], quotient)) << where(int(r), i) << "norm";
+        Y sum(0), energy(0);
+        std::size_t n = 0;
+        for (int p = 0; p < window.planes; ++p) {
+          for (int j = 0; j < window.rows; ++j) {
+            const auto line = std::size_t(p * (window.rows + rows - 1) + r + j);
+            for (int c = 0; c < window.columns; ++c, ++n) {
+              const U x = reinterpret_cast<const U*>(lines[line])[i + c];
+              multiplyAdd(sum, x, taps[reversed ? taps.size() - 1 - n : n]);
+              addEnergy(energy, x);
+            }
+          }
+        }
+        Y& found = out[std::size_t(r)][i];
+        const Y wanted = finish(sum, energy);
+        ASSERT_TRUE(sameBits(found, wanted)) << describe(r, i) << found << " for " << wanted;
+        found = Y(-1);  // so that the next call has to write it
+        if (hasEnergies) {
+          const auto squares = std::real(energies[std::size_t(r)][i]);
+          ASSERT_TRUE(sameBits(squares, std::real(energy))) << describe(r, i) << "energy " << squares;
+        }
       }
     }
   }
@@ -112,7 +117,7 @@ class Case {
     return parts;
   }
 
-  std::string where(int r, int i) const {
+  std::string describe(int r, int i) const {
     std::ostringstream text;
     text << getTarget() << ", elements " << int(elements) << " of " << sizeof(T) << " bytes, window " << window.planes
          << 'x' << window.rows << 'x' << window.columns << ", " << rows << " rows of " << width << ", at " << r << ", "
@@ -124,6 +129,7 @@ class Case {
   test::GuardedLines memory;
   FilterExtents window;
   int rows = 0, width = 0;
+  bool hasEnergies = false;
   std::vector<const T*> lines;
   std::vector<Y*> out;
   std::vector<U*> energies;
