@@ -6,7 +6,7 @@
 #include <complex>
 #include <string>
 
-#include "orvane/algorithm/element.h"
+#include "orvane/core/element.h"
 #include "orvane/lanes/target.h"
 #include "tests/support/guarded_lines.h"
 #include "tests/support/random_values.h"
