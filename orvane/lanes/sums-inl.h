@@ -232,7 +232,8 @@ void computePasses(const SumTask<typename E::T>& task) {
     if (at == task.width) return;
   }
   if (task.width >= E::lanes) {
-    Blocks<E, R, 1>::compute(task, at, task.width);
+    const std::ptrdiff_t last = task.width - E::lanes;
+    Blocks<E, R, 1>::compute(task, at < last ? at : last, task.width);
   } else if constexpr (E::Narrower::lanes < E::lanes) {
     computePasses<typename E::Narrower, (R > 4 ? R / 2 : R), 1>(task);
   }
