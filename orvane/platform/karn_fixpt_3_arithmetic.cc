@@ -5,6 +5,8 @@
 
 namespace KarnDSPFixpt {
 
+using detail::align;
+using detail::Alignment;
 using detail::Int128;
 using detail::Uint128;
 using detail::Wide;
@@ -14,18 +16,6 @@ namespace {
 std::int64_t fractionOf(const Fixpt& v) { return v.attributes().type().fraction; }
 int bitsOf(const Fixpt& v) { return detail::signedBits(v.attributes().type()); }
 bool floating(const Fixpt& v) { return v.attributes().isFloating(); }
-
-/// The shifts that bring two fractions to the greater one, no longer than what can matter, and that fraction.
-struct Alignment {
-  int own;
-  int other;
-  std::int64_t fraction;
-};
-
-Alignment align(std::int64_t own, std::int64_t other, std::int64_t limit) {
-  const auto cap = [limit](std::int64_t shift) { return static_cast<int>(std::clamp<std::int64_t>(shift, 0, limit)); };
-  return {cap(other - own), cap(own - other), own + cap(other - own)};
-}
 
 }  // namespace
 

@@ -1,7 +1,7 @@
+#include "orvane/platform/karn_fixpt_3_attributes.h"
+
 #include <algorithm>
 #include <utility>
-
-#include "orvane/platform/karn_fixpt_3.h"
 
 namespace KarnDSPFixpt {
 

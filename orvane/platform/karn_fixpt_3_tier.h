@@ -25,6 +25,18 @@ inline bool holds(int limit, int bits, std::int64_t drop) {
   return drop >= 0 ? bits <= limit && drop <= limit : bits - std::max(drop, -2 * greatestAppend) <= limit;
 }
 
+/// The shifts that bring two fractions to the greater one, no longer than what can matter, and that fraction.
+struct Alignment {
+  int own;
+  int other;
+  std::int64_t fraction;
+};
+
+inline Alignment align(std::int64_t own, std::int64_t other, std::int64_t limit) {
+  const auto cap = [limit](std::int64_t shift) { return static_cast<int>(std::clamp<std::int64_t>(shift, 0, limit)); };
+  return {cap(other - own), cap(own - other), own + cap(other - own)};
+}
+
 /// The 2^bytesLog bytes at `p`, below zeros.
 inline Uint128 readBits(const std::byte* p, unsigned bytesLog) {
   const auto read = [p](auto bits) -> Uint128 {
