@@ -136,7 +136,7 @@ bool ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise
   const auto& u = this->input->getBlock();
   const auto& y = result.getBlock();
   const int uPitch = u.getDims().ptr[0], yPitch = y.getDims().ptr[0];
-  if (std::max(uPitch, yPitch) > ZdFilterLoader::mostPitch) return false;
+  if (std::max(uPitch, yPitch) > ZdFilterLoader::maxPitch) return false;
   const int *const s = sector.getStart().ptr, *const e = sector.getEnd().ptr;
   const int *const hLoc = this->filter->getLoc().ptr, *const hDims = this->filter->getDims().ptr;
   int hCentre[2], offset[2];

@@ -130,7 +130,7 @@ Int128 Fixpt::stored() const { return static_cast<Int128>(load<Wide>(cursor_).lo
 
 void Fixpt::setStored(Int128 v) {
   const FixptType type = attributes_.type();
-  const int spare = static_cast<int>(greatestWord - type.word);
+  const int spare = static_cast<int>(maxWord - type.word);
   const Uint128 high = static_cast<Uint128>(v) << spare;
   store(cursor_, type.isSigned ? static_cast<Uint128>(static_cast<Int128>(high) >> spare) : high >> spare);
 }

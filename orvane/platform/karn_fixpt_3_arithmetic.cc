@@ -115,7 +115,7 @@ void Fixpt::assignInteger(int v) {
 bool Fixpt::planSum(const Fixpt& v) {
   if (sumPlan_.partsKey == v.key_) return true;
   if (!isNarrow_ || !v.isNarrow_) return false;
-  const Alignment shifts = align(fractionOf(*this), fractionOf(v), detail::greatestAppend);
+  const Alignment shifts = align(fractionOf(*this), fractionOf(v), detail::maxAppend);
   const int bits = std::max(bitsOf(*this) + shifts.own, bitsOf(v) + shifts.other) + 1;
   Plan plan;
   if (!planCast(plan, v.key_, !isComplex_ && !v.isComplex_, bits, shifts.fraction)) return false;
@@ -144,7 +144,7 @@ void Fixpt::putSum(int target, const Fixpt& a, int i, const Fixpt& b, int j, boo
     const double y = b.componentToDouble(j);
     return putDouble(target, subtracts ? x - y : x + y);
   }
-  const Alignment shifts = align(fractionOf(a), fractionOf(b), detail::greatestAppend);
+  const Alignment shifts = align(fractionOf(a), fractionOf(b), detail::maxAppend);
   const int bits = std::max(bitsOf(a) + shifts.own, bitsOf(b) + shifts.other) + 1;
   inTier(bits, shifts.fraction, [&]<class I>() {
     const I x = a.load<I>(i) << shifts.own;

@@ -15,7 +15,7 @@ Mode known(Mode mode, int count, Mode fallback) {
   return mode >= 0 && mode < count ? mode : fallback;
 }
 
-unsigned knownWord(unsigned word) { return std::clamp(word, leastWord, greatestWord); }
+unsigned knownWord(unsigned word) { return std::clamp(word, minWord, maxWord); }
 
 }  // namespace
 

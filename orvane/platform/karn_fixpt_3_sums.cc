@@ -84,7 +84,7 @@ template <class I>
     return true;
   }
   const std::int64_t fraction = fractionOf(a) + fractionOf(b);
-  const detail::Alignment shifts = detail::align(fractionOf(*this), fractionOf(product), detail::greatestAppend);
+  const detail::Alignment shifts = detail::align(fractionOf(*this), fractionOf(product), detail::maxAppend);
   const int sumBits = std::max(bitsOf(*this) + shifts.own, bitsOf(product) + shifts.other) + 1;
   if (!product.prepareCast(casts.product, bitsOf(a) + bitsOf(b), fraction)) return false;
   if (!prepareCast(casts.sum, sumBits, shifts.fraction)) return false;
@@ -118,16 +118,16 @@ void Fixpt::count(const detail::CountingCast<I>& cast, unsigned casts) {
 template <class I>
 [[gnu::always_inline]] inline void Fixpt::addProductsBy(detail::ProductSum<I>& casts, const FixptWindow& left,
                                                         const FixptWindow& right, int width, int height) {
-  constexpr int longest = 32;
-  std::array<I, longest> x, y;
+  constexpr int maxRun = 32;
+  std::array<I, maxRun> x, y;
   const auto read = [](const FixptWindow& w, int i, int j, const detail::Range<I>& range, std::span<I> values) {
     const Fixpt& v = w.array;
     readRow(v.address(w.first + j * w.pitch + i * w.step), v.bytesLog_, w.step, range, values);
   };
   I sum = load<I>(cursor_);
   for (int j = 0; j < height; ++j) {
-    for (int i = 0; i < width; i += longest) {
-      const auto n = static_cast<std::size_t>(std::min(width - i, longest));
+    for (int i = 0; i < width; i += maxRun) {
+      const auto n = static_cast<std::size_t>(std::min(width - i, maxRun));
       read(left, i, j, casts.left, std::span(x).first(n));
       read(right, i, j, casts.right, std::span(y).first(n));
       for (std::size_t k = 0; k < n; ++k) x[k] = casts.product((x[k] * y[k]) << casts.productAppend);
