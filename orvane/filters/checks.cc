@@ -14,19 +14,19 @@ std::string textOf(double value) {
   return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
 }
 
-void checkExtents(std::string_view argument, const Extents& extents, std::int64_t most, std::size_t greatestRank) {
-  if (extents.rank() < 1 || extents.rank() > greatestRank) {
+void checkExtents(std::string_view argument, const Extents& extents, std::int64_t maxElements, std::size_t maxRank) {
+  if (extents.rank() < 1 || extents.rank() > maxRank) {
     refuse(argument, "rank " + std::to_string(extents.rank()),
-           greatestRank == 2 ? "allowed are 1 and 2" : "allowed are 1 to " + std::to_string(greatestRank));
+           maxRank == 2 ? "allowed are 1 and 2" : "allowed are 1 to " + std::to_string(maxRank));
   }
   for (std::size_t d = 0; d < extents.rank(); ++d) {
-    if (extents[d] >= 1 && extents[d] <= greatestIndex) continue;
+    if (extents[d] >= 1 && extents[d] <= maxIndex) continue;
     refuse(argument, "extent " + std::to_string(extents[d]) + " in dimension " + std::to_string(d),
-           "allowed are 1 to " + std::to_string(greatestIndex));
+           "allowed are 1 to " + std::to_string(maxIndex));
   }
-  if (elementCount(extents) > most) {
+  if (elementCount(extents) > maxElements) {
     refuse(argument, toText(extents) + " are " + std::to_string(elementCount(extents)) + " elements",
-           "at most " + std::to_string(most) + " are allowed");
+           "at most " + std::to_string(maxElements) + " are allowed");
   }
 }
 

@@ -18,7 +18,7 @@
 namespace BP::filters::detail {
 
 /// The greatest index, extent and element count of the filters behind, whose index arithmetic is signed 32-bit.
-constexpr std::int64_t greatestIndex = std::numeric_limits<std::int32_t>::max();
+constexpr std::int64_t maxIndex = std::numeric_limits<std::int32_t>::max();
 
 /// Throws: "ARGUMENT: VALUE; ALLOWED".
 [[noreturn]] void refuse(std::string_view argument, const std::string& value, const std::string& allowed);
@@ -26,9 +26,9 @@ constexpr std::int64_t greatestIndex = std::numeric_limits<std::int32_t>::max();
 /// The shortest text that reads back as `value`.
 std::string textOf(double value);
 
-/// Extents of 1 and more, of rank 1 to `greatestRank`, with no more than `most` elements.
-void checkExtents(std::string_view argument, const Extents& extents, std::int64_t most = greatestIndex,
-                  std::size_t greatestRank = 2);
+/// Extents of 1 and more, of rank 1 to `maxRank`, with no more than `maxElements` elements.
+void checkExtents(std::string_view argument, const Extents& extents, std::int64_t maxElements = maxIndex,
+                  std::size_t maxRank = 2);
 
 /// Extents equal to `expected`, an array that is there.
 void checkArray(std::string_view argument, const void* data, const Extents& extents, const Extents& expected);

@@ -98,17 +98,11 @@ class ConvolutionJob {
 }  // namespace detail
 
 template <class UT, class HT>
-ConvolutionRunner<UT, HT>::ConvolutionRunner(std::unique_ptr<Job> newJob) : job(std::move(newJob)) {}
-template <class UT, class HT>
-ConvolutionRunner<UT, HT>::ConvolutionRunner(ConvolutionRunner&&) noexcept = default;
-template <class UT, class HT>
-ConvolutionRunner<UT, HT>& ConvolutionRunner<UT, HT>::operator=(ConvolutionRunner&&) noexcept = default;
-template <class UT, class HT>
-ConvolutionRunner<UT, HT>::~ConvolutionRunner() = default;
+ConvolutionRunner<UT, HT>::ConvolutionRunner(std::unique_ptr<Job> newJob) : job(std::move(newJob), "convolution") {}
 
 template <class UT, class HT>
 void ConvolutionRunner<UT, HT>::run(ArrayView<const UT> input, ArrayView<Output> output) {
-  detail::used(job).run(input, output);
+  job->run(input, output);
 }
 
 template <class UT, class HT>
@@ -120,12 +114,12 @@ auto ConvolutionRunner<UT, HT>::run(ArrayView<const UT> input) -> Array<Output> 
 
 template <class UT, class HT>
 void ConvolutionRunner<UT, HT>::setPadValue(std::complex<double> value) {
-  detail::used(job).setPadValue(value);
+  job->setPadValue(value);
 }
 
 template <class UT, class HT>
 const Extents& ConvolutionRunner<UT, HT>::outputExtents() const {
-  return detail::used(job).outputExtents();
+  return job->outputExtents();
 }
 
 template <class UT, class HT>
@@ -135,7 +129,7 @@ Convolution<UT, HT>::Convolution(ArrayView<const HT> filter, const Extents& inpu
 
 template <class UT, class HT>
 void Convolution<UT, HT>::setFilter(ArrayView<const HT> filter) {
-  detail::used(this->job).setFilter(filter);
+  this->job->setFilter(filter);
 }
 
 template <class UT, class HT>
@@ -146,7 +140,7 @@ SeparableConvolution<UT, HT>::SeparableConvolution(ArrayView<const HT> first, Ar
 
 template <class UT, class HT>
 void SeparableConvolution<UT, HT>::setFilters(ArrayView<const HT> first, ArrayView<const HT> second) {
-  detail::used(this->job).setFilters(first, second);
+  this->job->setFilters(first, second);
 }
 
 #define ORVANE_DEFINE(UT, HT)               \

@@ -7,6 +7,7 @@
 
 #include "orvane/filters/array.h"
 #include "orvane/filters/extents.h"
+#include "orvane/filters/job_handle.h"
 #include "orvane/filters/options.h"
 #include "orvane/platform/export.h"
 
@@ -48,9 +49,6 @@ class ORVANE_API ConvolutionRunner {
  public:
   using Output = ConvolutionOutput<UT, HT>;
 
-  ConvolutionRunner(ConvolutionRunner&&) noexcept;
-  ConvolutionRunner& operator=(ConvolutionRunner&&) noexcept;
-
   /// Filters `input` into `output`, all of whose elements are written. Extents must be those given at construction and
   /// those of `outputExtents`. The two arrays must not overlap; either may overlap a filter, which was copied.
   void run(ArrayView<const UT> input, ArrayView<Output> output);
@@ -66,9 +64,11 @@ class ORVANE_API ConvolutionRunner {
   using Job = detail::ConvolutionJob<UT, HT>;
 
   explicit ConvolutionRunner(std::unique_ptr<Job> newJob);
-  ~ConvolutionRunner();
+  ConvolutionRunner(ConvolutionRunner&&) = default;
+  ConvolutionRunner& operator=(ConvolutionRunner&&) = default;
+  ~ConvolutionRunner() = default;
 
-  std::unique_ptr<Job> job;
+  detail::JobHandle<Job> job;
 };
 
 /// Convolution, or correlation, of inputs of one size with a filter.

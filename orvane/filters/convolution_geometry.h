@@ -17,24 +17,24 @@ namespace BP::filters::detail {
 OutputModeEnum modeOf(OutputMode mode);
 PadTypeEnum padOf(Pad pad);
 
-/// What comes out for one filter over an input, both of ranks up to `greatestRank`, after all checks of extents: their
-/// element counts are held to `mostElements`, and coordinates to 32 bits; messages call the filter `filterName`. Throws
+/// What comes out for one filter over an input, both of ranks up to `maxRank`, after all checks of extents: their
+/// element counts are held to `maxElements`, and coordinates to 32 bits; messages call the filter `filterName`. Throws
 /// `std::invalid_argument`.
 Extents checkedOutputExtents(const Extents& input, const Extents& filter, OutputModeEnum mode, PadTypeEnum pad,
-                             std::size_t greatestRank, std::int64_t mostElements = greatestIndex,
+                             std::size_t maxRank, std::int64_t maxElements = maxIndex,
                              std::string_view filterName = "filter");
 
 /// A convolution in the terms of the fronts, after all checks that do not depend on element types.
 ///
 /// A front keeps pointers to the tables of extents, so an object stays where it is while its front lives.
 struct ConvolutionGeometry {
-  /// For one filter, which messages call `filterName`. Element counts of all arrays are held to `mostElements`. Throws
+  /// For one filter, which messages call `filterName`. Element counts of all arrays are held to `maxElements`. Throws
   /// `std::invalid_argument`.
   ConvolutionGeometry(const Extents& input, const Extents& filter, const ConvolutionOptions& options,
-                      std::int64_t mostElements = greatestIndex, std::string_view filterName = "filter");
+                      std::int64_t maxElements = maxIndex, std::string_view filterName = "filter");
   /// For a separable filter.
   ConvolutionGeometry(const Extents& input, const Extents& first, const Extents& second,
-                      const ConvolutionOptions& options, std::int64_t mostElements = greatestIndex);
+                      const ConvolutionOptions& options, std::int64_t maxElements = maxIndex);
 
   bool isSeparable() const { return secondExtents.rank() != 0; }
   /// Whether a pad value can be read at all.

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <memory>
-
 #include "orvane/filters/array.h"
 #include "orvane/filters/extents.h"
+#include "orvane/filters/job_handle.h"
 #include "orvane/filters/options.h"
 #include "orvane/platform/export.h"
 
@@ -28,9 +27,6 @@ template <class T>
 class ORVANE_API CorrelationND {
  public:
   CorrelationND(ArrayView<const T> filter, const Extents& inputExtents, const CorrelationNDOptions& options = {});
-  CorrelationND(CorrelationND&&) noexcept;
-  CorrelationND& operator=(CorrelationND&&) noexcept;
-  ~CorrelationND();
 
   /// Filters `input` into `output`, all of whose elements are written; the two must not overlap.
   void run(ArrayView<const T> input, ArrayView<T> output);
@@ -46,7 +42,7 @@ class ORVANE_API CorrelationND {
 
  private:
   class Job;
-  std::unique_ptr<Job> job;
+  detail::JobHandle<Job> job;
 };
 
 /// Correlates `input` with `filter`, once: see `CorrelationND`. Both are an `Array` or an `ArrayView` of one type.

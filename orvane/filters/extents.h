@@ -17,10 +17,10 @@ namespace BP::filters {
 /// Nothing but the number of dimensions is checked here; each filter says which extents it takes.
 class ORVANE_API Extents {
  public:
-  static constexpr std::size_t greatestRank = 8;
+  static constexpr std::size_t maxRank = 8;
 
   Extents() = default;
-  /// Throws `std::invalid_argument` for more than `greatestRank` dimensions.
+  /// Throws `std::invalid_argument` for more than `maxRank` dimensions.
   Extents(std::initializer_list<std::int64_t> extents) : Extents(std::span(extents.begin(), extents.size())) {}
   explicit Extents(std::span<const std::int64_t> extents);
 
@@ -32,7 +32,7 @@ class ORVANE_API Extents {
   bool operator==(const Extents&) const = default;
 
  private:
-  std::array<std::int64_t, greatestRank> values{};  // 0 beyond `count`
+  std::array<std::int64_t, maxRank> values{};  // 0 beyond `count`
   std::size_t count = 0;
 };
 

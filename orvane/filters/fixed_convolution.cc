@@ -15,7 +15,7 @@ class FixedConvolutionJob : public FixedFilterJob {
  public:
   FixedConvolutionJob(const FixedView& newFilter, const Extents& inputExtents, const FixedTypes& types,
                       const ConvolutionOptions& options)
-      : FixedFilterJob({inputExtents, newFilter.extents(), options, mostElements(types, newFilter)}, types.modes),
+      : FixedFilterJob({inputExtents, newFilter.extents(), options, maxElements(types, newFilter)}, types.modes),
         roles(types, newFilter.type(), newFilter.isComplex(), geometry.norm != NormNone) {
     checkFixed("filter", newFilter, roles.filter, geometry.filterExtents);
     begin(options, newFilter, nullptr);
@@ -23,7 +23,7 @@ class FixedConvolutionJob : public FixedFilterJob {
 
   FixedConvolutionJob(const FixedView& first, const FixedView& newSecond, const Extents& inputExtents,
                       const FixedTypes& types, const ConvolutionOptions& options)
-      : FixedFilterJob({inputExtents, first.extents(), newSecond.extents(), options, mostElements(types, first)},
+      : FixedFilterJob({inputExtents, first.extents(), newSecond.extents(), options, maxElements(types, first)},
                        types.modes),
         roles(types, first.type(), first.isComplex(), false) {
     checkFixed("first filter", first, roles.filter, geometry.filterExtents);
@@ -44,8 +44,8 @@ class FixedConvolutionJob : public FixedFilterJob {
   }
 
  private:
-  static std::int64_t mostElements(const FixedTypes& types, const FixedView& filter) {
-    return types.inputIsComplex || filter.isComplex() ? mostComplexElements : greatestIndex;
+  static std::int64_t maxElements(const FixedTypes& types, const FixedView& filter) {
+    return types.inputIsComplex || filter.isComplex() ? maxComplexElements : maxIndex;
   }
 
   static void copyValues(const FixedView& from, Fixpt& to) {
@@ -83,9 +83,9 @@ class FixedConvolutionJob : public FixedFilterJob {
 
 namespace {
 
-/// The job of a convolution, which no other object has made.
-FixedConvolutionJob& usedConvolution(const std::unique_ptr<FixedFilterJob>& job) {
-  return static_cast<FixedConvolutionJob&>(used(job));
+/// The job of a fixed-point convolution, which only makes jobs of this class.
+FixedConvolutionJob& convolutionJob(const JobHandle<FixedFilterJob>& job) {
+  return static_cast<FixedConvolutionJob&>(*job);
 }
 
 }  // namespace
@@ -95,14 +95,14 @@ FixedConvolutionJob& usedConvolution(const std::unique_ptr<FixedFilterJob>& job)
 FixedConvolution::FixedConvolution(const FixedView& filter, const Extents& inputExtents, const FixedTypes& types,
                                    const ConvolutionOptions& options)
     : FixedRunner(std::make_unique<detail::FixedConvolutionJob>(filter, inputExtents, types, options)) {}
-void FixedConvolution::setFilter(const FixedView& filter) { detail::usedConvolution(job).setFilter(filter); }
+void FixedConvolution::setFilter(const FixedView& filter) { detail::convolutionJob(job).setFilter(filter); }
 
 FixedSeparableConvolution::FixedSeparableConvolution(const FixedView& first, const FixedView& second,
                                                      const Extents& inputExtents, const FixedTypes& types,
                                                      const ConvolutionOptions& options)
     : FixedRunner(std::make_unique<detail::FixedConvolutionJob>(first, second, inputExtents, types, options)) {}
 void FixedSeparableConvolution::setFilters(const FixedView& first, const FixedView& second) {
-  detail::usedConvolution(job).setFilters(first, second);
+  detail::convolutionJob(job).setFilters(first, second);
 }
 
 }  // namespace BP::filters

@@ -22,7 +22,7 @@ struct Factors {
 FixedType exactProduct(std::initializer_list<Factors> all) {
   FixedType product;
   product.isSigned = false;
-  int whole = -2 * static_cast<int>(KarnDSPFixpt::greatestWord) * greatestFraction;
+  int whole = -2 * static_cast<int>(KarnDSPFixpt::maxWord) * maxFraction;
   product.fraction = whole;
   for (const auto& [name, a, b, moreBits] : all) {
     whole = std::max(whole, a.word - a.fraction + b.word - b.fraction + moreBits);
@@ -36,14 +36,14 @@ FixedType exactProduct(std::initializer_list<Factors> all) {
 /// As above; throws if there is no such type.
 FixedType checkedProduct(std::initializer_list<Factors> all, const std::string& wayOut) {
   const FixedType product = exactProduct(all);
-  if (product.word <= static_cast<int>(KarnDSPFixpt::greatestWord)) return product;
+  if (product.word <= static_cast<int>(KarnDSPFixpt::maxWord)) return product;
   std::string names;
   for (const Factors& factors : all) {
     names += (names.empty() ? "" : ", ") + std::string(factors.name) + " (" + toText(factors.a) + " and " +
              toText(factors.b) + ")";
   }
   refuse("product", std::to_string(product.word) + " bits for exact products of " + names,
-         "at most " + std::to_string(KarnDSPFixpt::greatestWord) + " are allowed: " + wayOut);
+         "at most " + std::to_string(KarnDSPFixpt::maxWord) + " are allowed: " + wayOut);
 }
 
 bool isSigned(const Factors& factors) { return factors.a.isSigned || factors.b.isSigned; }
@@ -75,9 +75,9 @@ RoleDescription plainRole(const char* label, const FixedType& type, bool isCompl
 /// The narrowest type that holds the mean of any two values of `input`, and their sum.
 FixedType exactMean(const FixedType& input) {
   const FixedType mean{input.word + 2, input.fraction + 1, input.isSigned};
-  if (mean.word <= static_cast<int>(KarnDSPFixpt::greatestWord)) return mean;
+  if (mean.word <= static_cast<int>(KarnDSPFixpt::maxWord)) return mean;
   refuse("accumulator", std::to_string(mean.word) + " bits for the exact mean of two values of " + toText(input),
-         "at most " + std::to_string(KarnDSPFixpt::greatestWord) + " are allowed: its type must be given");
+         "at most " + std::to_string(KarnDSPFixpt::maxWord) + " are allowed: its type must be given");
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "orvane/filters/extents.h"
 #include "orvane/filters/fixed_array.h"
+#include "orvane/filters/job_handle.h"
 #include "orvane/platform/export.h"
 
 namespace BP::filters {
@@ -37,11 +38,11 @@ class ORVANE_API FixedRunner {
 
  protected:
   explicit FixedRunner(std::unique_ptr<detail::FixedFilterJob> newJob);
-  FixedRunner(FixedRunner&&) noexcept;
-  FixedRunner& operator=(FixedRunner&&) noexcept;
-  ~FixedRunner();
+  FixedRunner(FixedRunner&&) = default;
+  FixedRunner& operator=(FixedRunner&&) = default;
+  ~FixedRunner() = default;
 
-  std::unique_ptr<detail::FixedFilterJob> job;
+  detail::JobHandle<detail::FixedFilterJob> job;
 };
 
 }  // namespace BP::filters

@@ -1,12 +1,12 @@
 #pragma once
 
 #include <complex>
-#include <memory>
 #include <optional>
 #include <vector>
 
 #include "orvane/filters/extents.h"
 #include "orvane/filters/fixed_array.h"
+#include "orvane/filters/job_handle.h"
 #include "orvane/filters/template_matcher.h"
 #include "orvane/platform/export.h"
 
@@ -50,9 +50,6 @@ class ORVANE_API FixedTemplateMatcher {
  public:
   FixedTemplateMatcher(const FixedView& pattern, const Extents& imageExtents, const FixedMatchTypes& types,
                        const MatchOptions& options = {});
-  FixedTemplateMatcher(FixedTemplateMatcher&&) noexcept;
-  FixedTemplateMatcher& operator=(FixedTemplateMatcher&&) noexcept;
-  ~FixedTemplateMatcher();
 
   /// Matches an image of the extents and the type given at construction.
   FixedMatch run(const FixedView& image);
@@ -72,7 +69,7 @@ class ORVANE_API FixedTemplateMatcher {
   std::vector<FixedStatistics> statistics();
 
  private:
-  std::unique_ptr<detail::MatchJob<detail::FixedMatchElements>> job;
+  detail::JobHandle<detail::MatchJob<detail::FixedMatchElements>> job;
 };
 
 }  // namespace BP::filters

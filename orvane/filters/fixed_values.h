@@ -12,10 +12,10 @@
 namespace BP::filters::detail {
 
 /// Cursors count components of a complex array, and are signed 32-bit numbers.
-constexpr std::int64_t mostComplexElements = std::int64_t{1} << 30;
+constexpr std::int64_t maxComplexElements = std::int64_t{1} << 30;
 
 /// The longest fraction, and the shortest negated: as much as the exponents of `double` reach.
-constexpr int greatestFraction = 1024;
+constexpr int maxFraction = 1024;
 
 /// The modes in the library's terms; throws `std::invalid_argument` for others.
 struct CoreModes {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -28,13 +27,6 @@ void runFront(Front& front, ReferenceHost& host) {
   throwMessages(host, status == 0 ? ""
                                   : "vendor filter function: error status " + std::to_string(status) +
                                         "; the output is not valid");
-}
-
-/// The object behind `job`; throws `std::logic_error`, which calls it `what`, if it was moved from.
-template <class Job>
-Job& used(const std::unique_ptr<Job>& job, const std::string& what = "convolution") {
-  if (!job) throw std::logic_error(what + ": the object was moved from; only assignment and destruction are left");
-  return *job;
 }
 
 }  // namespace BP::filters::detail

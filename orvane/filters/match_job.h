@@ -30,7 +30,7 @@ class MatchJob {
   template <class... More>
   MatchJob(const PatternView& newPattern, const Extents& image, const MatchOptions& options, const More&... more)
       : elements(newPattern, options.metric, more...),
-        geometry(image, newPattern.extents(), options, elements.mostElements()),
+        geometry(image, newPattern.extents(), options, elements.maxElements()),
         pattern(elements.copyOf(newPattern, geometry.patternExtents)) {
     if (options.best) searcher = makeFront(TMModeBestMatchNeighborhood);
     if (options.map) mapper = makeFront(TMModeMetric);

@@ -18,9 +18,9 @@ AlgorithmModeEnum metricOf(Metric metric);
 ///
 /// A front keeps pointers to the tables, so an object stays where it is while its front lives.
 struct MatchingGeometry {
-  /// Element counts of all arrays are held to `mostElements`. Throws `std::invalid_argument`.
+  /// Element counts of all arrays are held to `maxElements`. Throws `std::invalid_argument`.
   MatchingGeometry(const Extents& image, const Extents& pattern, const MatchOptions& options,
-                   std::int64_t mostElements = greatestIndex);
+                   std::int64_t maxElements = maxIndex);
 
   /// Throws `std::invalid_argument`, and changes nothing then.
   void setRegion(const std::optional<Region>& region);
@@ -41,7 +41,7 @@ struct MatchingGeometry {
   SearchMethodEnum search;
 
  private:
-  void checkNeighbourhood(std::int64_t size, std::int64_t mostElements) const;
+  void checkNeighbourhood(std::int64_t size, std::int64_t maxElements) const;
   std::int64_t centre(std::size_t d) const { return centreOf(patternExtents[d]); }
 };
 

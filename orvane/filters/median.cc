@@ -14,7 +14,7 @@ template <class T>
 class MedianJob {
  public:
   MedianJob(const Extents& window, const Extents& input, const MedianOptions<T>& options)
-      : geometry(input, window, {.mode = options.mode, .pad = options.pad}, greatestIndex, "window"),
+      : geometry(input, window, {.mode = options.mode, .pad = options.pad}, maxIndex, "window"),
         padValue(options.padValue),
         front(host.getAdaptor(), geometry.rank, geometry.filterDims.data(), geometry.rank, geometry.inputDims.data(),
               geometry.pad, geometry.mode, false) {
@@ -54,17 +54,11 @@ class MedianJob {
 
 template <class T>
 Median<T>::Median(const Extents& window, const Extents& inputExtents, const MedianOptions<T>& options)
-    : job(std::make_unique<detail::MedianJob<T>>(window, inputExtents, options)) {}
-template <class T>
-Median<T>::Median(Median&&) noexcept = default;
-template <class T>
-Median<T>& Median<T>::operator=(Median&&) noexcept = default;
-template <class T>
-Median<T>::~Median() = default;
+    : job(std::make_unique<detail::MedianJob<T>>(window, inputExtents, options), "median") {}
 
 template <class T>
 void Median<T>::run(ArrayView<const T> input, ArrayView<T> output) {
-  detail::used(job, "median").run(input, output);
+  job->run(input, output);
 }
 
 template <class T>
@@ -76,12 +70,12 @@ Array<T> Median<T>::run(ArrayView<const T> input) {
 
 template <class T>
 void Median<T>::setPadValue(T value) {
-  detail::used(job, "median").setPadValue(value);
+  job->setPadValue(value);
 }
 
 template <class T>
 const Extents& Median<T>::outputExtents() const {
-  return detail::used(job, "median").outputExtents();
+  return job->outputExtents();
 }
 
 template class Median<float>;

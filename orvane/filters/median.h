@@ -1,10 +1,10 @@
 #pragma once
 
-#include <memory>
 #include <type_traits>
 
 #include "orvane/filters/array.h"
 #include "orvane/filters/extents.h"
+#include "orvane/filters/job_handle.h"
 #include "orvane/filters/options.h"
 #include "orvane/platform/export.h"
 
@@ -47,9 +47,6 @@ template <class T>
 class ORVANE_API Median {
  public:
   Median(const Extents& window, const Extents& inputExtents, const MedianOptions<T>& options = {});
-  Median(Median&&) noexcept;
-  Median& operator=(Median&&) noexcept;
-  ~Median();
 
   /// Filters `input` into `output`, all of whose elements are written. Extents must be those given at construction and
   /// those of `outputExtents`. The two arrays must not overlap.
@@ -63,7 +60,7 @@ class ORVANE_API Median {
   const Extents& outputExtents() const;
 
  private:
-  std::unique_ptr<detail::MedianJob<T>> job;
+  detail::JobHandle<detail::MedianJob<T>> job;
 };
 
 /// The median filter of `input`, an `Array` or an `ArrayView`, once: see `Median`.

@@ -4,13 +4,13 @@
 #include <complex>
 #include <concepts>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <type_traits>
 
 #include "orvane/filters/array.h"
 #include "orvane/filters/convolution.h"
 #include "orvane/filters/extents.h"
+#include "orvane/filters/job_handle.h"
 #include "orvane/filters/options.h"
 #include "orvane/platform/export.h"
 
@@ -126,9 +126,6 @@ class ORVANE_API TemplateMatcher {
   using Score = MatchScore<UT, HT>;
 
   TemplateMatcher(ArrayView<const HT> pattern, const Extents& imageExtents, const MatchOptions& options = {});
-  TemplateMatcher(TemplateMatcher&&) noexcept;
-  TemplateMatcher& operator=(TemplateMatcher&&) noexcept;
-  ~TemplateMatcher();
 
   /// Matches an image of the extents given at construction. What one run finds does not depend on those before.
   Match<Score> run(ArrayView<const UT> image);
@@ -142,7 +139,7 @@ class ORVANE_API TemplateMatcher {
   const Region& positions() const;
 
  private:
-  std::unique_ptr<detail::MatchJob<detail::PlainMatchElements<UT, HT>>> job;
+  detail::JobHandle<detail::MatchJob<detail::PlainMatchElements<UT, HT>>> job;
 };
 
 /// Finds `pattern` in `image`, once: see `TemplateMatcher`. Both are an `Array` or an `ArrayView`.

@@ -5,6 +5,8 @@
 
 namespace KarnDSPFixpt {
 
+using detail::align;
+using detail::Alignment;
 using detail::Int128;
 using detail::Uint128;
 using detail::Wide;
@@ -14,18 +16,6 @@ namespace {
 std::int64_t fractionOf(const Fixpt& v) { return v.attributes().type().fraction; }
 int bitsOf(const Fixpt& v) { return detail::signedBits(v.attributes().type()); }
 bool floating(const Fixpt& v) { return v.attributes().isFloating(); }
-
-/// The shifts that bring two fractions to the greater one, no longer than what can matter, and that fraction.
-struct Alignment {
-  int own;
-  int other;
-  std::int64_t fraction;
-};
-
-Alignment align(std::int64_t own, std::int64_t other, std::int64_t limit) {
-  const auto cap = [limit](std::int64_t shift) { return static_cast<int>(std::clamp<std::int64_t>(shift, 0, limit)); };
-  return {cap(other - own), cap(own - other), own + cap(other - own)};
-}
 
 }  // namespace
 
@@ -125,7 +115,7 @@ void Fixpt::assignInteger(int v) {
 bool Fixpt::planSum(const Fixpt& v) {
   if (sumPlan_.partsKey == v.key_) return true;
   if (!isNarrow_ || !v.isNarrow_) return false;
-  const Alignment shifts = align(fractionOf(*this), fractionOf(v), detail::greatestAppend);
+  const Alignment shifts = align(fractionOf(*this), fractionOf(v), detail::maxAppend);
   const int bits = std::max(bitsOf(*this) + shifts.own, bitsOf(v) + shifts.other) + 1;
   Plan plan;
   if (!planCast(plan, v.key_, !isComplex_ && !v.isComplex_, bits, shifts.fraction)) return false;
@@ -154,7 +144,7 @@ void Fixpt::putSum(int target, const Fixpt& a, int i, const Fixpt& b, int j, boo
     const double y = b.componentToDouble(j);
     return putDouble(target, subtracts ? x - y : x + y);
   }
-  const Alignment shifts = align(fractionOf(a), fractionOf(b), detail::greatestAppend);
+  const Alignment shifts = align(fractionOf(a), fractionOf(b), detail::maxAppend);
   const int bits = std::max(bitsOf(a) + shifts.own, bitsOf(b) + shifts.other) + 1;
   inTier(bits, shifts.fraction, [&]<class I>() {
     const I x = a.load<I>(i) << shifts.own;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "orvane/platform/karn_fixpt_3_type.h"
@@ -73,6 +74,9 @@ struct Range {
   I sign = 0;   ///< its sign bit; 0 for an unsigned type
   bool wraps = false;
 
+  /// Whether `v` lies inside.
+  bool holds(const I& v) const { return !(v < least || v > greatest); }
+
   /// The value that the low bits of `v` stand for.
   I reduce(const I& v) const { return ((v & mask) ^ sign) - sign; }
 
@@ -107,7 +111,7 @@ struct Cast {
 
 /// `v` without the bits that `rounder` drops, rounded.
 template <class I>
-inline I roundBy(const Rounder<I>& rounder, const I& v) {
+[[gnu::always_inline]] inline I roundBy(const Rounder<I>& rounder, const I& v) {
   if (rounder.isPlain) return (v + rounder.term) >> rounder.right;
   const I signTerm = (v >> (valueBits<I> - 1)) & rounder.negative;  // no branch: signs of data are hard to predict
   const I oddTerm = (v >> rounder.right) & rounder.odd;
@@ -116,13 +120,48 @@ inline I roundBy(const Rounder<I>& rounder, const I& v) {
 
 /// Casts `exact`, an integer in the unit that `rounder` starts from, into `range`.
 template <class I>
-inline Cast<I> castInto(const I& exact, const Rounder<I>& rounder, const Range<I>& range) {
-  const I rounded = roundBy(rounder, exact);
-  const bool lossy = !((exact & rounder.dropped) == I(0));
-  if (rounded < range.least || rounded > range.greatest) [[unlikely]]
-    return {range.replacement(rounded), true, lossy};
-  return {rounded, false, lossy};
+[[gnu::always_inline]] inline Cast<I> castInto(const I& exact, const Rounder<I>& rounder, const Range<I>& range) {
+  Cast<I> cast{roundBy(rounder, exact), false, !((exact & rounder.dropped) == I(0))};
+  if (!range.holds(cast.value)) [[unlikely]] {
+    cast.value = range.replacement(cast.value);
+    cast.overflow = true;
+  }
+  return cast;
 }
+
+/// A cast of many integers by one rounder into one range, which counts what happens to them.
+template <class I>
+struct CountingCast {
+  Rounder<I> rounder;
+  Range<I> range;
+  unsigned overflows = 0;
+  unsigned lossy = 0;
+  I least = 0;     ///< least and
+  I greatest = 0;  ///< greatest value after the cast
+
+  void start(const Rounder<I>& newRounder, const Range<I>& newRange) {
+    rounder = newRounder;
+    range = newRange;
+    least = range.greatest;
+    greatest = range.least;
+  }
+
+  /// The same as `castInto`, but without its result's two flags, which the compiler would pack and unpack.
+  I operator()(const I& exact) {
+    I value = roundBy(rounder, exact);
+    if (!range.holds(value)) [[unlikely]] {
+      value = range.replacement(value);
+      ++overflows;
+    }
+    lossy += !((exact & rounder.dropped) == I(0));
+    least = std::min(least, value);
+    greatest = std::max(greatest, value);
+    return value;
+  }
+};
+
+template <class I>
+struct ProductSum;  // of karn_fixpt_3_sums.cc
 
 /// Bits of a signed integer that holds every value of `type`.
 inline int signedBits(const FixptType& type) { return static_cast<int>(type.word) + (type.isSigned ? 0 : 1); }

@@ -12,8 +12,8 @@ namespace detail {
 
 // Beyond these many bits a shift changes no outcome: what is dropped is already less than a quarter of the unit, what
 // is appended already puts every value but 0 outside every range and clears every word.
-inline constexpr std::int64_t greatestAppend = 160;
-inline constexpr std::int64_t greatestDrop = 400;
+inline constexpr std::int64_t maxAppend = 160;
+inline constexpr std::int64_t maxDrop = 400;
 
 /// v / 2^fraction.
 inline double scaled(double v, std::int64_t fraction) {
@@ -22,7 +22,19 @@ inline double scaled(double v, std::int64_t fraction) {
 
 /// Whether `limit` bits hold a value of `bits` bits while `drop` bits are dropped (negative: appended).
 inline bool holds(int limit, int bits, std::int64_t drop) {
-  return drop >= 0 ? bits <= limit && drop <= limit : bits - std::max(drop, -2 * greatestAppend) <= limit;
+  return drop >= 0 ? bits <= limit && drop <= limit : bits - std::max(drop, -2 * maxAppend) <= limit;
+}
+
+/// The shifts that bring two fractions to the greater one, no longer than what can matter, and that fraction.
+struct Alignment {
+  int own;
+  int other;
+  std::int64_t fraction;
+};
+
+inline Alignment align(std::int64_t own, std::int64_t other, std::int64_t limit) {
+  const auto cap = [limit](std::int64_t shift) { return static_cast<int>(std::clamp<std::int64_t>(shift, 0, limit)); };
+  return {cap(other - own), cap(own - other), own + cap(other - own)};
 }
 
 /// The 2^bytesLog bytes at `p`, below zeros.
@@ -62,7 +74,7 @@ template <class I>
 I Fixpt::load(int component) const {
   detail::Uint128 bits = detail::readBits(address(component), bytesLog_);
   const FixptType type = attributes_.type();
-  const int spare = static_cast<int>(greatestWord - type.word);
+  const int spare = static_cast<int>(maxWord - type.word);
   bits <<= spare;
   if (type.isSigned) return static_cast<I>(static_cast<detail::Int128>(bits) >> spare);
   return static_cast<I>(bits >> spare);
@@ -83,7 +95,7 @@ inline void Fixpt::store(int component, detail::Uint128 bits) {
 template <class I>
 void Fixpt::put(int component, const I& exact, std::int64_t fraction) {
   const FixptType type = attributes_.type();
-  const std::int64_t drop = std::clamp(fraction - type.fraction, -detail::greatestAppend, detail::greatestDrop);
+  const std::int64_t drop = std::clamp(fraction - type.fraction, -detail::maxAppend, detail::maxDrop);
   const int append = static_cast<int>(std::max<std::int64_t>(-drop, 0));
   const auto rounder = detail::makeRounder<I>(static_cast<int>(drop), attributes_.roundingMode());
   if constexpr (std::is_same_v<I, std::int64_t>) {

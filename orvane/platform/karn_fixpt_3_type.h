@@ -40,8 +40,8 @@ enum overrideDType : int {
 
 namespace KarnDSPFixpt {
 
-inline constexpr unsigned leastWord = 1;
-inline constexpr unsigned greatestWord = 128;
+inline constexpr unsigned minWord = 1;
+inline constexpr unsigned maxWord = 128;
 
 /// The type of a value: `word` bits (1 to 128) times 2^-fraction. `fraction` may be negative or exceed `word`.
 struct FixptType {

@@ -28,14 +28,14 @@ class ORVANE_API ZdFilterLoader : public ZdLoader {
   /// `source` points to the input element under the centre for the first output, `destination` to that output; pitches
   /// are elements from one row to the next. A bad status is reported, and leaves what the functions left.
   ///
-  /// Only if all functions were found; pitches up to `mostPitch` have a step in bytes.
+  /// Only if all functions were found; pitches up to `maxPitch` have a step in bytes.
   void filter(const float* kernel, const int* kernelDims, const int* kernelCentre, const float* source, int sourcePitch,
               float* destination, int destinationPitch, IppiSize rectangle) const;
   void filter(const double* kernel, const int* kernelDims, const int* kernelCentre, const double* source,
               int sourcePitch, double* destination, int destinationPitch, IppiSize rectangle) const;
 
   /// The longest row whose length in bytes fits the functions' arguments, of `double`, in elements.
-  static constexpr int mostPitch = INT32_MAX / static_cast<int>(sizeof(double));
+  static constexpr int maxPitch = INT32_MAX / static_cast<int>(sizeof(double));
 
   /// The function for `double` with the work buffer that it asks for, which lives for this one call. Steps in bytes.
   IppStatus callFilter64f(const double* source, int sourceStep, double* destination, int destinationStep,
