@@ -27,6 +27,9 @@ class Algorithm {
   bool isStarted = false;
 };
 
+/// The lane sums of an algorithm that has none.
+struct NoLanes {};
+
 /// Common set-up of algorithms that walk a filter over an input.
 ///
 /// `setupStart` clears the pad output, so a processor that needs one computes it afterwards. Stages 2 to 4 set the
@@ -54,6 +57,10 @@ class WindowAlgorithm : public Algorithm<AllocT> {
     }
   }
 
+  /// What vector lanes compute for the algorithm: nothing, unless a derived class says so.
+  using Lanes = NoLanes;
+  NoLanes& getLaneSums() { return noLanes; }
+
   BlockT& getFilter() const { return *filter; }
   InputT& getInput() const { return *input; }
 
@@ -62,6 +69,8 @@ class WindowAlgorithm : public Algorithm<AllocT> {
   InputT* input;
 
  private:
+  [[no_unique_address]] NoLanes noLanes;
+
   void walkWholeFilter() {
     int* hStart = filter->getStart().ptr;
     for (int d = 0; d < filter->getNumDims(); ++d) {

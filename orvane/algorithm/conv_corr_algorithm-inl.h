@@ -13,6 +13,15 @@ void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise
   if constexpr (normalise != 0) {
     if (mode == setupStart || mode == setupInvoke) computeFilterNorm();
   }
+  if constexpr (!std::is_same_v<Lanes, NoLanes>) {
+    if (mode == setupResize || mode == setupStart)
+      laneSums.resize(*this->filter, std::min(this->filter->getNumDims(), 2));
+    if constexpr (normalise != 0) {
+      laneSums.begin(this->filter->getData().ptr, flipFilter != 0, filterNorm.ptr);
+    } else {
+      laneSums.begin(this->filter->getData().ptr, flipFilter != 0, nullptr);
+    }
+  }
   if constexpr (usesVendor && flipFilter == 0) {
     if (mode == setupAttachWork && loader.getAllLoaded()) makeReversedFilter();
   }
@@ -74,13 +83,7 @@ template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT
 void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise>::normaliseSample(YT& sample,
                                                                                                    YT& energy) {
   TemporaryElement<YT, AllocT> root(*this->allocator, "sqrt");
-  setRoot(root.get(), energy);
-  multiply(energy, root.get(), elementAt(filterNorm.ptr, 0));
-  if (isZero(energy)) {
-    putZero(sample);
-  } else {
-    divideBy(sample, energy);
-  }
+  divideByNorms(sample, energy, root.get(), elementAt(filterNorm.ptr, 0));
 }
 
 template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>

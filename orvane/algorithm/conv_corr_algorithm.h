@@ -4,6 +4,7 @@
 #include <type_traits>
 
 #include "orvane/algorithm/algorithm.h"
+#include "orvane/algorithm/lane_sums.h"
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/element.h"
 #include "orvane/core/enums.h"
@@ -74,6 +75,10 @@ class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT,
     return loader.getAllLoaded() && sendToVendor(sector, result);
   }
 
+  /// The same sums in vector lanes, for plain elements.
+  using Lanes = std::conditional_t<std::is_same_v<YT, Fixpt>, NoLanes, LaneSums<HT, UT, YT, normalise>>;
+  Lanes& getLaneSums() { return laneSums; }
+
   /// filterNorm := square root of the filter's energy.
   void computeFilterNorm();
 
@@ -94,6 +99,7 @@ class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT,
   CleverPtr<YT> accumulator;
   [[no_unique_address]] std::conditional_t<normalise != 0, CleverPtr<YT>, Nothing> filterNorm;
   [[no_unique_address]] std::conditional_t<isBoolean, CleverPtr<YT>, Nothing> product;
+  [[no_unique_address]] Lanes laneSums;
   [[no_unique_address]] std::conditional_t<normalise == 0, ZdFilterLoader, Nothing> loader;
   CleverPtr<HT> reversedFilter;
   int reversedCapacity = 0;

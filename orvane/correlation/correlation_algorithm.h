@@ -3,6 +3,7 @@
 #include <cfloat>
 
 #include "orvane/algorithm/algorithm.h"
+#include "orvane/algorithm/lane_sums.h"
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/element.h"
 #include "orvane/core/enums.h"
@@ -36,6 +37,17 @@ class CorrelationAlgorithm : public WindowAlgorithm<AllocT, BlockT, InputT> {
       : WindowAlgorithm<AllocT, BlockT, InputT>(alloc, filterBlock, in) {
     alloc->allocateArray(accumulator, 1, "accumulator");
   }
+
+  /// The common set-up.
+  void setup(setupModeT mode) {
+    WindowAlgorithm<AllocT, BlockT, InputT>::setup(mode);
+    if (mode == setupResize || mode == setupStart) laneSums.resize(*this->filter, this->filter->getNumDims());
+    laneSums.begin(this->filter->getData().ptr, false, nullptr);
+  }
+
+  /// The same sums in vector lanes.
+  using Lanes = LaneSums<T, T, T, 0>;
+  Lanes& getLaneSums() { return laneSums; }
 
   /// The sum of a window wholly inside the input.
   template <class It>
@@ -84,6 +96,7 @@ class CorrelationAlgorithm : public WindowAlgorithm<AllocT, BlockT, InputT> {
   }
 
   CleverPtr<T> accumulator;
+  Lanes laneSums;
 };
 
 }  // namespace BP

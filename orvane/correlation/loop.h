@@ -40,7 +40,8 @@ class AnyLoopIterator {
   virtual ~AnyLoopIterator() = default;
 };
 
-/// Runs whole sectors: at each position the kernel computes one element, which then goes to its place in the result.
+/// Runs whole sectors: the kernel computes them line by line, or one element at each position, which then goes to its
+/// place in the result.
 /// Kernel and loop belong to the maker; no call in the loop is virtual.
 template <class Out, class Lp, class Kern, class Alloc>
 class LoopIterator : public AnyLoopIterator {
@@ -49,6 +50,7 @@ class LoopIterator : public AnyLoopIterator {
 
   template <class SectorT>
   void run(SectorT& sector, Out& result) {
+    if (kernel->computeByLines(sector, result)) return;
     auto& position = loop->getIterator();
     const auto& y = result.getBlock();
     auto* const from = kernel->getScratch().getBlock().getData().ptr;

@@ -24,6 +24,12 @@ class TerminalKernelWithIterator : public TerminalKernel<Out, Algo, Alloc> {
     if (stage == setupAttachWork) iterator->attachWork();
   }
 
+  /// Has vector lanes compute a sector; false, and nothing done, if they do not. Outputs whose window misses the input
+  /// are one copied value.
+  bool computeByLines(InsideSector& sector, Out& result) { return this->runByLines(sector, nullptr, result); }
+  bool computeByLines(BoundarySector& sector, Out& result) { return this->runByLines(sector, &sector, result); }
+  bool computeByLines(OutsideSector& /*sector*/, Out& /*result*/) { return false; }
+
   /// The element at a position whose window lies wholly in the input.
   void computeAt(const InsideSector& /*sector*/, const CleverPtr<int>& position) {
     beginWindow(position);

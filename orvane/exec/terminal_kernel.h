@@ -1,6 +1,9 @@
 #pragma once
 
+#include <type_traits>
+
 #include "orvane/exec/kernel.h"
+#include "orvane/exec/line_walk.h"
 #include "orvane/exec/sector_walk.h"
 
 namespace BP {
@@ -8,28 +11,37 @@ namespace BP {
 /// The kernel of an algorithm with scores at two-dimensional positions. Each operation is one walk (see sector_walk.h),
 /// compiled for the sector's kind, the use of the results, the pad and the algorithm, without a branch on any of them.
 /// All operations are empty for an algorithm with a member `walksByIterator`. An algorithm can refuse to run, by
-/// `canRun`; nothing is read or written then.
+/// `canRun`; nothing is read or written then. It can take over an inside sector, by `runWholeSector`, and it can have
+/// lane sums, which compute inside and boundary sectors line by line (see `LineWalk`). Sectors that these decline take
+/// the walk.
 template <class Out, class Algo, class Alloc>
 class TerminalKernel : public Kernel<Out, Alloc> {
  public:
-  TerminalKernel(Alloc* alloc, Out* scratch, Algo* algo) : Kernel<Out, Alloc>(alloc, scratch), algorithm(algo) {}
+  TerminalKernel(Alloc* alloc, Out* scratch, Algo* algo)
+      : Kernel<Out, Alloc>(alloc, scratch), algorithm(algo), lines(&algo->getLaneSums()) {}
 
   void setup(setupModeT stage) override {
     this->output->setup(stage);
     algorithm->setup(stage);
+    if (stage != setupResize && stage != setupStart) return;
+    const auto& filter = algorithm->getFilter();
+    const int rank = isEmpty ? filter.getNumDims() : std::min(filter.getNumDims(), 2);
+    lines.resize(filter, algorithm->getInput().getBlock(), rank);
   }
 
   void searchOutside(OutsideSector& s, Out& result, CleverPtr<int>& best) override { searchOver(s, result, best); }
   void searchBoundary(BoundarySector& s, Out& result, CleverPtr<int>& best) override { searchOver(s, result, best); }
   void searchInside(InsideSector& s, Out& result, CleverPtr<int>& best) override { searchOver(s, result, best); }
   void runOutside(OutsideSector& s, Out& result) override { runOver(s, result); }
-  void runBoundary(BoundarySector& s, Out& result) override { runOver(s, result); }
+  void runBoundary(BoundarySector& s, Out& result) override {
+    if (!runByLines(s, &s, result)) runOver(s, result);
+  }
   void runInside(InsideSector& s, Out& result) override {
     if (!canRun()) return;
     if constexpr (requires { algorithm->runWholeSector(s, result); }) {
       if (algorithm->runWholeSector(s, result)) return;
     }
-    runOver(s, result);
+    if (!runByLines(s, nullptr, result)) runOver(s, result);
   }
   void stepSearchOutside(OutsideSector& s, Out& result, CleverPtr<int>& best) override {
     stepSearchOver(s, result, best);
@@ -43,7 +55,22 @@ class TerminalKernel : public Kernel<Out, Alloc> {
 
   Algo& getAlgorithm() const { return *algorithm; }
 
+ protected:
+  /// Has the lanes compute a sector, whose edge lists are `edges`; false, and nothing done, if they do not.
+  bool runByLines(const Sector& sector, const OuterSector* edges, Out& result) {
+    if constexpr (!std::is_same_v<Lanes, NoLanes>) {
+      auto& in = algorithm->getInput();
+      constexpr int padType = Algo::InputType::padType;
+      if (edges != nullptr && padType == 0) return false;
+      const auto& u = in.getBlock();
+      return lines.run({u.getData().ptr, u.getDims().ptr, u.getNumDims(), padType, in.padValues().ptr}, sector, edges,
+                       algorithm->getFilter(), u, result.getBlock(), result.getBlock().getData().ptr);
+    }
+    return false;
+  }
+
  private:
+  using Lanes = typename Algo::Lanes;
   static constexpr bool isEmpty = requires { Algo::walksByIterator; };
 
   bool canRun() const {
@@ -94,6 +121,7 @@ class TerminalKernel : public Kernel<Out, Alloc> {
   }
 
   Algo* algorithm;
+  LineWalk<Lanes> lines;
 };
 
 }  // namespace BP

@@ -101,6 +101,9 @@ struct RedirectorOf<PadTypeMirror> {
   using type = MirrorPadRedirector;
 };
 
+/// The element, of `n`, that coordinate `i` beyond the edge of an input reads as; for a data-based pad type.
+ORVANE_API int redirectedInto(int n, int padType, int i);
+
 /// Applies `move(d, below)` to the dimensions of the sector's edge lists that are below `rank`, low edges first.
 template <class MoveT>
 inline void forEachEdge(const OuterSector& sector, int rank, MoveT&& move) {

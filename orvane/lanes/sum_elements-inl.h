@@ -68,6 +68,7 @@ struct RealReal {
     V sum;
   };
   static constexpr int inRegisters = 1, tapRegisters = 1, sumRegisters = 1, tapSize = 1, tapParts = 1;
+  static constexpr bool hasOneColumnForm = true;
   static constexpr std::ptrdiff_t lanes = lanesOf<D>;
 
   static HWY_INLINE Sum zero() { return {hn::Zero(D())}; }
@@ -101,6 +102,7 @@ struct RealComplex {
     V part[2];
   };
   static constexpr int inRegisters = 1, tapRegisters = 1, sumRegisters = 2, tapSize = 2, tapParts = 2;
+  static constexpr bool hasOneColumnForm = false;
   static constexpr std::ptrdiff_t lanes = lanesOf<D>;
 
   static HWY_INLINE Sum zero() { return {{hn::Zero(D()), hn::Zero(D())}}; }
@@ -163,6 +165,7 @@ struct ComplexComplex {
   };
   using Sum = typename RealReal<D>::Sum;
   static constexpr int inRegisters = 2, tapRegisters = 2, sumRegisters = 1, tapSize = 3, tapParts = 1;
+  static constexpr bool hasOneColumnForm = false;
   static constexpr std::ptrdiff_t lanes = lanesOf<D>;
 
   static HWY_INLINE Sum zero() { return RealReal<D>::zero(); }
@@ -197,6 +200,7 @@ struct ComplexComplex {
   using Tap = In;
   using Sum = In;
   static constexpr int inRegisters = 2, tapRegisters = 2, sumRegisters = 2, tapSize = 3, tapParts = 1;
+  static constexpr bool hasOneColumnForm = false;
   static constexpr std::ptrdiff_t lanes = 2;
 
   static HWY_INLINE Sum zero() { return {hn::Zero(D()), hn::Zero(D())}; }
@@ -251,6 +255,7 @@ struct WithEnergy : E {
     V energy;
   };
   static constexpr int inRegisters = E::inRegisters + 1, sumRegisters = E::sumRegisters + 1;
+  static constexpr bool hasOneColumnForm = false;
 
   static HWY_INLINE Sum zero() { return {E::zero(), hn::Zero(D())}; }
   static HWY_INLINE In load(const T* p) {

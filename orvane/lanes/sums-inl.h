@@ -53,20 +53,19 @@ constexpr int vectorsFor(int rows) {
   return count < 1 ? 1 : count > 8 ? 8 : count;
 }
 
-/// Rows at once: few passes first, then few rows that are computed twice, as the last pass overlaps the one before.
-/// There has to be a line that all rows use.
-inline int chooseRows(int rows, int filterRows) {
-  const int most = rows < filterRows ? rows : filterRows;
-  int best = 1;
+/// The greatest choice of rows up to `most`, which is at least 1.
+inline int mostRows(int most) {
   for (const int choice : rowChoices) {
-    if (choice <= most) {
-      best = choice;
-      break;
-    }
+    if (choice <= most) return choice;
   }
-  const int passes = (rows + best - 1) / best;
+  return 1;
+}
+
+/// The least choice of rows from `least` on, which is at most the greatest choice.
+inline int leastRows(int least) {
+  int best = rowChoices[0];
   for (const int choice : rowChoices) {
-    if (choice < best && choice * passes >= rows) best = choice;
+    if (choice >= least) best = choice;
   }
   return best;
 }
@@ -104,7 +103,7 @@ class BlockWalk {
     if (place.at >= end) {
       place.at = begin;
       done = place.row + rows >= task.rows;
-      place.row = place.row + 2 * rows <= task.rows ? place.row + rows : task.rows - rows;
+      if (!done) place.row += rows;
     } else if (place.at + width > end) {
       place.at = end - width;
     }
@@ -124,8 +123,8 @@ class BlockWalk {
 /// What becomes of a row's accumulators when its lines of a plane are complete.
 enum class RowEnd { reset, storeAndReset, goOn };
 
-/// Blocks of R output rows x V vectors.
-template <class E, int R, int V>
+/// Blocks of R output rows x V vectors; `oneColumn` spares filters of one column the loop over columns.
+template <class E, int R, int V, bool oneColumn = false>
 struct Blocks {
   using T = typename E::T;
   using Sums = typename E::Sum[std::size_t{R}][std::size_t{V}];
@@ -159,6 +158,11 @@ struct Blocks {
   template <int Split>
   static HWY_INLINE void addLines(Sums& sums, const T* x, const T* xTaps, const T* y, const T* yTaps,
                                   const SumTask<T>& task) {
+    if constexpr (oneColumn) {
+      addColumn<0, Split>(sums, x, xTaps);
+      if constexpr (Split < R) addColumn<Split, R>(sums, y, yTaps);
+      return;
+    }
     const std::ptrdiff_t step = task.step, tapStep = task.packedRows * E::tapSize;
     const T* const end = x + task.columns * step;
     do {
@@ -198,7 +202,7 @@ struct Blocks {
   /// Computes the blocks from `begin` to `end` of all rows. Before the first block and after the last one, the lines
   /// beside are some of the block itself; the accumulators that take them are reset or forgotten.
   static HWY_NOINLINE void compute(const SumTask<T>& task, std::ptrdiff_t begin, std::ptrdiff_t end) {
-    const std::ptrdiff_t lineTaps = std::ptrdiff_t(task.columns) * task.packedRows * E::tapSize;
+    const std::ptrdiff_t lineTaps = std::ptrdiff_t(oneColumn ? 1 : task.columns) * task.packedRows * E::tapSize;
     const std::ptrdiff_t planeTaps = lineTaps * (task.filterRows + task.packedRows - 1);
     BlockWalk<T> walk(task, R, width, begin, end);
     Place<T> place = walk.first(), before = place;
@@ -221,26 +225,38 @@ struct Blocks {
   }
 };
 
-/// R output rows a pass. What blocks leave over takes single vectors; a run that is narrower than a vector takes
-/// narrower ones.
+/// As many rows as R goes into. What blocks leave over takes single vectors, the last one overlapping; a run that is
+/// narrower than a vector takes narrower ones.
 template <class E, int R, int V>
 void computePasses(const SumTask<typename E::T>& task) {
   std::ptrdiff_t at = 0;
   if constexpr (V > 1) {
     at = task.width - task.width % Blocks<E, R, V>::width;
-    if (at > 0) Blocks<E, R, V>::compute(task, 0, at);
+    if (at > 0) {
+      if (E::hasOneColumnForm && task.columns == 1) {
+        Blocks<E, R, V, E::hasOneColumnForm>::compute(task, 0, at);
+      } else {
+        Blocks<E, R, V>::compute(task, 0, at);
+      }
+    }
     if (at == task.width) return;
   }
   if (task.width >= E::lanes) {
-    Blocks<E, R, 1>::compute(task, at, task.width);
+    const std::ptrdiff_t last = task.width - E::lanes;
+    Blocks<E, R, 1>::compute(task, at < last ? at : last, task.width);
   } else if constexpr (E::Narrower::lanes < E::lanes) {
     computePasses<typename E::Narrower, (R > 4 ? R / 2 : R), 1>(task);
   }
 }
 
+/// The output rows from `row` on, `count` of them, `rows` at once.
 template <class E>
-void computeSums(const SumTask<typename E::T>& task) {
-  switch (chooseRows(task.rows, task.filterRows)) {
+void computeRows(SumTask<typename E::T> task, int row, int count, int rows) {
+  task.lines += row;
+  task.out += row;
+  if (task.energies != nullptr) task.energies += row;
+  task.rows = count;
+  switch (rows) {
     case 1: return computePasses<E, 1, vectorsFor<E>(1)>(task);
     case 2: return computePasses<E, 2, vectorsFor<E>(2)>(task);
     case 3: return computePasses<E, 3, vectorsFor<E>(3)>(task);
@@ -249,6 +265,15 @@ void computeSums(const SumTask<typename E::T>& task) {
     default:
       if constexpr (registers == 32) computePasses<E, 8, vectorsFor<E>(8)>(task);
   }
+}
+
+/// Many rows at once first, as long as there is a line that all of them use; then what is left, of which some may be
+/// computed again.
+template <class E>
+void computeSums(const SumTask<typename E::T>& task) {
+  const int rows = mostRows(task.rows < task.filterRows ? task.rows : task.filterRows), rest = task.rows % rows;
+  computeRows<E>(task, 0, task.rows - rest, rows);
+  if (rest > 0) computeRows<E>(task, task.rows - leastRows(rest), leastRows(rest), leastRows(rest));
 }
 
 template <class T>

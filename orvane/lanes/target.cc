@@ -37,7 +37,10 @@ std::vector<std::string_view> getTargets() {
   return names;
 }
 
+bool areInUse() { return targetInUse() != 0; }
+
 std::string_view getTarget() {
+  if (!areInUse()) return plain;
   for (const auto& target : known) {
     if (target.bit == targetInUse()) return target.name;
   }
@@ -47,6 +50,10 @@ std::string_view getTarget() {
 bool forceTarget(std::string_view name) {
   if (name.empty()) {
     inUse() = fastest();
+    return true;
+  }
+  if (name == plain) {
+    inUse() = 0;
     return true;
   }
   for (const auto& target : known) {

@@ -16,8 +16,15 @@ ORVANE_API std::vector<std::string_view> getTargets();
 /// Name of the target in use: the fastest one, unless another was forced.
 ORVANE_API std::string_view getTarget();
 
-/// Makes the named target the one in use, for the whole process; an empty name returns to the fastest. False, and
-/// nothing changes, if `getTargets` has no such name. Any thread may call it: a run that has begun ends as it began.
+/// Whether there is a target in use, and not `plain`.
+bool areInUse();
+
+/// The name of no target: filters then leave the lanes alone and run their plain loops, the yardstick of all targets.
+inline constexpr std::string_view plain = "plain";
+
+/// Makes the named target, or `plain`, the one in use, for the whole process; an empty name returns to the fastest.
+/// False, and nothing changes, if `getTargets` has no such name. Any thread may call it: a run that has begun ends as
+/// it began.
 ORVANE_API bool forceTarget(std::string_view name);
 
 }  // namespace BP::lanes

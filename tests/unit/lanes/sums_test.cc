@@ -6,7 +6,7 @@
 #include <complex>
 #include <string>
 
-#include "orvane/algorithm/element.h"
+#include "orvane/core/element.h"
 #include "orvane/lanes/target.h"
 #include "tests/support/guarded_lines.h"
 #include "tests/support/random_values.h"
@@ -46,7 +46,8 @@ class Case {
     PackedFilter<T> filter(elements, window, storage.data());
     filter.pack(reinterpret_cast<const T*>(taps.data()), reversed);
 
-    const Run<T> where{lines.data(), window.rows + rows - 1, rows, width, asParts(out).data()};
+    const auto outParts = asParts(out), energyParts = asParts(energies);
+    const Run<T> where{lines.data(), window.rows + rows - 1, rows, width, outParts.data()};
     filter.sumProducts(where);
     compare(taps, reversed, [](Y sum, const Y& /*energy*/) { return sum; });
     if constexpr (elements == Elements::realReal) {
@@ -57,7 +58,7 @@ class Case {
         return divisor == 0 ? 0 : sum / divisor;
       });
     } else {
-      filter.sumWithEnergies(where, asParts(energies).data());
+      filter.sumWithEnergies(where, energyParts.data());
       hasEnergies = true;
       compare(taps, reversed, [](Y sum, const Y& /*energy*/) { return sum; });
       hasEnergies = false;

@@ -1,0 +1,159 @@
+#pragma once
+
+#include <algorithm>
+#include <complex>
+#include <cstddef>
+#include <type_traits>
+#include <vector>
+
+#include "orvane/core/element.h"
+#include "orvane/lanes/sums.h"
+#include "orvane/plan/block.h"
+
+namespace BP {
+
+/// How much one call of the lanes computes, at most.
+struct RunLimits {
+  static constexpr int rows = 24;
+  static constexpr int width = 512;
+  /// Of runs whose lines are copied first: gathered ones, and those of a turned area.
+  static constexpr int copiedWidth = 256;
+  /// Areas of fewer outputs along dimension 0 are turned, if they are higher than wide.
+  static constexpr int narrow = 16;
+};
+
+/// The norm of a window from its energy, and the division by it: sample := sample / (root of the energy * norm of the
+/// filter), 0 where that divisor is 0.
+template <class YT>
+void divideByNorms(YT& sample, YT& energy, YT& root, YT& filterNorm) {
+  setRoot(root, energy);
+  multiply(energy, root, filterNorm);
+  if (isZero(energy)) {
+    putZero(sample);
+  } else {
+    divideBy(sample, energy);
+  }
+}
+
+/// Sums of products, plain or normalised, of many outputs at once: a filter as the vector lanes want it. The sums and
+/// their order are those of the plain loop.
+///
+/// HT, UT and YT are the plain element types of filter, input and output. The filter's elements are read once in each
+/// run, at the first call of `compute`.
+template <class HT, class UT, class YT, int normalise>
+class LaneSums {
+ public:
+  using InputElement = UT;
+  using OutputElement = YT;
+  using Real = decltype(std::real(YT()));
+  using Run = lanes::Run<Real>;
+
+  /// Takes the filter's extents, the first `rank` of them, and makes all room.
+  void resize(const Block& filter, int rank);
+  /// Begins a run with these elements, which the sums take in the opposite order if `reversed`; `norm` is that of the
+  /// filter, for normalised sums. Elements that have changed take effect.
+  void begin(const HT* taps, bool reversed, const YT* norm) {
+    elements = taps;
+    isReversed = reversed;
+    filterNorm = norm;
+    packedForms = 0;
+  }
+
+  /// Whether the filter has an element at all.
+  bool isReady() const { return extents.planes > 0; }
+  const lanes::FilterExtents& getExtents() const { return extents; }
+
+  /// Computes a run of up to `RunLimits` outputs. `turned`: filter rows are planes and filter columns are rows.
+  void compute(bool turned, const Run& run);
+
+ private:
+  static constexpr bool isComplex(const std::complex<Real>*) { return true; }
+  static constexpr bool isComplex(const Real*) { return false; }
+  static constexpr bool inputIsComplex = isComplex(static_cast<const UT*>(nullptr));
+  static constexpr bool filterIsComplex = isComplex(static_cast<const HT*>(nullptr));
+  static constexpr bool isReal = !inputIsComplex && !filterIsComplex;
+  static constexpr lanes::Elements kind =
+      inputIsComplex ? (filterIsComplex ? lanes::Elements::complexComplex : lanes::Elements::complexReal)
+                     : (filterIsComplex ? lanes::Elements::realComplex : lanes::Elements::realReal);
+  /// The type of energies as the lanes give them.
+  using Energy = std::conditional_t<inputIsComplex, std::complex<Real>, Real>;
+
+  struct Form {
+    std::vector<Real> taps;
+    lanes::PackedFilter<Real> filter;
+    void resize(const lanes::FilterExtents& formExtents) {
+      taps.resize(lanes::PackedFilter<Real>::sizeFor(kind, formExtents));
+      filter = {kind, formExtents, taps.data()};
+    }
+  };
+
+  const lanes::PackedFilter<Real>& packed(bool turned);
+  void computeComplexNormalised(const lanes::PackedFilter<Real>& filter, const Run& run);
+
+  lanes::FilterExtents extents{0, 0, 0};
+  Form forms[2];  // upright, turned
+  int packedForms = 0;
+  const HT* elements = nullptr;
+  bool isReversed = false;
+  const YT* filterNorm = nullptr;
+  std::vector<Energy> energies;
+  std::vector<Real*> energyRows;
+};
+
+template <class HT, class UT, class YT, int normalise>
+void LaneSums<HT, UT, YT, normalise>::resize(const Block& filter, int rank) {
+  const int* dims = filter.getDims().ptr;
+  extents = {0, 0, 0};
+  if (rank < 1 || std::any_of(dims, dims + rank, [](int extent) { return extent < 1; })) return;
+  extents = {1, rank > 1 ? dims[1] : 1, dims[0]};
+  for (int d = 2; d < rank; ++d) extents.planes *= dims[d];
+  forms[0].resize(extents);
+  forms[1].resize({extents.planes * extents.rows, extents.columns, 1});
+  if constexpr (normalise != 0 && !isReal) {
+    energies.resize(std::size_t{RunLimits::rows} * RunLimits::width);
+    energyRows.resize(RunLimits::rows);
+    for (std::size_t r = 0; r < energyRows.size(); ++r) {
+      energyRows[r] = reinterpret_cast<Real*>(energies.data() + r * RunLimits::width);
+    }
+  }
+}
+
+template <class HT, class UT, class YT, int normalise>
+const lanes::PackedFilter<typename LaneSums<HT, UT, YT, normalise>::Real>& LaneSums<HT, UT, YT, normalise>::packed(
+    bool turned) {
+  const int bit = turned ? 2 : 1;
+  lanes::PackedFilter<Real>& filter = forms[turned ? 1 : 0].filter;
+  if ((packedForms & bit) == 0) filter.pack(reinterpret_cast<const Real*>(elements), isReversed);
+  packedForms |= bit;
+  return filter;
+}
+
+template <class HT, class UT, class YT, int normalise>
+void LaneSums<HT, UT, YT, normalise>::compute(bool turned, const Run& run) {
+  const lanes::PackedFilter<Real>& filter = packed(turned);
+  if constexpr (normalise == 0) {
+    filter.sumProducts(run);
+  } else if constexpr (isReal) {
+    filter.sumNormalised(run, *filterNorm);
+  } else {
+    computeComplexNormalised(filter, run);
+  }
+}
+
+/// A complex division is none for lanes: its formula is the library's of the language.
+template <class HT, class UT, class YT, int normalise>
+void LaneSums<HT, UT, YT, normalise>::computeComplexNormalised(const lanes::PackedFilter<Real>& filter,
+                                                               const Run& run) {
+  filter.sumWithEnergies(run, energyRows.data());
+  YT norm = *filterNorm, root{};
+  for (int r = 0; r < run.rows; ++r) {
+    YT* const out = reinterpret_cast<YT*>(run.out[r]);
+    const Energy* const rowEnergies = energies.data() + std::size_t(r) * RunLimits::width;
+    for (std::ptrdiff_t i = 0; i < run.width; ++i) {
+      YT energy = rowEnergies[i];
+      divideByNorms(out[i], energy, root, norm);
+    }
+  }
+}
+
+}  // namespace BP

@@ -1,0 +1,194 @@
+#pragma once
+
+// Bodies of line_walk.h, which includes this file.
+
+namespace BP {
+
+template <class SumsT>
+void LineWalk<SumsT>::Geometry::resize(int rank) {
+  const auto size = static_cast<std::size_t>(rank);
+  for (auto* table : {&position, &first, &last, &windowLoc, &windowDims, &inputDims, &outputOffset}) {
+    table->assign(size, 0);
+  }
+  outputStride.assign(size, 0);
+}
+
+template <class SumsT>
+void LineWalk<SumsT>::resize(const Block& filter, const Block& input, int walkedRank) {
+  hostRank = walkedRank;
+  rank = std::max(walkedRank, 2);
+  if (!sums->isReady()) return;
+  const auto size = static_cast<std::size_t>(rank);
+  g.resize(rank);
+  for (auto* table : {&index, &tap, &tapEnd, &zeros}) table->assign(size, 0);
+  const auto [planes, rows, columns] = sums->getExtents();
+  const auto reach = [&](int d) {  // the most outputs that there can be
+    return d < hostRank ? Size{input.getDims().ptr[d]} + filter.getDims().ptr[d] - 1 : 1;
+  };
+  const auto bounded = [](Size limit, Size value) { return std::clamp(value, Size{1}, limit); };
+  const Size runRows = bounded(RunLimits::rows, reach(1));
+  const Size turnedWidth = bounded(RunLimits::narrow - 1, reach(0));
+  const Size turnedHeight = bounded(RunLimits::copiedWidth, reach(1));
+  const Size upright = planes * (runRows + rows - 1) * (bounded(RunLimits::copiedWidth, reach(0)) + columns - 1);
+  const Size turned = planes * (turnedWidth + columns - 1) * (turnedHeight + rows - 1);
+  copied.resize(static_cast<std::size_t>(std::max(canCopy(upright) ? upright : 0, canCopy(turned) ? turned : 0)));
+  lines.resize(
+      static_cast<std::size_t>(std::max(planes * (runRows + rows - 1), planes * rows * (turnedWidth + columns - 1))));
+  out.resize(static_cast<std::size_t>(std::max(runRows, turnedWidth)));
+  turnedOutput.resize(static_cast<std::size_t>(turnedWidth * turnedHeight));
+  oneLine.resize(static_cast<std::size_t>(turnedWidth + columns - 1));
+  reader.resize(static_cast<int>(bounded(RunLimits::width, reach(0)) + columns - 1));
+}
+
+template <class SumsT>
+void LineWalk<SumsT>::readGeometry(const Sector& sector, const Block& filter, const Block& input, const Block& output) {
+  Size stride = 1;
+  for (int i = 0; i < rank; ++i) {
+    const auto d = static_cast<std::size_t>(i);
+    const bool isThere = i < hostRank;
+    g.first[d] = isThere ? sector.getStart().ptr[i] : 0;
+    g.last[d] = isThere ? sector.getEnd().ptr[i] : 0;
+    g.windowLoc[d] = isThere ? filter.getLoc().ptr[i] : 0;
+    g.windowDims[d] = isThere ? filter.getDims().ptr[i] : 1;
+    g.inputDims[d] = isThere ? input.getDims().ptr[i] : 1;
+    g.outputOffset[d] = isThere ? input.getOrigin().ptr[i] - output.getOrigin().ptr[i] : 0;
+    g.outputStride[d] = stride;
+    stride *= isThere ? output.getDims().ptr[i] : 1;
+    tapEnd[d] = g.windowDims[d] - 1;
+  }
+  g.position = g.first;
+}
+
+template <class SumsT>
+bool LineWalk<SumsT>::run(const LineSource<UT>& source, const Sector& sector, const OuterSector* edges,
+                          const Block& filter, const Block& input, const Block& output, YT* y) {
+  if (!lanes::areInUse() || !sums->isReady()) return false;
+  readGeometry(sector, filter, input, output);
+  LineSource<UT> lineSource = source;
+  lineSource.dims = g.inputDims.data();
+  lineSource.rank = rank;
+  reader.beginSector(lineSource, edges);
+  const auto [planes, rows, columns] = sums->getExtents();
+  const int width = g.last[0] - g.first[0] + 1, height = g.last[1] - g.first[1] + 1;
+  const auto hasRoom = [&](Size elements) { return elements <= static_cast<Size>(copied.size()); };
+  const int turnedHeight = std::min(height, RunLimits::copiedWidth);
+  if (width < RunLimits::narrow && width < height &&
+      hasRoom(Size{planes} * (width + columns - 1) * (turnedHeight + rows - 1))) {
+    runTurned(y);
+    return true;
+  }
+  const int runWidth = std::min(width, reader.gathers() ? RunLimits::copiedWidth : RunLimits::width);
+  const int runRows = std::min(height, RunLimits::rows);
+  if (reader.gathers() && !hasRoom(Size{planes} * (runRows + rows - 1) * (runWidth + columns - 1))) return false;
+  runUpright(y, runWidth);
+  return true;
+}
+
+/// Goes to the next position in dimensions 2 and up, the lower ones faster; false, and at the first again, after all.
+template <class SumsT>
+bool LineWalk<SumsT>::nextPosition(std::vector<int>& at, const std::vector<int>& low,
+                                   const std::vector<int>& high) const {
+  for (std::size_t d = 2; d < at.size(); ++d) {
+    if (++at[d] <= high[d]) return true;
+    at[d] = low[d];
+  }
+  return false;
+}
+
+/// Calls `take(plane)` for each plane of the filter, with `index` at its place in dimensions 2 and up.
+template <class SumsT>
+template <class TakeT>
+void LineWalk<SumsT>::forEachPlane(TakeT&& take) {
+  int plane = 0;
+  do {
+    for (std::size_t d = 2; d < index.size(); ++d) index[d] = g.position[d] + g.windowLoc[d] + tap[d];
+    take(plane++);
+  } while (nextPosition(tap, zeros, tapEnd));
+}
+
+template <class SumsT>
+typename LineWalk<SumsT>::Size LineWalk<SumsT>::outputIndex() const {
+  Size linear = 0;
+  for (std::size_t d = 0; d < g.position.size(); ++d) {
+    linear += g.outputStride[d] * (g.position[d] + g.outputOffset[d]);
+  }
+  return linear;
+}
+
+template <class SumsT>
+void LineWalk<SumsT>::runUpright(YT* y, int maxWidth) {
+  const int columns = sums->getExtents().columns;
+  do {
+    for (int row = g.first[1]; row <= g.last[1]; row += RunLimits::rows) {
+      g.position[1] = row;
+      const int rows = std::min(RunLimits::rows, g.last[1] - row + 1);
+      for (int x = g.first[0]; x <= g.last[0]; x += maxWidth) {
+        g.position[0] = x;
+        const int width = std::min(maxWidth, g.last[0] - x + 1);
+        reader.beginStretch(x + g.windowLoc[0], width + columns - 1);
+        computeUpright(y, width, rows);
+      }
+    }
+  } while (nextPosition(g.position, g.first, g.last));
+}
+
+template <class SumsT>
+void LineWalk<SumsT>::computeUpright(YT* y, int width, int rows) {
+  const auto extents = sums->getExtents();
+  const Size perPlane = rows + extents.rows - 1, length = width + extents.columns - 1;
+  forEachPlane([&](int plane) {
+    for (Size k = 0; k < perPlane; ++k) {
+      index[1] = g.position[1] + g.windowLoc[1] + static_cast<int>(k);
+      const Size number = plane * perPlane + k;
+      UT* const room = reader.gathers() ? copied.data() + number * length : nullptr;
+      lines[static_cast<std::size_t>(number)] = reinterpret_cast<const Real*>(reader.read(index.data(), room));
+    }
+  });
+  YT* const target = y + outputIndex();
+  for (int r = 0; r < rows; ++r) {
+    out[static_cast<std::size_t>(r)] = reinterpret_cast<Real*>(target + g.outputStride[1] * r);
+  }
+  sums->compute(false, {lines.data(), perPlane, rows, width, out.data()});
+}
+
+template <class SumsT>
+void LineWalk<SumsT>::runTurned(YT* y) {
+  const int width = g.last[0] - g.first[0] + 1;
+  do {
+    reader.beginStretch(g.first[0] + g.windowLoc[0], width + sums->getExtents().columns - 1);
+    for (int row = g.first[1]; row <= g.last[1]; row += RunLimits::copiedWidth) {
+      g.position[1] = row;
+      computeTurned(y, width, std::min(RunLimits::copiedWidth, g.last[1] - row + 1));
+    }
+  } while (nextPosition(g.position, g.first, g.last));
+}
+
+/// An area of `width` by `rows` outputs: line k of plane and filter row j is column k of the input, from element j on.
+template <class SumsT>
+void LineWalk<SumsT>::computeTurned(YT* y, int width, int rows) {
+  const auto extents = sums->getExtents();
+  const Size columns = width + extents.columns - 1, length = rows + extents.rows - 1;
+  forEachPlane([&](int plane) {
+    UT* const turned = copied.data() + plane * columns * length;
+    for (Size t = 0; t < length; ++t) {
+      index[1] = g.position[1] + g.windowLoc[1] + static_cast<int>(t);
+      const UT* const line = reader.read(index.data(), oneLine.data());
+      for (Size c = 0; c < columns; ++c) turned[c * length + t] = line[c];
+    }
+    for (Size j = 0; j < extents.rows; ++j) {
+      const Real** const row = lines.data() + (plane * extents.rows + j) * columns;
+      for (Size c = 0; c < columns; ++c) row[c] = reinterpret_cast<const Real*>(turned + c * length + j);
+    }
+  });
+  for (int c = 0; c < width; ++c) {
+    out[static_cast<std::size_t>(c)] = reinterpret_cast<Real*>(turnedOutput.data() + Size{c} * rows);
+  }
+  sums->compute(true, {lines.data(), columns, width, rows, out.data()});
+  YT* const target = y + outputIndex();
+  for (int r = 0; r < rows; ++r) {
+    for (int c = 0; c < width; ++c)
+      target[g.outputStride[1] * r + c] = turnedOutput[static_cast<std::size_t>(c * rows + r)];
+  }
+}
+
+}  // namespace BP

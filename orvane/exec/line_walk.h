@@ -1,0 +1,102 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "orvane/algorithm/algorithm.h"
+#include "orvane/algorithm/lane_sums.h"
+#include "orvane/input/line_reader.h"
+#include "orvane/lanes/target.h"
+#include "orvane/plan/block.h"
+#include "orvane/plan/sector.h"
+
+namespace BP {
+
+/// Walks a sector in runs: stretches of neighbouring outputs in several rows, which vector lanes compute at once.
+///
+///     sector   +--------------+-------+     a run has up to 24 rows along dimension 1,
+///              | run          | run   |     and a width that leaves its lines in a near cache;
+///              +--------------+-------+     further dimensions are walked position by position
+///              | run          | run   |
+///              +--------------+-------+
+///
+/// Lines come from a `LineReader`, sums from `SumsT`, a `LaneSums`. Inside and boundary sectors take the same road. A
+/// sector that is narrow and high, as at the left edge of a picture, is turned: its input is copied so that columns
+/// become lines, and lanes run across neighbouring rows, in the same order of taps.
+///
+/// All room is made by `resize`; it is some lines, whatever the arrays.
+template <class SumsT>
+class LineWalk {
+ public:
+  using UT = typename SumsT::InputElement;
+  using YT = typename SumsT::OutputElement;
+
+  explicit LineWalk(SumsT* laneSums) : sums(laneSums) {}
+
+  /// Makes room for the extents of filter and input; the first `walkedRank` dimensions are walked.
+  void resize(const Block& filter, const Block& input, int walkedRank);
+
+  /// Computes all outputs of a sector; `edges` is the sector again, or null for an inside one. False, and nothing done,
+  /// if lanes are not in use, the filter has no element, or lines would need more room than is made.
+  bool run(const LineSource<UT>& source, const Sector& sector, const OuterSector* edges, const Block& filter,
+           const Block& input, const Block& output, YT* y);
+
+ private:
+  using Real = typename SumsT::Real;
+  using Size = std::ptrdiff_t;
+
+  /// The numbers of one walk, an entry per dimension, at least two.
+  struct Geometry {
+    std::vector<int> position;  ///< of the run's first output, counted from the input's first element
+    std::vector<int> first, last;
+    std::vector<int> windowLoc;   ///< from a position to the window's first input element
+    std::vector<int> windowDims;  ///< extents of the filter
+    std::vector<int> inputDims;
+    std::vector<int> outputOffset;  ///< from a position to the output's index
+    std::vector<Size> outputStride;
+    void resize(int rank);
+  };
+
+  void readGeometry(const Sector& sector, const Block& filter, const Block& input, const Block& output);
+  bool nextPosition(std::vector<int>& at, const std::vector<int>& low, const std::vector<int>& high) const;
+  bool canCopy(Size elements) const { return elements <= maxCopied; }
+  void runUpright(YT* y, int maxWidth);
+  void runTurned(YT* y);
+  void computeUpright(YT* y, int width, int rows);
+  void computeTurned(YT* y, int width, int rows);
+  template <class TakeT>
+  void forEachPlane(TakeT&& take);
+  Size outputIndex() const;
+
+  /// Elements that gathered or turned lines may take; a filter that needs more is left to the plain loop.
+  static constexpr Size maxCopied = Size{1} << 22;
+
+  SumsT* sums;
+  LineReader<UT> reader;
+  Geometry g;
+  int rank = 0;      ///< walked dimensions, at least 2
+  int hostRank = 0;  ///< those of the tables
+  std::vector<int> index;
+  std::vector<int> tap;
+  std::vector<int> tapEnd;
+  std::vector<int> zeros;
+  std::vector<const Real*> lines;
+  std::vector<Real*> out;
+  std::vector<UT> copied;
+  std::vector<YT> turnedOutput;
+  std::vector<UT> oneLine;
+};
+
+/// The walk of an algorithm without lanes: it computes nothing.
+template <>
+class LineWalk<NoLanes> {
+ public:
+  explicit LineWalk(NoLanes* /*laneSums*/) {}
+  void resize(const Block& /*filter*/, const Block& /*input*/, int /*walkedRank*/) {}
+};
+
+}  // namespace BP
+
+#include "orvane/exec/line_walk-inl.h"

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <complex>
+#include <vector>
+
+#include "orvane/plan/sector.h"
+
+namespace BP {
+
+/// What lines are read from: an input and what it yields beyond its edge.
+template <class UT>
+struct LineSource {
+  const UT* data;
+  const int* dims;     ///< extents, dimension 0 first
+  int rank;            ///< at least 2
+  int padType;         ///< a `PadTypeEnum`, or 0: nothing is read beyond an edge
+  const UT* padValue;  ///< of a constant pad
+};
+
+/// Reads *lines*: stretches of input along dimension 0, as neighbouring outputs need them, also beyond the edge.
+///
+///     stretch      |<------- length ------->|
+///     line 7   a a a | a b c d e f g h i j k       gathered: dimension 0 crosses an edge
+///     line 8         | l m n o p q r               a pointer into the input, as dimension 0 does not
+///
+/// A line is a pointer into the input wherever dimension 0 is in neither edge list of the sector; redirection in the
+/// slower dimensions only moves it. Otherwise the line is gathered into room of the caller's. A line that lies in a
+/// constant pad altogether is one that all such lines share. Values are those that `readBoundary` of the pads gives for
+/// each coordinate.
+template <class UT>
+class LineReader {
+ public:
+  /// Makes room for stretches of up to `maxLength` elements; a reader allocates nothing else.
+  void resize(int maxLength);
+
+  /// Begins the lines of a sector; `edges` is null for one that is inside.
+  void beginSector(const LineSource<UT>& lines, const OuterSector* edges);
+  /// Whether lines of this sector are gathered.
+  bool gathers() const { return gathersLines; }
+  /// Begins the lines of the stretch from coordinate `first` on.
+  void beginStretch(int first, int length);
+
+  /// The line at `index`, whose entry 0 is not looked at; `room` has space for a stretch, and is used if lines are
+  /// gathered. Good until the next sector begins.
+  const UT* read(const int* index, UT* room);
+
+ private:
+  bool isListed(const CleverPtr<int>& edges, int count, int d) const;
+  const UT* padLine();
+
+  LineSource<UT> source{};
+  const OuterSector* sector = nullptr;
+  bool gathersLines = false;
+  int start = 0;
+  int count = 0;
+  std::vector<int> columns;  ///< for each element of a gathered stretch its column in the input, -1 for the pad value
+  std::vector<UT> allPad;
+  bool allPadIsFilled = false;
+};
+
+extern template class LineReader<float>;
+extern template class LineReader<double>;
+extern template class LineReader<std::complex<float>>;
+extern template class LineReader<std::complex<double>>;
+
+}  // namespace BP
