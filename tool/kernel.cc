@@ -19,8 +19,8 @@ namespace {
 
 using Settings = std::vector<std::string_view>;
 
-/// A kernel that is known by name: how it is written, what it does, how it is made of the settings after the name, and
-/// how the line is made whose products with itself it consists of, if there is one.
+/// A kernel that is known by name: its form in text, its meaning, and the function that makes it from the settings
+/// after the name. If the kernel is the outer product of a line with itself, `makeLine` makes that line.
 struct NamedKernel {
   std::string_view form;
   std::string_view meaning;

@@ -7,8 +7,8 @@ namespace BP::tool {
 
 /// A filter for pictures, of one finite number for each position under its window.
 ///
-/// Element (x, y), which a correlation lays over the pixel x to the right of and y below the window's first one,
-/// stands at y * width + x: rows of the matrix are rows of the picture.
+/// Element (x, y) is at index y * width + x. A correlation multiplies it by the pixel that lies x to the right of and y
+/// below the window's first one, so rows of the matrix are rows of the picture.
 struct Kernel {
   int width = 0;
   int height = 0;

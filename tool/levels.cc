@@ -12,7 +12,8 @@ template <class T>
 double levelOf(T value) {
   return static_cast<double>(value);
 }
-/// By a root, which is the same on every machine; halves keep the squares of great numbers in range.
+/// The magnitude, as great * sqrt(1 + (small / great)^2): a square root is the same on every machine, and no square
+/// overflows.
 template <class T>
 double levelOf(const std::complex<T>& value) {
   const double re = std::fabs(static_cast<double>(value.real())), im = std::fabs(static_cast<double>(value.imag()));
@@ -34,7 +35,7 @@ std::vector<double> valuesOf(const Array& array) {
 
 double Levels::place(double value) const {
   if (!std::isfinite(value)) return 1;
-  // Halves, because the span of two finite numbers may be none.
+  // Halves, because the difference of two finite numbers can overflow.
   const double span = greatest / 2 - least / 2;
   return span > 0 ? (value / 2 - least / 2) / span : 0;
 }

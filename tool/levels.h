@@ -14,7 +14,8 @@ struct Levels {
   double greatest = 0;
   std::size_t notFinite = 0;
 
-  /// Where a value lies between the least, 0, and the greatest, 1; 1 for one that is not finite, 0 if all are equal.
+  /// The place of a value between the least (0) and the greatest (1). A value that is not finite gives 1. If all are
+  /// equal, finite ones give 0.
   double place(double value) const;
 };
 

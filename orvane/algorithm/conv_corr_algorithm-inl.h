@@ -95,7 +95,7 @@ void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise
   }
 }
 
-/// sample := sample / (norm of the filter * norm of the window); an energy that is no number gives no number.
+/// sample := sample / (norm of the filter * norm of the window); an energy of NaN gives NaN.
 template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
 void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise>::normaliseSample(YT& sample,
                                                                                                    YT& energy) {
@@ -122,7 +122,8 @@ void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise
   this->allocator->allocateArray(reversedFilter, reversedCapacity, "filter");
 }
 
-/// The filter as the functions, which flip it, need it, its first plane if it has more; null if they cannot have it.
+/// The filter's first plane in the order that the vendor's functions need, which flip it; null if it is empty or has
+/// outgrown its reversed copy.
 template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
 const HT* ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise>::vendorKernel() {
   const HT* const h = this->filter->getData().ptr;
