@@ -58,8 +58,8 @@ void paintWedge(Image& image, const Cell& cell) {
   });
 }
 
-/// Letters of `text` from number `first` on, again and again, as many as fit into a line of `size` pixels a dot whose
-/// upper left corner is that of `box`. Returns the number of the next letter.
+/// Paints a line of text with `size` pixels a dot at the upper left corner of `box`: as many letters as fit, from
+/// letter `first` of `text` on, which is repeated. Returns the number of the next letter.
 std::size_t paintLine(Image& image, const Cell& box, std::string_view text, std::size_t first, int size) {
   const int advance = (glyphWidth + 1) * size;
   const int count = (box.width + size) / advance;

@@ -31,7 +31,7 @@ void addOptions(CLI::App& app, const Operation& operation, Values& values) {
   }
 }
 
-/// Refuses the first argument that the parser had no use for; an option comes before what may be its value.
+/// Refuses arguments that the parser did not know. An unknown option is named first, as the others may be its values.
 void checkRemaining(const std::vector<std::string>& remaining, const Operation& operation) {
   if (remaining.empty()) return;
   const auto option =
@@ -52,7 +52,7 @@ void checkRequired(const Operation& operation, const Values& values) {
   }
 }
 
-/// The parser's own words for an option with no value or with two are about counts; these are about the option.
+/// Refuses an option without a value or with two. The parser's own message is about counts of arguments.
 [[noreturn]] void refuseCount(const CLI::ArgumentMismatch& error) {
   const std::string text = error.what();
   const bool isMissing = text.find("missing") != std::string::npos;
@@ -66,7 +66,8 @@ std::optional<Values> parseArguments(const Operation& operation, const std::vect
   CLI::App app;
   addOptions(app, operation, values);
   app.allow_extras();
-  // Whatever is missing, an unknown option is the likelier cause, so both are checked here in that order.
+  // A mistyped option is also a missing one, so unknown options are refused before missing ones, which the parser
+  // cannot.
   for (CLI::Option* option : app.get_options()) option->required(false);
   try {
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));

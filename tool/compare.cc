@@ -63,7 +63,8 @@ std::uint64_t differentBitsOf(const Array& first, const Array& second) {
   return count;
 }
 
-/// Sets mean and rms; the squares are of shares of the largest finite error, so that tiny errors do not vanish.
+/// Sets mean and rms. Errors are divided by `scale`, the largest finite one, before they are squared; otherwise the
+/// squares of tiny errors would be 0.
 void setMeans(Comparison& result, const Array& first, const Array& second, long double scale) {
   const std::uint64_t count = result.elements - result.infiniteErrors;
   if (count == 0 || scale == 0) return;

@@ -36,8 +36,8 @@ struct Comparison {
 /// Compares two arrays element by element. Throws `std::runtime_error` for extents that differ, and for empty arrays.
 Comparison compare(const Array& first, const Array& second);
 
-/// The comparison as text, a line for each number. The peak signal-to-noise ratio, 20 log10(peak / rms), is left out
-/// without a peak.
+/// The comparison as text, a line for each number. With a peak there is a line for the peak signal-to-noise ratio,
+/// 20 log10(peak / rms).
 std::string comparisonText(const Comparison& comparison, const std::optional<double>& peak);
 
 }  // namespace BP::tool

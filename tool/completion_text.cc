@@ -14,7 +14,7 @@ std::string spaced(const std::vector<std::string>& words) {
   return text;
 }
 
-/// The cases of values that follow an option, or the operation's name, with a few allowed texts.
+/// The cases for the values of options and of the first positional argument.
 std::string valueCases(const Operation& operation) {
   std::string cases;
   for (const Option& option : operation.options) {
@@ -23,7 +23,7 @@ std::string valueCases(const Operation& operation) {
     if (!option.allowed.empty()) {
       cases += "    '" + operation.name + " " + before + "') " + quoted(spaced(option.allowed));
     } else if (!option.isPositional()) {
-      cases += "    '" + operation.name + " " + before + "') ;;\n";  // any text, or a file
+      cases += "    '" + operation.name + " " + before + "') ;;\n";  // bash offers files
     }
   }
   return cases;

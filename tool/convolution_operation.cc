@@ -37,7 +37,7 @@ void tellArray(const Values& values, const Array& input, const FilteredArray& re
   tellFixed(values["OUT"], result.fixedTable);
 }
 
-/// The elements of an array, or the samples of a grey picture, whose sums become elements of an array.
+/// The elements of an array, or the samples of a grey picture.
 Array readPlane(const std::string& path) {
   if (isArrayName(path)) return readNpy(path);
   const Image image = readPng(path);
@@ -96,7 +96,7 @@ int runSeparable(const Values& values) {
   return runOnPlanes(values, settings);
 }
 
-/// The options of an operation; `kernelOptions` are its own.
+/// The options of an operation: `kernelOptions`, and those that all three operations share.
 std::vector<Option> optionsWith(const std::vector<Option>& kernelOptions, bool canNormalise) {
   std::vector<Option> all =
       fileOptions("Picture or array to write, of the kind of IN, which it may be; or .npy of a grey picture");

@@ -23,7 +23,7 @@ std::optional<struct stat> statusOf(const std::string& path) {
   return status;
 }
 
-/// Refuses a link that leads to no file; `statError` is why the file behind it has no status.
+/// Refuses a link that leads to no file. `statError` is the error number of `stat`, which follows links.
 void checkLink(const std::string& path, int statError) {
   std::error_code ignored;
   if (!std::filesystem::is_symlink(path, ignored)) return;
@@ -84,7 +84,8 @@ void checkWritable(const std::string& path) {
   if (status && ::access(path.c_str(), W_OK) != 0) failFile("write", path, errno);
   if (isStream(path)) return;
   const std::filesystem::path target = status ? std::filesystem::canonical(path) : std::filesystem::path(path);
-  const std::filesystem::path folder = target.parent_path() / ".";  // fails for what is no folder
+  const std::filesystem::path folder =
+      target.parent_path() / ".";  // `access` fails for it unless the parent is a folder
   if (::access(folder.c_str(), W_OK | X_OK) != 0) failFile("write", path, errno);
 }
 

@@ -8,7 +8,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-/// How a kind of file begins.
+/// A kind of file and its first bytes.
 struct Kind {
   std::string_view start;
   std::string_view name;
@@ -24,9 +24,7 @@ constexpr Kind kinds[] = {{"\x93NUMPY"sv, "an NPY array"},
                           {"%PDF"sv, "a PDF document"},
                           {"PK\3\4"sv, "a ZIP archive or an office document"},
                           {"\x1f\x8b"sv, "a gzip archive"},
-                          {"\x7f"
-                           "ELF"sv,
-                           "a program"}};
+                          {"\177ELF"sv, "a program"}};
 
 }  // namespace
 

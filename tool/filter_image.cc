@@ -12,7 +12,7 @@ namespace BP::tool {
 
 namespace {
 
-/// Refuses settings whose sums could overflow to infinity, since a difference of infinities is no number.
+/// Refuses settings whose sums could overflow to infinity: the difference of two infinities is no number.
 void checkRange(const Image& image, const FilterSettings& settings, const SampleScaling& scaling) {
   constexpr double maxDouble = 1e300;
   const bool isFloat = settings.sumType == ElementType::float32;

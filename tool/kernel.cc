@@ -24,7 +24,7 @@ struct NamedKernel {
   std::string_view form;  ///< the name, and what stands for its settings
   std::string_view meaning;
   Kernel (*make)(const Settings& settings);
-  /// Makes the line that the kernel is the product of, once as a row and once as a column; null if there is none.
+  /// Makes the line whose outer product with itself is the kernel; null if there is no such line.
   Kernel (*makeLine)(const Settings& settings) = nullptr;
 
   std::string_view name() const { return form.substr(0, form.find(':')); }

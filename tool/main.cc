@@ -19,7 +19,7 @@ using namespace BP::tool;
 
 constexpr int refused = 2;  // the exit code of all errors
 
-/// Prints a usage text where arguments are missing.
+/// The error of a call without arguments.
 int tellUsage(const std::string& usage) {
   tellTable("arguments are missing", usage);
   return refused;
@@ -56,7 +56,7 @@ int run(const std::vector<std::string>& words) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  // A file that outgrows its limit is then an error to report, not the end of the program.
+  // Writing beyond the limit of a file's size then fails with an error, which is reported, instead of a signal.
   signal(SIGXFSZ, SIG_IGN);
   try {
     return run({arguments + (count > 0 ? 1 : 0), arguments + count});

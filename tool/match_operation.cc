@@ -83,7 +83,7 @@ void checkBitDepths(const Values& values, const MatchInput& image, const MatchIn
                            "; they must be the same");
 }
 
-/// Adds the map of scores to the files; returns how its scores became grey levels, if they did.
+/// Adds the map of scores to the files. Returns a note on how scores became grey levels; it is empty for an array.
 std::string addMap(OutputFiles& files, const std::string& path, const Array& map) {
   if (isArrayName(path)) {
     addNpy(files, path, map);

@@ -9,7 +9,7 @@ namespace BP::tool {
 
 namespace {
 
-// A failure to write to stderr has no better place to be told, so results of `fwrite` are not looked at.
+// A failure to write to stderr cannot be reported anywhere else, so it is ignored.
 void write(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stderr); }
 
 }  // namespace

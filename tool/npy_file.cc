@@ -22,7 +22,7 @@ using Bytes = std::vector<std::uint8_t>;
 constexpr std::string_view magic = "\x93NUMPY";
 constexpr std::size_t maxHeaderSize = std::size_t{1} << 20;
 
-/// The next `count` bytes, all of which must be there.
+/// The next `count` bytes; throws `problem` if the file has fewer.
 Bytes readBytes(const File& file, std::size_t count, const std::string& problem) {
   Bytes bytes;
   if (appendBytes(bytes, file.get(), count) != count) throw std::runtime_error(problem);

@@ -36,8 +36,8 @@ class Writer {
     }
   }
 
-  /// Takes over owner, group and access rights of the file that is replaced. Only root can give files away; for others
-  /// the group is kept if they belong to it. A file of another owner does not run with that owner's rights.
+  /// Sets owner, group and access rights to those of the file that is replaced. Only root can set another owner; other
+  /// users can set a group that they belong to. Where owner or group differ, set-user-ID and set-group-ID are dropped.
   void setRights(const struct stat& old) {
     struct stat current {};
     if (::fstat(descriptor, &current) != 0) failFile("write", path, errno);
@@ -72,7 +72,7 @@ mode_t modeOfNewFiles() {
 
 }  // namespace
 
-/// A file to be.
+/// One file: its temporary file, and its final name.
 class OutputFiles::Entry {
  public:
   explicit Entry(const std::string& path)
@@ -98,8 +98,8 @@ class OutputFiles::Entry {
     writer.finish();
   }
 
-  /// Gives the file its name, and if it `mustKeepOld` the file that had this name the temporary one or that of a
-  /// backup.
+  /// Gives the file its name. With `mustKeepOld` the file that had the name keeps another one, so that `undo` can put
+  /// it back.
   void rename(bool mustKeepOld) {
     if (exists && mustKeepOld) {
       isExchanged = exchange();

@@ -35,7 +35,7 @@ class PlanAxis {
   struct Run {
     int first;
     int count;
-    int offset;  // in cells, as are lengths
+    int offset;  // in cells
     int length;
   };
 

@@ -6,7 +6,7 @@
 
 namespace BP::tool {
 
-/// A picture of a plan of one or two dimensions as an SVG document, in light and dark by what the viewer prefers.
+/// A picture of a plan of one or two dimensions as an SVG document, with a light and a dark colour scheme.
 ///
 /// Each output is a cell in the colour of its sector's kind, and the number of a sector stands in its middle. The input
 /// is a thick frame. One window of each kind is drawn around its output. Dimension 0 runs to the right and dimension 1

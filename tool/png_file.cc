@@ -124,8 +124,8 @@ void checkSignature(const File& file, const std::string& path) {
                            otherKind({reinterpret_cast<const char*>(signature.data()), count}));
 }
 
-/// Refuses extents that the core cannot index, and a file that is too short for the extents in its header. Of a pipe,
-/// whose length is not known, enough for one row must come: a row is the least that libpng takes memory for.
+/// Refuses extents that the core cannot index, and a file that is too short for the extents in its header. The length
+/// of a pipe is not known; it must bring enough for one row, since libpng allocates whole rows.
 void checkExtents(Reader& reader, const File& file, const std::string& path) {
   const std::uint64_t width = png_get_image_width(reader.png, reader.info);
   const std::uint64_t height = png_get_image_height(reader.png, reader.info);

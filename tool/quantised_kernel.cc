@@ -53,8 +53,8 @@ filters::FixedType narrowest(const Range& range, int fraction, bool isSymmetric)
 /// The range of the sums of some or all products of codes with inputs.
 Range rangeOfSums(const std::vector<std::int64_t>& codes, const Range& input) {
   Range sums;
-  for (const std::int64_t code :
-       codes) {  // the input's range holds 0, so one of its ends lowers the sum and the other raises it
+  // The input\'s range holds 0, so one of its ends lowers the sum and the other raises it.
+  for (const std::int64_t code : codes) {
     sums.min = sum(sums.min, code, code < 0 ? input.max : input.min);
     sums.max = sum(sums.max, code, code < 0 ? input.min : input.max);
   }

@@ -7,7 +7,7 @@
 
 namespace BP::tool {
 
-/// Holds back all signals as long as it lives.
+/// Blocks all signals as long as it lives.
 class SignalHold {
  public:
   SignalHold();
@@ -19,10 +19,10 @@ class SignalHold {
   sigset_t before{};
 };
 
-/// A temporary file, which goes with this object unless it was renamed.
+/// A temporary file. It is removed with this object unless it was renamed.
 ///
-/// A signal that ends the program removes the file first, too; only SIGKILL, which no program can handle, leaves it
-/// behind. Up to `maxTemporaryFiles` of them can exist at a time.
+/// It is also removed when a signal ends the program, except for SIGKILL, which no program can handle. Up to
+/// `maxTemporaryFiles` of them can exist at a time.
 class TemporaryFile {
  public:
   /// Makes an empty file in `folder` and opens it; `descriptor` is -1 and `errno` set if that fails.

@@ -24,10 +24,10 @@ std::string counted(std::int64_t count, const std::string& noun);
 /// `text` without spaces and tabs at its ends.
 std::string_view trimmed(std::string_view text);
 
-/// The parts of `text` between occurrences of `separator`: one more than there are separators.
+/// The parts of `text` between separators. Their number is the number of separators plus one.
 std::vector<std::string_view> split(std::string_view text, char separator);
 
-/// `text` in lower case, for the letters A to Z.
+/// `text` with the letters A to Z in lower case.
 std::string lowered(std::string_view text);
 
 /// The value of a decimal number ("-2", "0.5", "1e-3") or of a fraction of two ("1/16"). Numbers and quotient are each

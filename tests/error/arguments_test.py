@@ -20,7 +20,6 @@ class ArgumentsTest(RefusalCase):
             ("blur in.png old.png", "unknown operation 'blur'", OPERATIONS),
             ("convole in.png old.png", "unknown operation 'convole'; did you mean 'convolve'?\n"),
             ("--quiet convolve", "'--quiet'", OPERATIONS),
-            ("help medina", "did you mean 'median'?"),
             ("list all", "unexpected argument 'all'"),
             ("completion fish", "SHELL 'fish'", "bash"),
             ("convolve in.png", "OUT is required; usage: orvane convolve IN OUT --kernel KERNEL [OPTIONS]; see orvane convolve"),
@@ -33,16 +32,12 @@ class ArgumentsTest(RefusalCase):
             ("correlate in.png old.png --kernel 1 --sigma 3", "unknown option '--sigma'; see orvane correlate --help"),
             ("convolve in.png old.png -k 1", "unknown option '-k'"),
             ("convolve in.png out.jpg --kernel 1", "'out.jpg'", ".png"),
-            ("chart out", "'out'", ".png"),
             ("chart old.png --size 640", "--size '640'", "WIDTHxHEIGHT"),
             ("chart old.png --size 640x", "--size", "height", "''"),
             ("chart old.png --size 127x480", "--size", "width", "'127'", "128 to 16384"),
-            ("chart old.png --size 640x95", "--size", "height", "'95'", "96 to 16384"),
             ("patch in.png old.png --box 1,2,6x3", "--box '1,2,6x3'", "within 0,0,6x5"),
-            ("patch in.png old.png --box -1,2,3x3", "within 0,0,6x5"),
             ("patch in.png old.png --box 1,3", BOX),
             ("patch in.png old.png --box 1,2,3x3 --noise 256", "--noise", "'256'", "0 to 255"),
-            ("patch in.png old.png --noise 3", "--box is required"),
         )
 
     def test_kernels(self):
@@ -51,26 +46,16 @@ class ArgumentsTest(RefusalCase):
             ("bok:3", "'bok:3'", "box:N", "gaussian:N:SIGMA", "sobel-y", "CSV"),
             ("'  '", "empty"),
             ("box", "'box'", "box:N"),
-            ("box:3:4", "'box:3:4'", "box:N"),
             ("box:1024", "'1024'", "1 to 1023"),
-            ("box:99999999999999999999", "1 to 1023"),
-            ("box:2.5", "'2.5'"),
             ("gaussian:5", "gaussian:N:SIGMA"),
-            ("gaussian:5:0", "SIGMA", "'0'", "0.01"),
             ("gaussian:4:0.01", "SIGMA", "too small"),
             ("'1,2,3;4,5'", "row 2 has 2 numbers", "first has 3"),
-            ("1,x,3", "row 1", "'x'"),
-            ("1,,3", "row 1", "''"),
             ("'1,2;'", "row 2 is empty"),
             ("'1;-inf'", "row 2", "'-inf'", "finite"),
-            ("1e999,1", "'1e999'"),
             ("1/0,1", "'1/0'"),
-            ("'1 2;3 4'", "'1 2'"),
-            ("0x10,1", "'0x10'"),
             (",".join("1" * 1024), "1024 columns", "1023"),
             ("'" + ";".join("1" * 1024) + "'", "1024 rows", "1023"),
             ("box:7", "kernel of 7x7", "image of 6x5"),
-            ("'1;1;1;1;1;1'", "kernel of 1x6", "image of 6x5"),
             ("missing.csv", "'missing.csv'", "No such file"),
             (".", "'.'", "Is a directory"),
             ("/dev/zero", "'/dev/zero'", "longer than"),
@@ -82,44 +67,36 @@ class ArgumentsTest(RefusalCase):
         self.all_refused(
             "separable in.png old.png",
             ("--row '1,2;3,4' --column 1", "--row '1,2;3,4'", "one line"),
-            ("--row 1 --column sharpen", "--column 'sharpen'", "gaussian:N:SIGMA"),
             ("--row 1,1,1,1,1,1,1 --column 1", "kernel of 7x1", "image of 6x5"),
             ("--row 1", "--column is required"),
         )
         self.all_refused(
             "kernel",
             ("box:3 --fixed input=u8.0", "filter is missing", "input=TYPE,filter=TYPE"),
-            ("box:3 --fixed input=u8.0,filter=u8.8,output=u8.0", "'output=u8.0'", "rounding=MODE"),
             ("box:3 --fixed input=u33.0,filter=u8.8", "input: u33.0", "1 to 32"),
             ("box:3 --fixed input=u8.0,filter=u8.401", "filter: u8.401", "-400 to 400"),
-            ("4e9,4e9,4e9 --fixed input=u32.0,filter=u32.0", "more than 64 bits"),
             ("1e308,1e308 --fixed input=u8.0,filter=u8.8", "1.8e308"),
         )
 
     def test_filter_options(self):
         for option in ("--scale", "--scale-output", "--offset"):
-            for value in ("big", "nan", "1/0", "", "1/2/3"):
+            for value in ("big", "nan", "1/0", ""):
                 self.refused(f"convolve in.png old.png --kernel 1 {option} '{value}'", option, f"'{value}'", "1/16")
         fixed = "--kernel 1 --fixed input=u8.0,filter=s16.14,accumulator=s40.14,output=u8.0"
         self.all_refused(
             "convolve in.png old.png",
             ("--kernel 1e300,-1e300", "too large", "1e300"),
-            ("--kernel 1 --offset -1.7e308", "too large", "1e300"),
             ("--kernel 1e300 --scale 1e300", "--scale 1e+300"),
             ("--kernel 1e38 --type float", "1e37"),
             ("--kernel 1 --mode big", "--mode 'big'", "valid, same, full"),
             ("--kernel 1 --pad zero", "--pad 'zero'", "constant:V, replicate, symmetric, circular"),
             ("--kernel 1 --pad constant:", "--pad 'constant:'", "finite number"),
             ("--kernel 1 --pad constant:1,2 --mode same", "--pad", "real"),
-            ("--kernel 1 --pad constant:1,2,3", "RE,IM"),
             ("--kernel 1 --pad replicate:3", "--pad 'replicate:3'", "constant:V"),
-            ("--kernel 1 --normalise mean", "--normalise 'mean'", "none, energy"),
-            ("--kernel 1 --type half", "--type 'half'", "float, double"),
             ("--kernel 1 --fixed input=u8.0", "--fixed", "filter is missing", "accumulator=TYPE"),
             (f"{fixed} --type float", "--type and --fixed"),
             (f"{fixed},sum=s8.0", "'sum=s8.0'", "product=TYPE"),
             (f"{fixed},input=u8.0", "input is given twice"),
-            (f"{fixed},product=s129.0", "product", "s129.0", "1 to 128"),
             (f"{fixed},rounding=up", "rounding 'up'", "convergent"),
             (f"{fixed},overflow=clip", "overflow 'clip'", "saturate"),
             (f"{fixed} --normalise energy", "sqrt: no type"),
@@ -127,18 +104,15 @@ class ArgumentsTest(RefusalCase):
         )
 
     def test_arrays(self):
-        self.save(cube=numpy.zeros((3, 4, 5), "f4"), scalar=numpy.zeros(()), empty=numpy.zeros((0, 4)),
+        self.save(cube=numpy.zeros((3, 4, 5), "f4"), empty=numpy.zeros((0, 4)),
                   short=numpy.zeros((3, 4), "i2"), line=numpy.zeros(5), plane=numpy.zeros((3, 4)),
-                  complex=numpy.zeros((3, 4, 5), "c8"), deep=numpy.zeros((1,) * 9), wide=numpy.zeros((3, 4, 6)))
+                  complex=numpy.zeros((3, 4, 5), "c8"), deep=numpy.zeros((1,) * 9))
         self.all_refused(
             "convolve",
             ("cube.npy out.npy --kernel 1", "3 dimensions", "1 and 2"),
-            ("scalar.npy out.npy --kernel 1", "0 dimensions", "1 and 2"),
             ("empty.npy out.npy --kernel 1", "extent 0 in dimension 1", "1 to 2147483647"),
             ("short.npy out.npy --kernel 1", "int16", "--type", "float, double"),
             ("line.npy out.npy --kernel '1;2'", "rank"),
-            ("plane.npy out.npy --kernel box:4", "extent 4 in dimension 1", "4 x 3", "1 to 3"),
-            ("plane.npy out.npy --kernel 1 --mode same --pad constant:1,2", "1 + 2i", "real"),
             ("plane.npy old.png --kernel 1", "'old.png'", ".npy"),
             ("in.png out.npy --kernel 1", "'in.png'", "3 channels", ".png"),
         )
@@ -148,11 +122,9 @@ class ArgumentsTest(RefusalCase):
             ("cube.npy out.npy --kernel complex.npy", "kernel", "complex64", "real"),
             ("complex.npy out.npy --kernel cube.npy", "array", "complex64", "real"),
             ("deep.npy out.npy --kernel deep.npy", "9 dimensions", "1 to 8"),
-            ("cube.npy out.npy --kernel wide.npy", "filter: extent 6", "1 to 5"),
             ("cube.npy out.npy --kernel cube.npy --normalise energy", "--nd", "--normalise"),
             ("cube.npy out.npy --kernel cube.npy --scale 2", "--scale", "--nd"),
             ("cube.npy out.npy --kernel cube.npy --pad constant:1,2", "--pad", "real"),
-            ("cube.npy out.npy --kernel nothing.npy", "nothing.npy"),
         )
 
     def test_comparisons(self):
@@ -164,44 +136,33 @@ class ArgumentsTest(RefusalCase):
             ("in.png deep.png", "8 and 16 bits"),
             ("empty.npy empty.npy", "empty"),
             ("scalar.npy scalar.npy", "no dimensions"),
-            ("plane.npy gone.npy", "gone.npy"),
             ("in.png in.png --peak 0", "--peak '0'", "greater than 0"),
-            ("in.png in.png --peak white", "--peak", "'white'"),
             ("in.png in.png --max-error -1", "--max-error '-1'", "less than 0"),
             ("in.png in.png --max-error nan", "--max-error", "'nan'"),
         )
 
     def test_medians(self):
         self.write("bit.png", self.random_image(6, 5, 1, 1), 1)
-        self.save(line=numpy.zeros(9), complex=numpy.zeros((5, 6), "c8"), cube=numpy.zeros((3, 3, 3)),
+        self.save(complex=numpy.zeros((5, 6), "c8"), cube=numpy.zeros((3, 3, 3)),
                   long=numpy.array([[0, 2**52 + 1, -2**60]]), int8=numpy.zeros((5, 6), "i1"),
                   bool=numpy.zeros((5, 6), bool), float=numpy.zeros((5, 6), "f4"))
         self.all_refused(
             "median",
             ("in.png old.png", "--window is required"),
             ("in.png old.png --window 5", "--window", "WIDTHxHEIGHT"),
-            ("in.png old.png --window 5x", "--window '5x'", "''"),
             ("in.png old.png --window 3x1024", "'1024'", "1 to 1023"),
-            ("in.png old.png --window 3x3x3", "'3x3x3'", "WIDTHxHEIGHT"),
             ("in.png old.png --window 7x3", "window of 7x3", "image of 6x5", "same or full"),
             ("in.png old.png --window 3x3 --pad constant:256", "constant:256", "8 bits", "0 to 255"),
             ("in.png old.png --window 3x3 --pad constant:0.5", "constant:0.5", "whole"),
-            ("in.png old.png --window 3x3 --pad constant:1,2", "constant:1,2", "8 bits"),
             ("bit.png old.png --window 3x3 --pad constant:255", "constant:255", "one bit", "0 to 1"),
-            ("line.npy out.npy --window 3x3", "window: rank 2", "1"),
-            ("line.npy out.npy --window 10", "window: extent 10", "1 to 9"),
             ("cube.npy out.npy --window 3x3", "3 dimensions", "1 and 2"),
             ("complex.npy out.npy --window 3x3", "complex64", "no order", "float64"),
             ("long.npy out.npy --window 1x1", "2 of 3", "int64", "-2^52 to 2^52"),
             ("int8.npy out.npy --window 3x3 --pad constant:-129", "int8", "-128 to 127"),
-            ("bool.npy out.npy --window 3x3 --pad constant:2", "bool", "0 to 1"),
             ("bool.npy old.png --window 1x1", "'old.png'", ".npy"),
             ("float.npy out.npy --window 3x3 --pad constant:1e39", "float32", "real"),
             ("in.png old.png --window 3x3 --fixed output=u8.0", "input is missing", "accumulator=TYPE"),
-            ("in.png old.png --window 3x3 --fixed input=u8.0 --pad constant:1,2", "1,2", "real"),
             ("float.npy out.npy --window 3x3 --fixed input=u8.0 --mode same --pad constant:0.5", "'constant:0.5'", "u8.0"),
-            ("float.npy out.npy --window 3x3 --fixed input=u127.0", "accumulator", "129 bits", "128"),
-            ("complex.npy out.npy --window 3x3 --fixed input=u8.0", "complex64", "no order"),
         )
 
     def test_matches(self):
@@ -213,24 +174,18 @@ class ArgumentsTest(RefusalCase):
         self.all_refused(
             "match in.png small.png",
             ("--metric mad", "--metric 'mad'", "sad, ssd, maxad, product"),
-            ("--search fast", "--search 'fast'", "exhaustive, three-step"),
             ("--neighbourhood 0", "--neighbourhood", "'0'", "1 to 1023"),
             ("--roi 1,2,3", "--roi '1,2,3'", BOX),
-            ("--roi 1,3", "--roi '1,3'", BOX),
             ("--roi 50,2,4x4", "--roi 50,2,4x4 holds no position", "1,0,4x4"),
-            ("--roi 2147483647,0,9x9", "region", "2147483647"),
             ("--map map.tif", "--map 'map.tif'", ".npy or .png"),
             ("--overlay o.jpg", "'o.jpg'", ".png"),
             (fixed, "template is missing", "product=TYPE"),
-            (f"{fixed},template=u8.0,sqrt=u8.0", "'sqrt=u8.0'", "template=TYPE"),
-            (f"{fixed},template=u8.0,product=s9.0", "product: s9.0", "3 (product)"),
             ("--map m.npy --overlay nowhere/o.png", "'nowhere/o.png'", "No such file"),
             ("--map o.png --overlay ./o.png", "'o.png'", "differ"),
         )
         self.all_refused(
             "match --map old.png",
             ("small.png in.png", "template: extent 6", "input of 3 x 2", "1 to 3"),
-            ("none.png small.png", "'none.png'", "No such file"),
             ("in.png deep.png", "'deep.png'", "16 bits", "of 8", "the same"),
             ("in.png f32.npy", "float64", "float32", "complex128", "bool"),
             ("in.png int.npy", "'int.npy'", "int16", "bool, float32, float64, complex64, complex128"),
@@ -242,23 +197,16 @@ class ArgumentsTest(RefusalCase):
         self.all_refused(
             "plan --input 9x9 --window 3x3",
             ("--reach 3", "--reach", "'3'", "0 to 2"),
-            ("--roi 1,2", "region", "1 dimension,", "input has 2"),
-            ("--roi 1,2,3x4x5", "--roi '1,2,3x4x5'", BOX),
-            ("--roi 1,2,3x0", "--roi '1,2,3x0'", "'0'", "1 to"),
-            ("--roi 1.5,2,3x4", "'1.5'"),
             ("--roi 999999999,2,3x4", "region", "999999999", "268435456"),
             ("--svg plan.png", "'plan.png'", ".svg"),
             ("--svg nowhere/plan.svg", "'nowhere/plan.svg'", "No such file"),
         )
         self.all_refused(
             "plan --mode full",
-            ("--input '' --window 3", "--input ''", "whole number"),
-            ("--input 9x --window 3x3", "--input '9x'", "''"),
             ("--input 3x2147483648 --window 3x3", "--input '3x2147483648'", "1 to 2147483647"),
             ("--input 9x9 --window 3x-3", "--window '3x-3'", "'-3'"),
             ("--input 9x9 --window 3", "window has 1 dimension", "input has 2"),
             ("--input 9x9x9x9x9 --window 3x3x3x3x3", "5 dimensions", "1 to 4"),
-            ("--input 65536x65536 --window 3x3", "input has more than 2147483647 elements"),
             ("--input 40000x40000 --window 20000x20000", "output has more than 2147483647 elements"),
             ("--input 300000000 --window 3", "input", "300000000", "268435456"),
             ("--input 9x9", "--window is required"),
