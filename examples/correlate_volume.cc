@@ -1,7 +1,7 @@
 // Sums each element of a 3 by 2 by 2 volume and its six neighbours, edge elements repeated; no host is needed.
 #include <cstdio>
 
-#include "orvane/algorithm/correlation_stand_alone.h"
+#include "orvane/correlation/correlation_stand_alone.h"
 
 int main() {
   int volumeSize[] = {3, 2, 2}, filterSize[] = {3, 3, 3}, centre[] = {1, 1, 1};  // width, height, depth

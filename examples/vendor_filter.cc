@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "orvane/convcorr/zd_filter_loader.h"
 #include "orvane/filters/convolution.h"
+#include "orvane/vendor/zd_filter_loader.h"
 
 int main(int count, char** arguments) {
   using namespace BP::filters;

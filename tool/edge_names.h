@@ -5,27 +5,26 @@
 #include "orvane/core/enums.h"
 #include "orvane/filters/options.h"
 
-/// The names of output modes and pads, in one table each.
+/// The output modes and the pads, by the names of the core's lists.
 namespace BP::tool {
 
 struct ModeRow {
   std::string_view name;
-  filters::OutputMode mode;
   OutputModeEnum number;  ///< what plans call it
+  filters::OutputMode mode;
 };
-inline constexpr ModeRow modeTable[] = {{"valid", filters::OutputMode::valid, OutputModeValid},
-                                        {"same", filters::OutputMode::same, OutputModeSame},
-                                        {"full", filters::OutputMode::full, OutputModeFull}};
+inline constexpr ModeRow modeTable[] = {{outputModes[0].name, outputModes[0].value, filters::OutputMode::valid},
+                                        {outputModes[1].name, outputModes[1].value, filters::OutputMode::same},
+                                        {outputModes[2].name, outputModes[2].value, filters::OutputMode::full}};
 
 struct PadRow {
   std::string_view name;
+  PadTypeEnum number;  ///< what plans call it
   filters::Pad pad;
-  PadTypeEnum number;        ///< what plans call it
-  std::string_view diagram;  ///< what the input a b c yields beyond its edges
+  std::string_view diagram;  ///< what stands before, in and behind an input of a few elements
 };
-inline constexpr PadRow padTable[] = {{"constant", filters::Pad::constant, PadTypeConstant, "v v v | a b c | v v v"},
-                                      {"replicate", filters::Pad::replicate, PadTypeReplicate, "a a a | a b c | c c c"},
-                                      {"symmetric", filters::Pad::symmetric, PadTypeSymmetric, "c b a | a b c | c b a"},
-                                      {"circular", filters::Pad::circular, PadTypeCircular, "a b c | a b c | a b c"}};
+#define ORVANE_ROW(number, enumerator, name, letters) {#name, enumerator, filters::Pad::name, letters},
+inline constexpr PadRow padTable[] = {ORVANE_FOR_PAD_TYPES(ORVANE_ROW)};
+#undef ORVANE_ROW
 
 }  // namespace BP::tool

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "orvane/core/enums.h"
 #include "tool/edge_names.h"
 #include "tool/fixed_types.h"
 #include "tool/names.h"
@@ -13,8 +14,6 @@ namespace BP::tool {
 
 namespace {
 
-constexpr Named<filters::Normalisation> normalisations[] = {{"none", filters::Normalisation::none},
-                                                            {"energy", filters::Normalisation::energy}};
 constexpr Named<ElementType> sumTypes[] = {{"float", ElementType::float32}, {"double", ElementType::float64}};
 
 /// The types in a text such as "input=u8.0,filter=s16.14,accumulator=s40.14,output=u8.0,rounding=nearest".
@@ -92,7 +91,8 @@ FilterSettings filterSettings(const Values& values, filters::Direction direction
   FilterSettings settings;
   settings.options = {.direction = direction, .mode = edges.mode, .pad = edges.pad, .padValue = edges.padValue};
   if (values.has("--normalise")) {
-    settings.options.normalise = rowNamed(normalisations, values["--normalise"], "--normalise").value;
+    const NormEnum norm = rowNamed(normalisations, values["--normalise"], "--normalise").value;
+    settings.options.normalise = norm == NormNone ? filters::Normalisation::none : filters::Normalisation::energy;
   }
   if (values.has("--type")) settings.sumType = rowNamed(sumTypes, values["--type"], "--type").value;
   if (values.has("--fixed")) settings.fixed = parseFixed(values["--fixed"]);

@@ -2,7 +2,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "orvane/plan/plan_description.h"
+#include "orvane/filters/plan_description.h"
 #include "tool/file.h"
 #include "tool/operations.h"
 #include "tool/option_values.h"

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "orvane/plan/plan_description.h"
+#include "orvane/filters/plan_description.h"
 
 namespace BP::tool {
 

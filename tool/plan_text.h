@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "orvane/plan/plan_description.h"
+#include "orvane/filters/plan_description.h"
 
 /// A plan as text.
 namespace BP::tool {

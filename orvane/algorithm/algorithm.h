@@ -2,9 +2,9 @@
 
 #include <memory>
 
-#include "orvane/algorithm/element.h"
+#include "orvane/algorithm/collector.h"
+#include "orvane/core/element.h"
 #include "orvane/core/enums.h"
-#include "orvane/matching/collector.h"
 #include "orvane/plan/block.h"
 
 namespace BP {

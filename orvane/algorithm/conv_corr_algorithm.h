@@ -4,13 +4,13 @@
 #include <type_traits>
 
 #include "orvane/algorithm/algorithm.h"
-#include "orvane/algorithm/element.h"
-#include "orvane/algorithm/tap_reader.h"
-#include "orvane/convcorr/zd_filter_loader.h"
 #include "orvane/core/clever_ptr.h"
+#include "orvane/core/element.h"
 #include "orvane/core/enums.h"
-#include "orvane/input/output.h"
+#include "orvane/input/tap_reader.h"
+#include "orvane/plan/output.h"
 #include "orvane/plan/sector.h"
+#include "orvane/vendor/zd_filter_loader.h"
 
 namespace BP {
 

@@ -3,6 +3,7 @@
 #include "orvane/algorithm/conv_corr_algorithm.h"
 #include "orvane/convcorr/conv_corr.h"
 #include "orvane/core/visit_enumerator.h"
+#include "orvane/exec/window_processor-inl.h"
 #include "orvane/input/pad_extended_input.h"
 
 namespace BP {
@@ -22,13 +23,13 @@ ConvCorr<HT, UT, YT, AllocT>::ConvCorr(AllocT* alloc, int rank, CleverPtr<int>& 
 /// Chooses the classes: none for a pad type or an algorithm mode out of range.
 template <class HT, class UT, class YT, class AllocT>
 void ConvCorr<HT, UT, YT, AllocT>::build(AlgorithmModeEnum algorithmMode, NormEnum norm, PadTypeEnum padType) {
-  visitEnumerator<PadTypeConstant, PadTypeReplicate, PadTypeSymmetric, PadTypeCircular>(padType, [&](auto pad) {
+  visitPadType(padType, [&](auto pad) {
     visitEnumerator<AlgorithmModeConvolution, AlgorithmModeCorrelation>(algorithmMode, [&](auto mode) {
       visitEnumerator<0, 1>(norm != NormNone ? 1 : 0, [&](auto normalise) {
         using InputT = PadExtendedInput<UT, YT, AllocT, pad()>;
         constexpr int flipFilter = mode() == AlgorithmModeConvolution ? 1 : 0;
         using Algo = ConvCorrAlgorithm<AllocT, FilterBlock, InputT, YT, HT, UT, flipFilter, normalise()>;
-        this->template makeAlgorithm<Algo>(filter);
+        this->template makeAlgorithm<Algo>(filter, this->template makeInput<InputT>());
       });
     });
   });

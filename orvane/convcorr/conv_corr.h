@@ -24,7 +24,7 @@ namespace BP {
 /// HT, UT and YT are the element types of filter, input and output. A pad type or an algorithm mode out of range builds
 /// a processor that does nothing.
 template <class HT, class UT, class YT, class AllocT>
-class ORVANE_API ConvCorr : public WindowProcessor<UT, YT, AllocT> {
+class ORVANE_API ConvCorr : public WindowProcessor<AnyCorrelation, UT, YT, AllocT> {
  public:
   /// `isHgtU` tells that the filter exceeds the input in some dimension. `regionOfInterest`, if given, restricts the
   /// outputs to its positions; the output array then holds just these.
@@ -36,12 +36,15 @@ class ORVANE_API ConvCorr : public WindowProcessor<UT, YT, AllocT> {
   /// Works out what the filter makes of an input that is nothing but the pad value: the sum of the filter, then one
   /// multiplication.
   void computePadOutput();
+  /// Whether there are an input and an algorithm: not so for a pad type or an algorithm mode out of range.
+  bool getIsBuilt() const { return this->kernel != nullptr; }
+  /// What `computePadOutput` worked out; only if `getIsBuilt()`.
   const CleverPtr<YT>& getPadOutput();
   /// Takes element 0 of `value` for the pad value, if the pad is constant.
   void setPadValue(const CleverPtr<UT>& value);
 
  private:
-  using Base = WindowProcessor<UT, YT, AllocT>;
+  using Base = WindowProcessor<AnyCorrelation, UT, YT, AllocT>;
   using FilterBlock = TraversableDataBlock<HT, AllocT>;
 
   void build(AlgorithmModeEnum algorithmMode, NormEnum norm, PadTypeEnum padType);

@@ -59,6 +59,7 @@ void ConvCorrSeparable<HT, UT, YT, AllocT>::invoke() {
 
 template <class HT, class UT, class YT, class AllocT>
 void ConvCorrSeparable<HT, UT, YT, AllocT>::assignPadValue(const void* value, bool isComplex) {
+  if (!pass1->getIsBuilt()) return;
   pass1->assignPadValue(value, isComplex);
   pass1->computePadOutput();
   pass2->setPadValue(pass1->getPadOutput());

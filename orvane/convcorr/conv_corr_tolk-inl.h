@@ -71,7 +71,8 @@ ConvCorrTolk<HT, UT, YT>::~ConvCorrTolk() {
 template <class HT, class UT, class YT>
 void ConvCorrTolk<HT, UT, YT>::constructConvCorr(int hCount, int* hHost, int uCount, int* uHost, PadTypeEnum pad,
                                                  AlgorithmModeEnum mode, NormEnum norm) {
-  auto& filter = this->addWindow(hCount, hHost, h);
+  auto& filter = this->addWindow(hCount, hHost);
+  keepAllStatistics();
   this->openTables(uCount, uHost, pad);
   this->processor = std::make_unique<ConvCorr<HT, UT, YT, AllocatorTolk>>(
       this->allocator.get(), this->nDims, filter.dims, this->exceedsInput(filter), this->uDims, this->outputMode, mode,
@@ -81,8 +82,9 @@ void ConvCorrTolk<HT, UT, YT>::constructConvCorr(int hCount, int* hHost, int uCo
 template <class HT, class UT, class YT>
 void ConvCorrTolk<HT, UT, YT>::constructConvCorr(int hCount, int* hHost, int h2Count, int* h2Host, int uCount,
                                                  int* uHost, PadTypeEnum pad, AlgorithmModeEnum mode) {
-  auto& column = this->addWindow(hCount, hHost, h, 0);
-  auto& row = this->addWindow(h2Count, h2Host, h2, 1);
+  auto& column = this->addWindow(hCount, hHost, 0);
+  auto& row = this->addWindow(h2Count, h2Host, 1);
+  keepAllStatistics();
   this->openTables(uCount, uHost, pad);
   this->fillAllDims();
   CleverPtr<int> mid;
@@ -93,6 +95,14 @@ void ConvCorrTolk<HT, UT, YT>::constructConvCorr(int hCount, int* hHost, int h2C
   this->processor = std::make_unique<ConvCorrSeparable<HT, UT, YT, AllocatorTolk>>(
       this->allocator.get(), this->nDims, column.dims, exceeds1, row.dims, exceeds2, this->uDims, mid, this->outputMode,
       mode, NormNone, pad, column.centre, h, row.centre, h2, this->u, this->y);
+}
+
+template <class HT, class UT, class YT>
+void ConvCorrTolk<HT, UT, YT>::keepAllStatistics() {
+  this->keepStatistics(this->u, false);
+  this->keepStatistics(h, false);
+  if (separable) this->keepStatistics(h2, false);
+  this->keepStatistics(this->y, true);
 }
 
 /// The largest extents that the intermediate array can come to have, for the first filter folded into a column: with
@@ -110,7 +120,8 @@ void ConvCorrTolk<HT, UT, YT>::computeMidMaxDims(CleverPtr<int>& mid, const Clev
 template <class HT, class UT, class YT>
 void ConvCorrTolk<HT, UT, YT>::setup(HT* filter, UT* input, YT* output, const void* newPadValue, bool isComplex) {
   adoptData(h, filter);
-  this->start(input, output, newPadValue, isComplex);
+  adoptData(this->y, output);
+  this->start(input, newPadValue, isComplex);
 }
 
 template <class HT, class UT, class YT>

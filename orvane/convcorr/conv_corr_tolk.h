@@ -18,8 +18,8 @@ namespace BP {
 ///
 /// HT, UT and YT are the element types of filter, input and output, a triple of those that `ConvCorr` knows.
 template <class HT, class UT, class YT>
-class ORVANE_API ConvCorrTolk : public WindowFront<UT, YT> {
-  using Base = WindowFront<UT, YT>;
+class ORVANE_API ConvCorrTolk : public WindowFront<AnyCorrelation, UT, YT> {
+  using Base = WindowFront<AnyCorrelation, UT, YT>;
 
  public:
   using Handle = KarnDSPFixpt::DSPDataAttributesHandle;
@@ -70,6 +70,7 @@ class ORVANE_API ConvCorrTolk : public WindowFront<UT, YT> {
                          NormEnum norm);
   void constructConvCorr(int hCount, int* hHost, int h2Count, int* h2Host, int uCount, int* uHost, PadTypeEnum pad,
                          AlgorithmModeEnum mode);
+  void keepAllStatistics();
   void computeMidMaxDims(CleverPtr<int>& mid, const CleverPtr<int>& first) const;
 
   bool separable;

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "orvane/core/clever_ptr.h"
+#include "orvane/platform/export.h"
 
 namespace BP {
 
@@ -18,7 +19,7 @@ void allocatePlain(CleverPtr<T>& out, int count) {
 /// The allocator of classes that live without a host: plain arrays, no state, no messages.
 ///
 /// It takes the same calls as `AllocatorTolk`, so that one class template serves both. Role names are dropped.
-class Allocator {
+class ORVANE_API Allocator {
  public:
   /// Makes `out` the owner of a new array of `count` elements.
   template <class T>

@@ -67,7 +67,8 @@ class ORVANE_API AllocatorTolk {
   /// false leaves the value itself out. Without a map, or for a null value, nothing happens.
   void mergeFixptLog(KarnDSPFixpt::Fixpt* value, bool useThis);
 
-  /// Sets the map in which statistics are gathered; null switches gathering off. The map stays the caller's.
+  /// Sets the map in which statistics are gathered; null switches gathering off. The map stays the caller's, and must
+  /// be there for as long as it is set.
   void setFixptLogMap(FixptLogMap* map) { fixptLogMap = map; }
   FixptLogMap* getFixptLogMap() const { return fixptLogMap; }
 

@@ -27,7 +27,9 @@ class ORVANE_API BlockProcTolkCache {
   virtual void updateOutputPointers(void* a, void* b, void* c, void* d, void* e);
   /// One run.
   virtual void computeOutputs() = 0;
-  /// Sets the `FixptLogMap` into which fixed-point statistics are merged at the end; null switches that off.
+  /// Sets the `FixptLogMap` into which fixed-point statistics are merged at `setup(setupFinish)` and once more by the
+  /// destructor; null switches that off. The map stays the caller's and must outlive this object, or be taken away by a
+  /// call with null before it ends.
   virtual void setFixptLogMap(void* map);
 
  protected:

@@ -1,6 +1,12 @@
 #pragma once
 
-/// Enumerations that all processors share. Their numbers are part of the interface to the host.
+#include <array>
+
+#include "orvane/core/named.h"
+#include "orvane/core/pad_types.h"
+
+/// Enumerations that all processors share, with the names by which messages and the command call them (pad types: see
+/// pad_types.h). Their numbers are part of the interface to the host.
 namespace BP {
 
 /// Extent of the output, for an input of extent u and a filter of extent h in a dimension.
@@ -9,6 +15,8 @@ enum OutputModeEnum : int {
   OutputModeSame = 1,   ///< u: the filter's centre lies on each input element in turn
   OutputModeFull = 2,   ///< u + h - 1: every position where filter and input overlap
 };
+inline constexpr std::array<Named<OutputModeEnum>, 3> outputModes{
+    {{"valid", OutputModeValid}, {"same", OutputModeSame}, {"full", OutputModeFull}}};
 
 /// The arithmetic of a processor. `ConvCorr` knows the first two, template matching all five.
 enum AlgorithmModeEnum : int {
@@ -18,23 +26,16 @@ enum AlgorithmModeEnum : int {
   AlgorithmModeSSD = 3,          ///< sum of squared differences
   AlgorithmModeMaxAD = 4,        ///< maximum absolute difference
 };
+/// The directions in which a filter can be walked.
+inline constexpr std::array<Named<AlgorithmModeEnum>, 2> directions{
+    {{"convolution", AlgorithmModeConvolution}, {"correlation", AlgorithmModeCorrelation}}};
 
 /// Normalisation of a convolution or correlation. Only zero and non-zero are told apart.
 enum NormEnum : int {
   NormNone = 0,          ///< the plain sum of products
   NormWindowEnergy = 1,  ///< divided by the filter's norm and the norm of the window's values
 };
-
-/// What the input yields beyond its edge. Zero is not a pad type.
-///
-///     constant   v v v | a b c | v v v        replicate  a a a | a b c | c c c
-///     symmetric  c b a | a b c | c b a        circular   a b c | a b c | a b c
-enum PadTypeEnum : int {
-  PadTypeConstant = 1,
-  PadTypeReplicate = 2,
-  PadTypeSymmetric = 3,
-  PadTypeCircular = 4,
-};
+inline constexpr std::array<Named<NormEnum>, 2> normalisations{{{"none", NormNone}, {"energy", NormWindowEnergy}}};
 
 /// The stages of set-up. Objects ask for ranges of them, so the order counts; 5 has no name and no effect.
 enum setupModeT : int {

@@ -17,12 +17,13 @@ void adoptData(CleverPtr<T>& handle, T* data) {
   handle.ptr = data;
 }
 
-/// Points `handle` at other values between runs; a `Fixpt` stays and takes them for its storage. Null changes nothing.
+/// Points `handle` at other values between runs; a `Fixpt` stays and takes them for its storage. Null changes nothing,
+/// nor does a `Fixpt` handle without an object, as before the start or of a result that was not asked for.
 template <class T>
 void rebindData(CleverPtr<T>& handle, void* data) {
   if (data == nullptr) return;
   if constexpr (std::is_same_v<T, KarnDSPFixpt::Fixpt>) {
-    handle.ptr->setValPtr(data);
+    if (handle.ptr != nullptr) handle.ptr->setValPtr(data);
   } else {
     handle.ptr = static_cast<T*>(data);
   }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "orvane/core/centre.h"
+
 namespace BP {
 
 int commonRank(int hNumDims, int uNumDims) {
@@ -23,14 +25,11 @@ void foldDims(CleverPtr<int>& dims, int nDims, int along) {
 }
 
 void computeCentres(CleverPtr<int>& centres, int nDims, const CleverPtr<int>& dims) {
-  for (int d = 0; d < nDims; ++d) {
-    const int extent = dims.ptr[d];
-    centres.ptr[d] = (extent >> 1) - ((extent & 1) == 0 ? 1 : 0);
-  }
+  for (int d = 0; d < nDims; ++d) centres.ptr[d] = centreOf(dims.ptr[d]);
 }
 
 bool isHgtU(int hNumDims, int uNumDims, const CleverPtr<int>& hDims, const CleverPtr<int>& uDims) {
-  const int shared = std::min(hNumDims, uNumDims);
+  const int shared = std::max(std::min(hNumDims, uNumDims), 0);
   bool exceeds = false;
   for (int d = 0; d < shared; ++d) exceeds = exceeds || hDims.ptr[d] > uDims.ptr[d];
   for (int d = shared; d < hNumDims; ++d) exceeds = exceeds || hDims.ptr[d] > 1;

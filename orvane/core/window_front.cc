@@ -8,16 +8,18 @@
 
 namespace BP {
 
-template <class UT, class YT>
-typename WindowFront<UT, YT>::Window& WindowFront<UT, YT>::addWindow(int hostNumDims, int* hostDims) {
+template <class RootT, class UT, class YT>
+typename WindowFront<RootT, UT, YT>::Window& WindowFront<RootT, UT, YT>::addWindow(int hostNumDims, int* hostDims,
+                                                                                   int foldedAlong) {
   Window& window = windows.emplace_back();
   window.numDims = hostNumDims;
   window.hostDims.ptr = hostDims;
+  window.foldedAlong = foldedAlong;
   return window;
 }
 
-template <class UT, class YT>
-void WindowFront<UT, YT>::openTables(int hostNumDims, int* hostDims, PadTypeEnum pad) {
+template <class RootT, class UT, class YT>
+void WindowFront<RootT, UT, YT>::openTables(int hostNumDims, int* hostDims, PadTypeEnum pad) {
   uNumDims = hostNumDims;
   hostUDims.ptr = hostDims;
   padType = pad;
@@ -29,47 +31,42 @@ void WindowFront<UT, YT>::openTables(int hostNumDims, int* hostDims, PadTypeEnum
   for (Window& window : windows) allocator->allocateArray(window.centre, nDims, "ignore");
 }
 
-template <class UT, class YT>
-bool WindowFront<UT, YT>::exceedsInput(const Window& window) const {
+template <class RootT, class UT, class YT>
+bool WindowFront<RootT, UT, YT>::exceedsInput(const Window& window) const {
   return isHgtU(window.numDims, uNumDims, window.hostDims, hostUDims);
 }
 
-template <class UT, class YT>
-void WindowFront<UT, YT>::fillWindow(Window& window) {
+template <class RootT, class UT, class YT>
+void WindowFront<RootT, UT, YT>::fillWindow(Window& window) {
   fillDims(window.dims, nDims, window.hostDims, window.numDims);
   if (window.foldedAlong != unfolded) foldDims(window.dims, nDims, window.foldedAlong);
 }
 
-template <class UT, class YT>
-void WindowFront<UT, YT>::fillAllDims() {
+template <class RootT, class UT, class YT>
+void WindowFront<RootT, UT, YT>::fillAllDims() {
   for (Window& window : windows) fillWindow(window);
   fillDims(uDims, nDims, hostUDims, uNumDims);
 }
 
-template <class UT, class YT>
-void WindowFront<UT, YT>::assignPad() {
+template <class RootT, class UT, class YT>
+void WindowFront<RootT, UT, YT>::assignPad() {
   if (useConstantPad()) processor->assignPadValue(padValue, padIsComplex);
 }
 
-template <class UT, class YT>
-void WindowFront<UT, YT>::setup(setupModeT mode) {
-  switch (mode) {
-    case setupFinish: return finish();
-    case setupAttachWork: fillAllDims(); break;
-    case setupResize: fillAllDims(); [[fallthrough]];
-    case setupStart:
-      assignPad();
-      for (Window& window : windows) computeCentres(window.centre, nDims, window.dims);
-      break;
-    default: break;
+template <class RootT, class UT, class YT>
+void WindowFront<RootT, UT, YT>::setup(setupModeT mode) {
+  if (mode == setupFinish) return finish();
+  if (mode == setupResize || mode == fillStage) fillAllDims();
+  if (mode == setupResize || mode == setupStart) {
+    assignPad();
+    for (Window& window : windows) computeCentres(window.centre, nDims, window.dims);
   }
   processor->setup(mode);
 }
 
-template <class UT, class YT>
-void WindowFront<UT, YT>::start(UT* input, YT* output, const void* newPadValue, bool isComplex) {
+template <class RootT, class UT, class YT>
+void WindowFront<RootT, UT, YT>::start(UT* input, const void* newPadValue, bool isComplex) {
   adoptData(u, input);
-  adoptData(y, output);
   replacePadValue<UT>(padValue, newPadValue);
   padIsComplex = isComplex;
   allocator->refreshWorkVectors();
@@ -78,43 +75,40 @@ void WindowFront<UT, YT>::start(UT* input, YT* output, const void* newPadValue, 
   setup(setupStart);
 }
 
-template <class UT, class YT>
-void WindowFront<UT, YT>::computeOutputs() {
+template <class RootT, class UT, class YT>
+void WindowFront<RootT, UT, YT>::computeOutputs() {
   if (isVarSize) {
     setup(setupResize);
   } else {
-    assignPad();  // before new extents are known, a separable filter's pad value could not be worked out
+    assignPad();
   }
   processor->invoke();
 }
 
-template <class UT, class YT>
-void WindowFront<UT, YT>::finish() {
+template <class RootT, class UT, class YT>
+void WindowFront<RootT, UT, YT>::finish() {
   processor->setup(setupFinish);
-  if constexpr (std::is_same_v<UT, Fixpt>) {
-    allocator->mergeFixptLog(u.ptr, false);
-    for (Window& window : windows) {
-      if (window.elements != nullptr) allocator->mergeFixptLog(window.elements->ptr, false);
-    }
-    allocator->mergeFixptLog(y.ptr, true);
-  }
+  for (const Keeper& keeper : keepers) allocator->mergeFixptLog(keeper.array->ptr, keeper.itself);
   processor->setup(setupFinish);
 }
 
-template <class UT, class YT>
-void WindowFront<UT, YT>::end() {
+template <class RootT, class UT, class YT>
+void WindowFront<RootT, UT, YT>::end() {
   finish();
   replacePadValue<UT>(padValue, nullptr);
   processor.reset();
 }
 
-template <class UT, class YT>
-void WindowFront<UT, YT>::tunePadValue(const void* value) {
+template <class RootT, class UT, class YT>
+void WindowFront<RootT, UT, YT>::tunePadValue(const void* value) {
   if (value != nullptr) replacePadValue<UT>(padValue, value);
 }
 
-#define ORVANE_DEFINE(UT, YT) template class WindowFront<UT, YT>;
+#define ORVANE_DEFINE(UT, YT) template class WindowFront<AnyCorrelation, UT, YT>;
 ORVANE_FOR_ELEMENT_PAIRS(ORVANE_DEFINE)
+#undef ORVANE_DEFINE
+#define ORVANE_DEFINE(UT, YT) template class WindowFront<AnyTemplateMatching, UT, YT>;
+ORVANE_FOR_MATCHING_PAIRS(ORVANE_DEFINE)
 #undef ORVANE_DEFINE
 
 }  // namespace BP

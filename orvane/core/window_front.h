@@ -3,6 +3,7 @@
 #include <list>
 #include <memory>
 #include <type_traits>
+#include <vector>
 
 #include "orvane/core/any_bp.h"
 #include "orvane/core/block_proc_tolk_cache.h"
@@ -15,19 +16,21 @@
 
 namespace BP {
 
-/// What the fronts of processors with one input and one output have in common: extents, pad, stages, run, end.
+/// What all fronts have in common: extents, pad, stages, run, end.
 ///
 /// Window and input have extents in arrays of the host's, dimension 0 (contiguous in memory) first; missing dimensions
 /// count as 1, and a one-dimensional signal is one line along dimension 0. The arrays are read again on every run if
-/// sizes vary. A window's centre is its middle element, the lower one of the two for an even extent. A constant pad
-/// value is used only where it can be read: not with `OutputModeValid`.
+/// sizes vary. Windows have their centres in the middle (see centre.h). A constant pad value is used only where it can
+/// be read: not with `OutputModeValid`. Each run assigns it once, also where sizes vary: after the new extents are
+/// known, as a separable filter works its second pad value out from them.
 ///
-/// UT and YT are the element types of input and output. Arrays and the pad value are borrowed and must outlive the
-/// object; but in the `Fixpt` form the `Fixpt` objects given to `setup` and `tune`, the pad value's included, become
-/// this object's. Nothing is checked; messages go to the adaptor.
+/// RootT is the root of the processors behind, `AnyCorrelation` or `AnyTemplateMatching`; UT and YT are the element
+/// types of input and output. Arrays and the pad value are borrowed and must outlive the object; but in the `Fixpt`
+/// form the `Fixpt` objects given to `setup` and `tune`, the pad value's included, become this object's. Nothing is
+/// checked; messages go to the adaptor.
 ///
 /// A derived class adds its windows, opens the tables, makes the processor over them, and ends it in its destructor.
-template <class UT, class YT>
+template <class RootT, class UT, class YT>
 class ORVANE_API WindowFront : public BlockProcTolkCache {
  public:
   /// One run over the input as it stands.
@@ -53,28 +56,32 @@ class ORVANE_API WindowFront : public BlockProcTolkCache {
 
   /// A window as the host gives its extents, and as the processor sees it.
   struct Window {
-    int numDims = 0;                       ///< entries in the host's array
-    CleverPtr<int> hostDims;               ///< the host's array
-    int foldedAlong = unfolded;            ///< dimension along which all elements are laid, whatever their shape
-    CleverPtr<Fixpt>* elements = nullptr;  ///< elements that keep statistics, if it has such
-    CleverPtr<int> dims;                   ///< extents, owned
-    CleverPtr<int> centre;                 ///< owned
+    int numDims = 0;             ///< entries in the host's array
+    CleverPtr<int> hostDims;     ///< the host's array
+    int foldedAlong = unfolded;  ///< dimension along which all elements are laid, whatever their shape
+    CleverPtr<int> dims;         ///< extents, owned
+    CleverPtr<int> centre;       ///< owned
   };
 
-  WindowFront(brekk::BrekkAdaptorTolk* adaptor, OutputModeEnum outMode, bool varSize)
-      : BlockProcTolkCache(adaptor), outputMode(outMode), isVarSize(varSize) {}
+  /// `firstFill` is the stage of the start at which the host's extents are read.
+  WindowFront(brekk::BrekkAdaptorTolk* adaptor, OutputModeEnum outMode, bool varSize,
+              setupModeT firstFill = setupAttachWork)
+      : BlockProcTolkCache(adaptor), outputMode(outMode), isVarSize(varSize), fillStage(firstFill) {}
 
-  /// Adds a window without elements, or with those that `elements` will be bound to.
-  Window& addWindow(int hostNumDims, int* hostDims);
-  template <class HT>
-  Window& addWindow(int hostNumDims, int* hostDims, CleverPtr<HT>& elements, int foldedAlong = unfolded);
+  Window& addWindow(int hostNumDims, int* hostDims, int foldedAlong = unfolded);
+  /// Has the statistics of an array merged at the end: those of what came out of operations on its values and, with
+  /// `itself`, its own. Arrays without statistics are left alone. They are merged in the order of these calls.
+  template <class T>
+  void keepStatistics(CleverPtr<T>& array, bool itself) {
+    if constexpr (std::is_same_v<T, Fixpt>) keepers.push_back({&array, itself});
+  }
   /// Settles the number of dimensions and makes all tables.
   void openTables(int hostNumDims, int* hostDims, PadTypeEnum pad);
   /// Whether `window`, as the host gives it, exceeds the input.
   bool exceedsInput(const Window& window) const;
 
-  /// The one-shot start.
-  void start(UT* input, YT* output, const void* newPadValue, bool isComplex);
+  /// The one-shot start; windows and outputs are bound already.
+  void start(UT* input, const void* newPadValue, bool isComplex);
   /// Ends the processor, by the last stage of set-up, and the pad value.
   void end();
   void tunePadValue(const void* value);
@@ -88,30 +95,30 @@ class ORVANE_API WindowFront : public BlockProcTolkCache {
   CleverPtr<UT> u;
   CleverPtr<YT> y;
   PadTypeEnum padType = PadTypeConstant;
-  std::unique_ptr<AnyCorrelation> processor;
+  std::unique_ptr<RootT> processor;
 
  private:
   void fillWindow(Window& window);
   void assignPad();
   void finish();
 
+  struct Keeper {
+    CleverPtr<Fixpt>* array;
+    bool itself;
+  };
+
+  setupModeT fillStage;
   std::list<Window> windows;
+  std::vector<Keeper> keepers;
   const void* padValue = nullptr;
   bool padIsComplex = false;
 };
 
-template <class UT, class YT>
-template <class HT>
-typename WindowFront<UT, YT>::Window& WindowFront<UT, YT>::addWindow(int hostNumDims, int* hostDims,
-                                                                     CleverPtr<HT>& elements, int foldedAlong) {
-  Window& window = addWindow(hostNumDims, hostDims);
-  window.foldedAlong = foldedAlong;
-  if constexpr (std::is_same_v<HT, Fixpt>) window.elements = &elements;
-  return window;
-}
-
-#define ORVANE_DECLARE(UT, YT) extern template class WindowFront<UT, YT>;
+#define ORVANE_DECLARE(UT, YT) extern template class WindowFront<AnyCorrelation, UT, YT>;
 ORVANE_FOR_ELEMENT_PAIRS(ORVANE_DECLARE)
+#undef ORVANE_DECLARE
+#define ORVANE_DECLARE(UT, YT) extern template class WindowFront<AnyTemplateMatching, UT, YT>;
+ORVANE_FOR_MATCHING_PAIRS(ORVANE_DECLARE)
 #undef ORVANE_DECLARE
 
 }  // namespace BP

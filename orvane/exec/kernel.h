@@ -2,13 +2,14 @@
 
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/enums.h"
-#include "orvane/input/output.h"
+#include "orvane/plan/output.h"
 #include "orvane/plan/sector.h"
+#include "orvane/platform/export.h"
 
 namespace BP {
 
 /// Abstract root of the kernels.
-class AnyKernel {
+class ORVANE_API AnyKernel {
  public:
   AnyKernel() = default;
   AnyKernel(const AnyKernel&) = delete;
@@ -38,6 +39,17 @@ class Kernel : public AnyKernel {
   virtual void stepSearchOutside(OutsideSector&, Out& /*result*/, CleverPtr<int>& /*bestIndex*/) {}
   virtual void stepSearchBoundary(BoundarySector&, Out& /*result*/, CleverPtr<int>& /*bestIndex*/) {}
   virtual void stepSearchInside(InsideSector&, Out& /*result*/, CleverPtr<int>& /*bestIndex*/) {}
+
+  /// The same operations by the class of the sector.
+  void run(InsideSector& s, Out& result) { runInside(s, result); }
+  void run(BoundarySector& s, Out& result) { runBoundary(s, result); }
+  void run(OutsideSector& s, Out& result) { runOutside(s, result); }
+  void search(InsideSector& s, Out& result, CleverPtr<int>& best) { searchInside(s, result, best); }
+  void search(BoundarySector& s, Out& result, CleverPtr<int>& best) { searchBoundary(s, result, best); }
+  void search(OutsideSector& s, Out& result, CleverPtr<int>& best) { searchOutside(s, result, best); }
+  void stepSearch(InsideSector& s, Out& result, CleverPtr<int>& best) { stepSearchInside(s, result, best); }
+  void stepSearch(BoundarySector& s, Out& result, CleverPtr<int>& best) { stepSearchBoundary(s, result, best); }
+  void stepSearch(OutsideSector& s, Out& result, CleverPtr<int>& best) { stepSearchOutside(s, result, best); }
 
   Out& getScratch() const { return *output; }
 

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <type_traits>
 
-#include "orvane/algorithm/element.h"
+#include "orvane/algorithm/collector.h"
+#include "orvane/core/centre.h"
 #include "orvane/core/clever_ptr.h"
+#include "orvane/core/element.h"
 #include "orvane/core/enums.h"
-#include "orvane/matching/collector.h"
 #include "orvane/plan/sector.h"
 
 /// The loops over a sector, each written once: a scorer says what happens at a position, a walk which positions come.
@@ -159,10 +160,7 @@ void searchWalk(ScorerT&& score, const WalkGeometry& walk, BestT&& best) {
 /// Extent of the pattern's first round: half the sector, rounded down, in the dimension where it is less, halved again.
 inline int firstStep(const WalkGeometry& walk) {
   int halfWidth[2];
-  for (int d = 0; d < 2; ++d) {
-    const int extent = walk.hi[d] - walk.lo[d] + 1;
-    halfWidth[d] = (extent >> 1) - ((extent & 1) == 0 ? 1 : 0);
-  }
+  for (int d = 0; d < 2; ++d) halfWidth[d] = centreOf(walk.hi[d] - walk.lo[d] + 1);
   return std::min(halfWidth[0], halfWidth[1]) / 2 + 1;
 }
 

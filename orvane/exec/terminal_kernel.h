@@ -19,23 +19,27 @@ class TerminalKernel : public Kernel<Out, Alloc> {
     algorithm->setup(stage);
   }
 
-  void searchOutside(OutsideSector& s, Out& result, CleverPtr<int>& best) override { search(s, result, best); }
-  void searchBoundary(BoundarySector& s, Out& result, CleverPtr<int>& best) override { search(s, result, best); }
-  void searchInside(InsideSector& s, Out& result, CleverPtr<int>& best) override { search(s, result, best); }
-  void runOutside(OutsideSector& s, Out& result) override { run(s, result); }
-  void runBoundary(BoundarySector& s, Out& result) override { run(s, result); }
+  void searchOutside(OutsideSector& s, Out& result, CleverPtr<int>& best) override { searchOver(s, result, best); }
+  void searchBoundary(BoundarySector& s, Out& result, CleverPtr<int>& best) override { searchOver(s, result, best); }
+  void searchInside(InsideSector& s, Out& result, CleverPtr<int>& best) override { searchOver(s, result, best); }
+  void runOutside(OutsideSector& s, Out& result) override { runOver(s, result); }
+  void runBoundary(BoundarySector& s, Out& result) override { runOver(s, result); }
   void runInside(InsideSector& s, Out& result) override {
     if (!canRun()) return;
     if constexpr (requires { algorithm->runWholeSector(s, result); }) {
       if (algorithm->runWholeSector(s, result)) return;
     }
-    run(s, result);
+    runOver(s, result);
   }
-  void stepSearchOutside(OutsideSector& s, Out& result, CleverPtr<int>& best) override { stepSearch(s, result, best); }
+  void stepSearchOutside(OutsideSector& s, Out& result, CleverPtr<int>& best) override {
+    stepSearchOver(s, result, best);
+  }
   void stepSearchBoundary(BoundarySector& s, Out& result, CleverPtr<int>& best) override {
-    stepSearch(s, result, best);
+    stepSearchOver(s, result, best);
   }
-  void stepSearchInside(InsideSector& s, Out& result, CleverPtr<int>& best) override { stepSearch(s, result, best); }
+  void stepSearchInside(InsideSector& s, Out& result, CleverPtr<int>& best) override {
+    stepSearchOver(s, result, best);
+  }
 
   Algo& getAlgorithm() const { return *algorithm; }
 
@@ -66,13 +70,13 @@ class TerminalKernel : public Kernel<Out, Alloc> {
   }
 
   template <class SectorT>
-  void run(SectorT& sector, Out& result) {
+  void runOver(SectorT& sector, Out& result) {
     walkOver(sector, result,
              [&](auto scorer, const WalkGeometry& geometry) { runWalk(scorer, geometry, *this->output, result); });
   }
 
   template <class SectorT>
-  void search(SectorT& sector, Out& result, CleverPtr<int>& bestIndex) {
+  void searchOver(SectorT& sector, Out& result, CleverPtr<int>& bestIndex) {
     if constexpr (!isEmpty) {
       walkOver(sector, result, [&](auto scorer, const WalkGeometry& geometry) {
         searchWalk(scorer, geometry, BestMatch<Algo, Out>(*algorithm, *this->output, bestIndex));
@@ -81,7 +85,7 @@ class TerminalKernel : public Kernel<Out, Alloc> {
   }
 
   template <class SectorT>
-  void stepSearch(SectorT& sector, Out& result, CleverPtr<int>& bestIndex) {
+  void stepSearchOver(SectorT& sector, Out& result, CleverPtr<int>& bestIndex) {
     if constexpr (!isEmpty) {
       walkOver(sector, result, [&](auto scorer, const WalkGeometry& geometry) {
         stepSearchWalk(scorer, geometry, BestMatch<Algo, Out>(*algorithm, *this->output, bestIndex), bestIndex);

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "orvane/core/named.h"
 #include "orvane/filters/array.h"
 #include "orvane/filters/extents.h"
 
@@ -61,31 +62,24 @@ T padPart(double part) {
   return value;
 }
 
-/// An enumerator as people call it, and what the filters behind call it. Its place in a table is its number.
-template <class Core>
-struct Choice {
-  std::string_view name;
-  Core core;
-};
-
-/// As in "0 (valid), 1 (same)".
-template <class Core, std::size_t n>
-std::string listOf(const std::array<Choice<Core>, n>& choices) {
+/// As in "0 (valid), 1 (same)", for a table of `Named` values.
+template <class Table>
+std::string listOf(const Table& table) {
   std::string list;
-  for (std::size_t i = 0; i < n; ++i) {
-    list += (i == 0 ? "" : ", ") + std::to_string(i) + " (" + std::string(choices[i].name) + ")";
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    list += (i == 0 ? "" : ", ") + std::to_string(i) + " (" + std::string(table[i].name) + ")";
   }
   return list;
 }
 
-/// What `value` means, an enumerator of the table.
-template <class Enumeration, class Core, std::size_t n>
-Core chosen(std::string_view argument, Enumeration value, const std::array<Choice<Core>, n>& choices) {
+/// What the filters behind call `value`, whose number is its place in a table of `Named` values.
+template <class Enumeration, class Table>
+auto chosen(std::string_view argument, Enumeration value, const Table& table) {
   const auto number = static_cast<std::int64_t>(value);
-  if (number < 0 || number >= static_cast<std::int64_t>(n)) {
-    refuse(argument, std::to_string(number), "allowed are " + listOf(choices));
+  if (number < 0 || number >= static_cast<std::int64_t>(table.size())) {
+    refuse(argument, std::to_string(number), "allowed are " + listOf(table));
   }
-  return choices[static_cast<std::size_t>(number)].core;
+  return table[static_cast<std::size_t>(number)].value;
 }
 
 }  // namespace BP::filters::detail

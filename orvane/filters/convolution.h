@@ -83,8 +83,8 @@ class ORVANE_API ConvolutionRunner {
 ///
 /// UT and HT, the element types of input and filter, are `float` or `double` or their complex types, of one precision.
 /// Ranks are 1 or 2. Indices are signed 32-bit numbers inside, so there are at most 2^31 - 1 elements in each array,
-/// and in each dimension the input's extent and twice the filter's are no more than that together; a symmetric pad
-/// allows inputs of extents up to 2^30 - 1.
+/// and in each dimension the input's extent and twice the filter's are no more than that together; a symmetric or a
+/// mirror pad allows inputs of extents up to 2^30 - 1.
 template <class UT, class HT = UT>
 class ORVANE_API Convolution : public ConvolutionRunner<UT, HT> {
  public:

@@ -10,19 +10,8 @@ namespace BP::filters {
 
 namespace {
 
-using detail::Choice;
 using detail::greatestIndex;
 using detail::refuse;
-
-constexpr std::array<Choice<OutputModeEnum>, 3> modes{
-    {{"valid", OutputModeValid}, {"same", OutputModeSame}, {"full", OutputModeFull}}};
-constexpr std::array<Choice<PadTypeEnum>, 4> pads{{{"constant", PadTypeConstant},
-                                                   {"replicate", PadTypeReplicate},
-                                                   {"symmetric", PadTypeSymmetric},
-                                                   {"circular", PadTypeCircular}}};
-constexpr std::array<Choice<AlgorithmModeEnum>, 2> directions{
-    {{"convolution", AlgorithmModeConvolution}, {"correlation", AlgorithmModeCorrelation}}};
-constexpr std::array<Choice<NormEnum>, 2> normalisations{{{"none", NormNone}, {"energy", NormWindowEnergy}}};
 
 std::string extentText(std::int64_t extent, std::size_t dimension) {
   return "extent " + std::to_string(extent) + " in dimension " + std::to_string(dimension);
@@ -55,9 +44,10 @@ void checkReach(std::string_view argument, const Extents& input, const Extents& 
              "for an input extent of " + std::to_string(input[d]) + ", at most " +
                  std::to_string((greatestIndex - input[d]) / 2) + " is allowed");
     }
-    if (pad == PadTypeSymmetric && mode != OutputModeValid && 2 * input[d] > greatestIndex) {
+    const bool reflects = pad == PadTypeSymmetric || pad == PadTypeMirror;
+    if (reflects && mode != OutputModeValid && 2 * input[d] > greatestIndex) {
       refuse("input", extentText(input[d], d),
-             "with a symmetric pad at most " + std::to_string(greatestIndex / 2) + " is allowed");
+             "with a symmetric or a mirror pad at most " + std::to_string(greatestIndex / 2) + " is allowed");
     }
   }
 }
@@ -84,14 +74,14 @@ Extents outputExtents(const Extents& input, const Extents& filter, OutputMode mo
   detail::checkExtents("input", input);
   detail::checkExtents("filter", filter);
   checkSameRank("filter", input, filter);
-  return checkedOutput("filter", input, filter, detail::chosen("mode", mode, modes));
+  return checkedOutput("filter", input, filter, detail::chosen("mode", mode, outputModes));
 }
 
 namespace detail {
 
-OutputModeEnum modeOf(OutputMode mode) { return chosen("mode", mode, modes); }
+OutputModeEnum modeOf(OutputMode mode) { return chosen("mode", mode, outputModes); }
 
-PadTypeEnum padOf(Pad pad) { return chosen("pad", pad, pads); }
+PadTypeEnum padOf(Pad pad) { return chosen("pad", pad, padTypes); }
 
 Extents checkedOutputExtents(const Extents& input, const Extents& filter, OutputModeEnum mode, PadTypeEnum pad,
                              std::size_t greatestRank, std::int64_t mostElements, std::string_view filterName) {

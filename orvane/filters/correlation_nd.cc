@@ -5,7 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "orvane/algorithm/correlation_stand_alone.h"
+#include "orvane/core/centre.h"
+#include "orvane/correlation/correlation_stand_alone.h"
 #include "orvane/filters/checks.h"
 #include "orvane/filters/convolution_geometry.h"
 #include "orvane/filters/job.h"
@@ -25,7 +26,7 @@ class CorrelationND<T>::Job {
         filter(detail::copyOf("filter", newFilter, filterExtents)),
         inputDims(dimsOf(input)),
         filterDims(dimsOf(filterExtents)),
-        centre(centreOf(filterDims)),
+        centre(centresOf(filterDims)),
         front(static_cast<int>(input.rank()), filterDims.data(), inputDims.data(), pad, mode, centre.data(),
               filter.data(), nullptr, nullptr) {
     setPadValue(options.padValue);
@@ -59,11 +60,10 @@ class CorrelationND<T>::Job {
     std::ranges::transform(extents, dims.begin(), [](std::int64_t extent) { return static_cast<int>(extent); });
     return dims;
   }
-  /// The middle element, the lower one of the two of an even extent.
-  static Dims centreOf(const Dims& extents) {
-    Dims centre{};
-    std::ranges::transform(extents, centre.begin(), [](int extent) { return (extent - 1) / 2; });
-    return centre;
+  static Dims centresOf(const Dims& extents) {
+    Dims centres{};
+    std::ranges::transform(extents, centres.begin(), [](int extent) { return centreOf(extent); });
+    return centres;
   }
 
   OutputModeEnum mode;

@@ -76,7 +76,7 @@ class FixedFilterJob : public FixedJob {
 
  protected:
   using Fixpt = KarnDSPFixpt::Fixpt;
-  using Front = WindowFront<Fixpt, Fixpt>;
+  using Front = WindowFront<AnyCorrelation, Fixpt, Fixpt>;
 
   /// Arrays on their way to a front.
   struct Arrays {

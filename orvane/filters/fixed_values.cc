@@ -11,16 +11,16 @@ using KarnDSPFixpt::Fixpt;
 
 namespace {
 
-constexpr std::array<Choice<fxpModeRounding_tag>, 6> roundings{{{"ceiling", fxpRoundCeiling},
-                                                                {"convergent", fxpRoundConvergent},
-                                                                {"floor", fxpRoundFloor},
-                                                                {"nearest", fxpRoundNearest},
-                                                                {"round", fxpRoundRound},
-                                                                {"zero", fxpRoundZero}}};
-constexpr std::array<Choice<fxpModeOverflow_tag>, 4> overflows{{{"wrap", fxpOverflowWrap},
-                                                                {"saturate", fxpOverflowSaturate},
-                                                                {"symmetric", fxpOverflowSymmetric},
-                                                                {"zero", fxpOverflowZero}}};
+constexpr std::array<Named<fxpModeRounding_tag>, 6> roundings{{{"ceiling", fxpRoundCeiling},
+                                                               {"convergent", fxpRoundConvergent},
+                                                               {"floor", fxpRoundFloor},
+                                                               {"nearest", fxpRoundNearest},
+                                                               {"round", fxpRoundRound},
+                                                               {"zero", fxpRoundZero}}};
+constexpr std::array<Named<fxpModeOverflow_tag>, 4> overflows{{{"wrap", fxpOverflowWrap},
+                                                               {"saturate", fxpOverflowSaturate},
+                                                               {"symmetric", fxpOverflowSymmetric},
+                                                               {"zero", fxpOverflowZero}}};
 
 std::string describe(const FixedType& type, bool isComplex) {
   return filters::toText(type) + (isComplex ? " complex" : "");

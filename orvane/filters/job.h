@@ -4,8 +4,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "orvane/convcorr/zd_filter_loader.h"
 #include "orvane/host/reference_host.h"
+#include "orvane/vendor/zd_filter_loader.h"
 
 /// What the objects of this API share: each holds one job, made of a front of the library and what that borrows.
 namespace BP::filters::detail {

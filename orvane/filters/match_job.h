@@ -92,7 +92,7 @@ class MatchJob {
     match.found = true;
     match.location = {location[0], location[1]};
     match.window = geometry.windowAt(match.location);
-    const int middle = (blockEdge() - 1) / 2;
+    const int middle = centreOf(blockEdge());
     match.score = elements.scoreAt(block, middle + blockEdge() * middle);
     match.neighbourhoodValid = geometry.edge > 0 && blockIsValid;
   }

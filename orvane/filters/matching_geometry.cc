@@ -10,11 +10,11 @@ namespace BP::filters::detail {
 
 namespace {
 
-constexpr std::array<Choice<AlgorithmModeEnum>, 4> metrics{{{"sad", AlgorithmModeSAD},
-                                                            {"ssd", AlgorithmModeSSD},
-                                                            {"maxad", AlgorithmModeMaxAD},
-                                                            {"product", AlgorithmModeConvolution}}};
-constexpr std::array<Choice<SearchMethodEnum>, 2> searches{
+constexpr std::array<Named<AlgorithmModeEnum>, 4> metrics{{{"sad", AlgorithmModeSAD},
+                                                           {"ssd", AlgorithmModeSSD},
+                                                           {"maxad", AlgorithmModeMaxAD},
+                                                           {"product", AlgorithmModeConvolution}}};
+constexpr std::array<Named<SearchMethodEnum>, 2> searches{
     {{"exhaustive", SearchMethodExhaustive}, {"three-step", SearchMethodThreeStep}}};
 
 std::string textOf(const char* what, std::int64_t value, std::size_t dimension) {

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 
+#include "orvane/core/centre.h"
 #include "orvane/core/enums.h"
 #include "orvane/filters/checks.h"
 #include "orvane/filters/template_matcher.h"
@@ -41,7 +42,7 @@ struct MatchingGeometry {
 
  private:
   void checkNeighbourhood(std::int64_t size, std::int64_t mostElements) const;
-  std::int64_t centre(std::size_t d) const { return (patternExtents[d] - 1) / 2; }
+  std::int64_t centre(std::size_t d) const { return centreOf(patternExtents[d]); }
 };
 
 }  // namespace BP::filters::detail

@@ -2,6 +2,8 @@
 
 #include <complex>
 
+#include "orvane/core/pad_types.h"
+
 /// What there is to choose about a convolution.
 ///
 /// Words used here: the *window* is the stretch of input that lies under the filter; its *position* is where the
@@ -21,16 +23,16 @@ enum class OutputMode {
   full,   ///< u + h - 1 outputs: window and input overlap
 };
 
-/// What the input a b c yields beyond its edges.
+/// What the input a b c yields beyond its edges; the list of the rules is in pad_types.h.
 ///
-///     constant   v v v | a b c | v v v        replicate  a a a | a b c | c c c
-///     symmetric  c b a | a b c | c b a        circular   a b c | a b c | a b c
-enum class Pad {
-  constant,   ///< one value v, whatever the input
-  replicate,  ///< the element at the edge
-  symmetric,  ///< the input mirrored at its edge, which comes twice; and back again beyond that
-  circular,   ///< the input once more
-};
+///     constant   v v v | a b c | v v v        one value v, whatever the input
+///     replicate  a a a | a b c | c c c        the element at the edge
+///     symmetric  c b a | a b c | c b a        the input mirrored at its edge, which comes twice; and back again
+///     circular   a b c | a b c | a b c        the input once more
+///     mirror     d c b | a b c d | c b a      the input mirrored at its edge, which comes once; and back again
+#define ORVANE_ENUMERATE(number, enumerator, name, letters) name,
+enum class Pad { ORVANE_FOR_PAD_TYPES(ORVANE_ENUMERATE) };
+#undef ORVANE_ENUMERATE
 
 /// Whether each sum is divided.
 enum class Normalisation {

@@ -2,12 +2,13 @@
 
 #include <algorithm>
 
-#include "orvane/algorithm/element.h"
 #include "orvane/core/clever_ptr.h"
+#include "orvane/core/element.h"
 #include "orvane/core/enums.h"
 #include "orvane/input/pad_redirector.h"
 #include "orvane/plan/block.h"
 #include "orvane/plan/sector.h"
+#include "orvane/platform/export.h"
 
 /// Pads: what a coordinate beyond the input's edge reads as.
 ///
@@ -18,7 +19,7 @@ namespace BP {
 
 /// Base of the pads over elements UT.
 template <class UT, class AllocT>
-class Pad {
+class ORVANE_API Pad {
  public:
   Pad(AllocT* alloc, bool distanceBased) : allocator(alloc), isDistanceBased(distanceBased) {}
   Pad(const Pad&) = delete;
@@ -42,7 +43,7 @@ inline UT* elementOf(const TraversableDataBlock<UT, AllocT>& block, int rank, co
 
 /// One stored value beyond every edge.
 template <class UT, class YT, class AllocT>
-class ConstantPad : public Pad<UT, AllocT> {
+class ORVANE_API ConstantPad : public Pad<UT, AllocT> {
  public:
   explicit ConstantPad(AllocT* alloc) : Pad<UT, AllocT>(alloc, false) { alloc->allocateArray(padValue, 1, "input"); }
 
@@ -62,26 +63,10 @@ class ConstantPad : public Pad<UT, AllocT> {
   CleverPtr<UT> padValue;
 };
 
-/// The rule of a data-based pad type.
-template <int padType>
-struct RedirectorOf;
-template <>
-struct RedirectorOf<PadTypeReplicate> {
-  using type = ReplicatePadRedirector;
-};
-template <>
-struct RedirectorOf<PadTypeSymmetric> {
-  using type = SymmetricPadRedirector;
-};
-template <>
-struct RedirectorOf<PadTypeCircular> {
-  using type = CircularPadRedirector;
-};
-
 /// Another element of the input beyond every edge, chosen by a redirector. Reads change `index` in place, and a
 /// coordinate that the caller does not write anew enters its next read as it was left.
 template <class UT, class YT, class AllocT, int padType>
-class DataBasedPad : public Pad<UT, AllocT> {
+class ORVANE_API DataBasedPad : public Pad<UT, AllocT> {
  public:
   using Redirector = typename RedirectorOf<padType>::type;
 
@@ -95,8 +80,8 @@ class DataBasedPad : public Pad<UT, AllocT> {
 
   /// Redirects every listed coordinate without a test, and reads there.
   ///
-  /// A coordinate that was redirected before, and not written anew since, can come out beyond the array under the
-  /// symmetric and the circular rule. `index` then keeps what the formula made of it, so that later reads go on from
+  /// A coordinate that was redirected before, and not written anew since, can come out beyond the array under every
+  /// rule but replicate. `index` then keeps what the formula made of it, so that later reads go on from
   /// there, while the element returned is the nearest one of the array: memory beyond it is never touched.
   UT* readOutside(const TraversableDataBlock<UT, AllocT>& block, const OuterSector& sector, int rank, int* index) {
     redirectOutside<Redirector>(block, sector, rank, index);

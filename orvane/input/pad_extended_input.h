@@ -5,8 +5,9 @@
 
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/enums.h"
-#include "orvane/input/input.h"
 #include "orvane/input/pad.h"
+#include "orvane/plan/input.h"
+#include "orvane/platform/export.h"
 
 namespace BP {
 
@@ -30,7 +31,7 @@ class PadRecord : public DataBasedPad<UT, YT, AllocT, padType> {
 /// through the pad, and outputs whose window misses the array take the pad output (constant pad) or again go tap by
 /// tap.
 template <class UT, class YT, class AllocT, int N>
-class PadExtendedInput : public Input<UT, YT, AllocT> {
+class ORVANE_API PadExtendedInput : public Input<UT, YT, AllocT> {
  public:
   static constexpr int padType = N;
   static constexpr bool isConstant = N == PadTypeConstant;

@@ -1,13 +1,16 @@
 #pragma once
 
+#include "orvane/core/pad_types.h"
 #include "orvane/plan/block.h"
 #include "orvane/plan/sector.h"
+#include "orvane/platform/export.h"
 
 /// Redirectors: which element of the input a coordinate beyond its edge stands for, one dimension at a time.
 ///
 ///     replicate  a a a | a b c | c c c
 ///     symmetric  c b a | a b c | c b a
 ///     circular   a b c | a b c | a b c
+///     mirror     d c b | a b c d | c b a
 ///
 /// Each rule gives two formulas: for a coordinate below the first element, lo, and for one beyond the last, hi, of n
 /// elements. They hold however far the coordinate lies from the array; remainders truncate. n is at least 1: a plan has
@@ -15,7 +18,7 @@
 namespace BP {
 
 /// Base of the redirectors. `isDistanceBased` tells that a read beyond the edge yields an element of the input.
-class PadRedirector {
+class ORVANE_API PadRedirector {
  public:
   explicit PadRedirector(bool distanceBased) : isDistanceBased(distanceBased) {}
   virtual ~PadRedirector();
@@ -26,7 +29,7 @@ class PadRedirector {
 };
 
 /// The edge element, at any distance.
-class ReplicatePadRedirector : public PadRedirector {
+class ORVANE_API ReplicatePadRedirector : public PadRedirector {
  public:
   /// Its sectors in which outside and boundary mix go to the boundary loop, whose test comes first.
   ReplicatePadRedirector() : PadRedirector(true) {}
@@ -35,14 +38,14 @@ class ReplicatePadRedirector : public PadRedirector {
 };
 
 /// Base of the rules that depend on how far a coordinate lies beyond the edge.
-class DistanceBasedPadRedirector : public PadRedirector {
+class ORVANE_API DistanceBasedPadRedirector : public PadRedirector {
  public:
   DistanceBasedPadRedirector() : PadRedirector(true) {}
 };
 
 /// Reflection with the edge element repeated: the first n steps beyond an edge walk back through the array, the next n
 /// walk forth, and so on.
-class SymmetricPadRedirector : public DistanceBasedPadRedirector {
+class ORVANE_API SymmetricPadRedirector : public DistanceBasedPadRedirector {
  public:
   static int fromBelow(int i, int lo, int hi, int n) {
     const int r = (lo - i - 1) % (2 * n);
@@ -55,10 +58,46 @@ class SymmetricPadRedirector : public DistanceBasedPadRedirector {
 };
 
 /// Wrap-around.
-class CircularPadRedirector : public DistanceBasedPadRedirector {
+class ORVANE_API CircularPadRedirector : public DistanceBasedPadRedirector {
  public:
   static int fromBelow(int i, int lo, int hi, int n) { return hi - (lo - i - 1) % n; }
   static int fromAbove(int i, int lo, int hi, int n) { return lo + (i - hi - 1) % n; }
+};
+
+/// Reflection with the edge element once: the first n - 1 steps beyond an edge walk back through the array from the
+/// edge's neighbour, the next n - 1 walk forth, and so on. An array of one element gives that element.
+class ORVANE_API MirrorPadRedirector : public DistanceBasedPadRedirector {
+ public:
+  static int fromBelow(int i, int lo, int hi, int n) {
+    if (n == 1) return lo;
+    const int r = (lo - i) % (2 * (n - 1));
+    return r < n ? lo + r : hi - (r - (n - 1));
+  }
+  static int fromAbove(int i, int lo, int hi, int n) {
+    if (n == 1) return lo;
+    const int r = (i - hi) % (2 * (n - 1));
+    return r < n ? hi - r : lo + (r - (n - 1));
+  }
+};
+
+/// The rule of a pad type whose values come from the input.
+template <int padType>
+struct RedirectorOf;
+template <>
+struct RedirectorOf<PadTypeReplicate> {
+  using type = ReplicatePadRedirector;
+};
+template <>
+struct RedirectorOf<PadTypeSymmetric> {
+  using type = SymmetricPadRedirector;
+};
+template <>
+struct RedirectorOf<PadTypeCircular> {
+  using type = CircularPadRedirector;
+};
+template <>
+struct RedirectorOf<PadTypeMirror> {
+  using type = MirrorPadRedirector;
 };
 
 /// Applies `move(d, below)` to the dimensions of the sector's edge lists that are below `rank`, low edges first.
@@ -88,7 +127,7 @@ inline void redirectBoundary(const TraversableBlock& block, const OuterSector& s
 }
 
 /// Outside form: redirects every listed coordinate without a test. Applied to a coordinate that is already inside, the
-/// symmetric and the circular rule leave the array.
+/// rules but replicate leave the array.
 template <class RedirectorT>
 inline void redirectOutside(const TraversableBlock& block, const OuterSector& sector, int rank, int* index) {
   forEachEdge(sector, rank, [&](int d, bool below) { redirect<RedirectorT>(block, d, below, index); });

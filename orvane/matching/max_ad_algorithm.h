@@ -4,11 +4,11 @@
 #include <type_traits>
 
 #include "orvane/algorithm/algorithm.h"
-#include "orvane/algorithm/element.h"
+#include "orvane/algorithm/collector.h"
 #include "orvane/core/clever_ptr.h"
-#include "orvane/input/output.h"
-#include "orvane/matching/collector.h"
+#include "orvane/core/element.h"
 #include "orvane/matching/pair_walk.h"
+#include "orvane/plan/output.h"
 #include "orvane/plan/sector.h"
 
 namespace BP {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "orvane/algorithm/element.h"
+#include "orvane/core/element.h"
 
 namespace BP {
 

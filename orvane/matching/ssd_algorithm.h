@@ -3,10 +3,10 @@
 #include <type_traits>
 
 #include "orvane/algorithm/algorithm.h"
-#include "orvane/algorithm/element.h"
 #include "orvane/core/clever_ptr.h"
-#include "orvane/input/output.h"
+#include "orvane/core/element.h"
 #include "orvane/matching/pair_walk.h"
+#include "orvane/plan/output.h"
 #include "orvane/plan/sector.h"
 
 namespace BP {

@@ -2,19 +2,16 @@
 
 #include <memory>
 
-#include "orvane/algorithm/algorithm.h"
 #include "orvane/core/allocator_tolk.h"
 #include "orvane/core/any_bp.h"
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/element_pairs.h"
-#include "orvane/exec/kernel.h"
-#include "orvane/input/input.h"
-#include "orvane/input/output.h"
+#include "orvane/exec/window_processor.h"
 #include "orvane/plan/block.h"
-#include "orvane/plan/moving_roi_plan.h"
+#include "orvane/plan/input.h"
+#include "orvane/plan/output.h"
 #include "orvane/plan/region.h"
 #include "orvane/plan/scope.h"
-#include "orvane/plan/window_tables.h"
 #include "orvane/platform/export.h"
 
 namespace BP {
@@ -32,17 +29,11 @@ enum SearchMethodEnum : int {
   SearchMethodThreeStep = 1,   ///< a shrinking pattern of 3 by 3 positions
 };
 
-/// The handles between which `TemplateMatching` works; all belong to the caller, who may rebind them between runs.
-template <class HT, class UT, class YT>
+/// The handles of region of interest and results; all belong to the caller, who may rebind them between runs.
+template <class YT>
 struct MatchingHandles {
-  CleverPtr<int>& hDims;    ///< template: extents,
-  CleverPtr<int>& uDims;    ///< image: extents
-  CleverPtr<int>& hCentre;  ///< index of the template's anchor
-  CleverPtr<HT>& h;
-  CleverPtr<UT>& u;
   CleverPtr<int>& roiLoc;  ///< region of interest
   CleverPtr<int>& roiDims;
-  CleverPtr<YT>& y;          ///< map of scores, of the extents of the positions
   CleverPtr<int>& location;  ///< best position, an entry per dimension
   CleverPtr<int>& neighborhoodDims;
   CleverPtr<YT>& yNeighborhoodData;
@@ -62,11 +53,12 @@ struct MatchingHandles {
 /// position visited first stays: inside positions before those at the edges, row by row. A NaN score stays if it came
 /// first, otherwise it is ignored.
 ///
-/// The matching is two-dimensional; a rank above 2 is not supported, and nothing checks for it. HT, UT and YT are the
-/// element types of template, image and scores. Nothing is checked or reported; an algorithm mode out of range builds a
-/// processor that does nothing. One thread at a time.
+/// The matching is two-dimensional; a rank above 2 is not supported, and nothing checks for it; with a lower one
+/// nothing is scored. HT, UT and YT are the element types of template, image and scores. Geometry, set-up and run are
+/// those of `WindowProcessor`. Nothing is checked or reported; an algorithm mode out of range builds a processor that
+/// does nothing. One thread at a time.
 template <class HT, class UT, class YT, class AllocT>
-class ORVANE_API TemplateMatching : public AnyTemplateMatching {
+class ORVANE_API TemplateMatching : public WindowProcessor<AnyTemplateMatching, UT, YT, AllocT> {
  public:
   /// `isHgtU` tells that the template exceeds the image in some dimension. With `roiEnabled` the positions are those in
   /// both regions; with `roiValidEnabled` each call tells in `roiValid` whether the ROI lies wholly in the ROS.
@@ -78,68 +70,46 @@ class ORVANE_API TemplateMatching : public AnyTemplateMatching {
                    CleverPtr<bool>& neighborhoodValid, CleverPtr<bool>& roiValid);
 
   void setup(setupModeT mode) override;
-  ~TemplateMatching() override;
   void invoke() override;
-  /// Kept for the frame: no score reads the pad value.
-  void assignPadValue(const void* value, bool isComplex) override;
-  AnyPlan& getPlan() const override;
 
-  void computeROS();
-  void computeHStart();
-  void computeHEnd();
+  /// Places template, image and neighbourhood, and works the region of support out.
   void initializeParameters();
 
   /// Called by the plan: has the kernel run one sector in the way of the present pass.
-  void runSector(InsideSector& sector);
-  void runSector(BoundarySector& sector);
-  void runSector(OutsideSector& sector);
+  template <class SectorT>
+  void runSector(SectorT& sector);
 
  private:
+  using Base = WindowProcessor<AnyTemplateMatching, UT, YT, AllocT>;
   using FilterBlock = TraversableDataBlock<HT, AllocT>;
   using InputT = Input<UT, YT, AllocT>;
   using Out = Output<YT, AllocT>;
 
   bool hasNeighborhood() const { return tmMode == TMModeBestMatchNeighborhood; }
   void makeNeighborhood();
+  void placeNeighborhood();
   void build(AlgorithmModeEnum algorithmMode);
-  template <class AlgoT>
-  void buildFor();
   bool roiIsEmpty() const;
   void clearNeighborhood();
-  void runPass(Out& output, const Scope& passScope);
   void scoreNeighborhood();
 
-  AllocT* allocator;
-  OutputModeEnum outputMode;
   TMModeEnum tmMode;
   TMModeEnum passMode;
   bool roiEnabled;
   bool roiValidEnabled;
   SearchMethodEnum searchMethod;
-  std::unique_ptr<InputT> input;
-  std::unique_ptr<Algorithm<AllocT>> algorithm;
-  std::unique_ptr<Kernel<Out, AllocT>> kernel;
-  std::unique_ptr<Out> y;
-  std::unique_ptr<Out> y1;
-  std::unique_ptr<Out> yNeighborhood;
-  std::unique_ptr<RestrictedRegion> rosRegion;
+  MatchingHandles<YT> host;
   std::unique_ptr<RestrictedRegion> roiRegion;
   std::unique_ptr<UnrestrictedRegion> neighborhoodAllRegion;
-  std::unique_ptr<UnrestrictedRegion> allRegion;
   std::unique_ptr<RestrictedRegion> neighborhoodRegion;
-  std::unique_ptr<Scope> scope;
   std::unique_ptr<Scope> neighborhoodScope;
-  std::unique_ptr<MovingROIPlan<UT, YT, AllocT>> plan;
-  int nDims;
-  WindowTables tables;
-  MatchingHandles<HT, UT, YT> host;
-  CleverPtr<YT> y1Data;
+  CleverPtr<int> neighborhoodStart;
   CleverPtr<int> yNeighborhoodOrigin;
   CleverPtr<int> yNeighborhoodLoc;
   CleverPtr<int> yNeighborhoodDims;
+  std::unique_ptr<Out> yNeighborhood;
   CleverPtr<int> locationShape;
-  std::unique_ptr<FilterBlock> filter;
-  CleverPtr<int> neighborhoodStart;
+  FilterBlock* filter;
 };
 
 /// Applies a macro to the ten rows of element types: template, image, scores.

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <type_traits>
+#include <algorithm>
+#include <memory>
 
 #include "orvane/core/host_data.h"
-#include "orvane/core/host_dims.h"
 #include "orvane/matching/template_matching_tolk.h"
 
 namespace BP {
@@ -15,17 +15,19 @@ TemplateMatchingTolk<HT, UT, YT>::TemplateMatchingTolk(brekk::BrekkAdaptorTolk* 
                                                        AlgorithmModeEnum algorithm, TMModeEnum mode, bool varSize,
                                                        bool withRoi, bool withRoiValid, SearchMethodEnum search,
                                                        RegisterT&& registerTypes)
-    : BlockProcTolkCache(adaptor),
-      outputMode(outMode),
-      algorithmMode(algorithm),
-      tmMode(mode),
-      isVarSize(varSize),
-      roiEnabled(withRoi),
-      roiValidEnabled(withRoiValid),
-      searchMethod(search),
-      padType(pad) {
-  registerTypes(*allocator);
-  constructTemplateMatching(hCount, hHost, uCount, uHost);
+    : Base(adaptor, outMode, varSize, setupStart) {
+  registerTypes(*this->allocator);
+  auto& window = this->addWindow(hCount, hHost);
+  this->openTables(uCount, uHost, pad);
+  if (mode == TMModeBestMatchNeighborhood) this->allocator->allocateArray(neighborhoodDims, this->nDims, "ignore");
+  this->processor = std::make_unique<TemplateMatching<HT, UT, YT, AllocatorTolk>>(
+      this->allocator.get(), this->nDims, window.dims, this->exceedsInput(window), this->uDims, outMode, algorithm,
+      mode, withRoi, withRoiValid, search, window.centre, h, this->u, roiLoc, roiDims, this->y, location,
+      neighborhoodDims, yNeighborhoodData, neighborhoodValid, roiValid);
+  this->keepStatistics(this->u, false);
+  this->keepStatistics(h, false);
+  this->keepStatistics(this->y, true);
+  this->keepStatistics(yNeighborhoodData, true);
 }
 
 template <class HT, class UT, class YT>
@@ -56,26 +58,19 @@ TemplateMatchingTolk<HT, UT, YT>::TemplateMatchingTolk(brekk::BrekkAdaptorTolk* 
           }) {}
 
 template <class HT, class UT, class YT>
-void TemplateMatchingTolk<HT, UT, YT>::constructTemplateMatching(int hCount, int* hHost, int uCount, int* uHost) {
-  hNumDims = hCount;
-  uNumDims = uCount;
-  nDims = commonRank(hNumDims, uNumDims);
-  hostHDims.ptr = hHost;
-  hostUDims.ptr = uHost;
-  for (CleverPtr<int>* table : {&hDims, &uDims, &hCentre}) allocator->allocateArray(*table, nDims, "ignore");
-  if (tmMode == TMModeBestMatchNeighborhood) allocator->allocateArray(neighborhoodDims, nDims, "ignore");
-  const bool exceeds = isHgtU(hNumDims, uNumDims, hostHDims, hostUDims);
-  templateMatching = std::make_unique<TemplateMatching<HT, UT, YT, AllocatorTolk>>(
-      allocator.get(), nDims, hDims, exceeds, uDims, outputMode, algorithmMode, tmMode, roiEnabled, roiValidEnabled,
-      searchMethod, hCentre, h, u, roiLoc, roiDims, y, location, neighborhoodDims, yNeighborhoodData, neighborhoodValid,
-      roiValid);
+TemplateMatchingTolk<HT, UT, YT>::~TemplateMatchingTolk() {
+  this->end();
 }
 
+/// Main output, location and flags that are not given stay as they are.
 template <class HT, class UT, class YT>
-TemplateMatchingTolk<HT, UT, YT>::~TemplateMatchingTolk() {
-  forwardFinish();
-  replacePadValue<UT>(padValue, nullptr);
-  templateMatching.reset();
+void TemplateMatchingTolk<HT, UT, YT>::bindResults(YT* scores, int* position, YT* neighborhood, bool* blockValid,
+                                                   bool* regionValid) {
+  if (scores != nullptr) adoptData(this->y, scores);
+  if (position != nullptr) location.ptr = position;
+  adoptData(yNeighborhoodData, neighborhood);
+  if (blockValid != nullptr) neighborhoodValid.ptr = blockValid;
+  if (regionValid != nullptr) roiValid.ptr = regionValid;
 }
 
 template <class HT, class UT, class YT>
@@ -83,79 +78,28 @@ void TemplateMatchingTolk<HT, UT, YT>::setup(HT* pattern, UT* image, int* roi, Y
                                              YT* neighborhood, bool* blockValid, bool* regionValid,
                                              const void* newPadValue, bool isComplex) {
   adoptData(h, pattern);
-  adoptData(u, image);
   roiLoc.ptr = roi;
-  roiDims.ptr = roi == nullptr ? nullptr : roi + nDims;
-  if (scores != nullptr) adoptData(y, scores);
-  if (position != nullptr) location.ptr = position;
-  neighborhoodSize = edge;
-  adoptData(yNeighborhoodData, neighborhood);
-  if (blockValid != nullptr) neighborhoodValid.ptr = blockValid;
-  if (regionValid != nullptr) roiValid.ptr = regionValid;
-  replacePadValue<UT>(padValue, newPadValue);
-  padIsComplex = isComplex;
-  allocator->refreshWorkVectors();
-  templateMatching->setup(setupAttachWork);
-  templateMatching->setup(setupLinkTables);
-  setup(setupStart);
-}
-
-template <class HT, class UT, class YT>
-void TemplateMatchingTolk<HT, UT, YT>::setup(setupModeT mode) {
-  if (mode == setupFinish) return forwardFinish();
-  if (mode == setupResize || mode == setupStart) {
-    fillDims(hDims, nDims, hostHDims, hNumDims);
-    fillDims(uDims, nDims, hostUDims, uNumDims);
-    assignPad();
-    computeCentres(hCentre, nDims, hDims);
-    for (int d = 0; d < nDims && tmMode == TMModeBestMatchNeighborhood; ++d) {
-      neighborhoodDims.ptr[d] = neighborhoodSize;
-    }
-  }
-  templateMatching->setup(mode);
-}
-
-template <class HT, class UT, class YT>
-void TemplateMatchingTolk<HT, UT, YT>::forwardFinish() {
-  templateMatching->setup(setupFinish);
-  if constexpr (std::is_same_v<UT, KarnDSPFixpt::Fixpt>) {
-    allocator->mergeFixptLog(u.ptr, false);
-    allocator->mergeFixptLog(h.ptr, false);
-  }
-  if constexpr (std::is_same_v<YT, KarnDSPFixpt::Fixpt>) {
-    allocator->mergeFixptLog(y.ptr, true);
-    allocator->mergeFixptLog(yNeighborhoodData.ptr, true);
-  }
-  templateMatching->setup(setupFinish);
-}
-
-template <class HT, class UT, class YT>
-void TemplateMatchingTolk<HT, UT, YT>::assignPad() {
-  if (useConstantPad()) templateMatching->assignPadValue(padValue, padIsComplex);
-}
-
-template <class HT, class UT, class YT>
-void TemplateMatchingTolk<HT, UT, YT>::computeOutputs() {
-  assignPad();
-  if (isVarSize) setup(setupResize);
-  templateMatching->invoke();
+  roiDims.ptr = roi == nullptr ? nullptr : roi + this->nDims;
+  bindResults(scores, position, neighborhood, blockValid, regionValid);
+  if (neighborhoodDims.ptr != nullptr) std::fill_n(neighborhoodDims.ptr, this->nDims, edge);
+  this->start(image, newPadValue, isComplex);
 }
 
 template <class HT, class UT, class YT>
 void TemplateMatchingTolk<HT, UT, YT>::tune(void* first, void* /*second*/, void* third) {
   rebindData(h, first);
-  if (third != nullptr) replacePadValue<UT>(padValue, third);
+  this->tunePadValue(third);
 }
 
 template <class HT, class UT, class YT>
 void TemplateMatchingTolk<HT, UT, YT>::updateInputPointers(void* first, void* second) {
-  rebindData(u, first);
+  rebindData(this->u, first);
   rebindData(h, second);
 }
 
 template <class HT, class UT, class YT>
 void TemplateMatchingTolk<HT, UT, YT>::updateOutputPointers(void* a, void* b, void* c, void* d, void* e) {
-  rebindData(y, a);
+  rebindData(this->y, a);
   rebindData(location, b);
   rebindData(yNeighborhoodData, c);
   rebindData(neighborhoodValid, d);

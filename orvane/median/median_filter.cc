@@ -1,5 +1,7 @@
 #include "orvane/median/median_filter.h"
 
+#include "orvane/exec/window_processor-inl.h"
+
 #include "orvane/core/visit_enumerator.h"
 #include "orvane/input/pad_extended_input.h"
 #include "orvane/median/median_filter_algorithm.h"
@@ -12,12 +14,13 @@ MedianFilter<UT, YT, AllocT>::MedianFilter(AllocT* alloc, int rank, CleverPtr<in
                                            CleverPtr<int>& inputDims, OutputModeEnum outMode, PadTypeEnum padType,
                                            CleverPtr<int>& windowCentre, CleverPtr<UT>& u, CleverPtr<YT>& result,
                                            const Region* regionOfInterest)
-    : WindowProcessor<UT, YT, AllocT>(alloc, rank, windowDims, inputDims, outMode, windowCentre, u, result,
-                                      regionOfInterest) {
+    : WindowProcessor<AnyCorrelation, UT, YT, AllocT>(alloc, rank, windowDims, inputDims, outMode, windowCentre, u,
+                                                      result, regionOfInterest) {
   auto* const window = this->template makeWindow<TraversableBlock>();
-  visitEnumerator<PadTypeConstant, PadTypeReplicate, PadTypeSymmetric, PadTypeCircular>(padType, [&](auto pad) {
+  visitPadType(padType, [&](auto pad) {
     using InputT = PadExtendedInput<UT, YT, AllocT, pad()>;
-    this->template makeAlgorithm<MedianFilterAlgorithm<AllocT, InputT, YT, UT>>(window);
+    this->template makeAlgorithm<MedianFilterAlgorithm<AllocT, InputT, YT, UT>>(window,
+                                                                                this->template makeInput<InputT>());
   });
   this->makePlan(isHgtU);
 }

@@ -21,7 +21,7 @@ namespace BP {
 /// UT and YT are the element types of input and output: both `double`, `float`, `bool` or `Fixpt`. A pad type out of
 /// range builds a processor that does nothing.
 template <class UT, class YT, class AllocT>
-class ORVANE_API MedianFilter : public WindowProcessor<UT, YT, AllocT> {
+class ORVANE_API MedianFilter : public WindowProcessor<AnyCorrelation, UT, YT, AllocT> {
  public:
   /// `isHgtU` tells that the window exceeds the input in some dimension. `regionOfInterest`, if given, restricts the
   /// outputs to its positions; the output array then holds just these.

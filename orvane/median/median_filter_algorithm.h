@@ -7,13 +7,13 @@
 #include <type_traits>
 
 #include "orvane/algorithm/algorithm.h"
-#include "orvane/algorithm/element.h"
-#include "orvane/algorithm/tap_reader.h"
 #include "orvane/core/clever_ptr.h"
+#include "orvane/core/element.h"
 #include "orvane/core/enums.h"
-#include "orvane/input/output.h"
+#include "orvane/input/tap_reader.h"
 #include "orvane/median/selection_window.h"
 #include "orvane/plan/block.h"
+#include "orvane/plan/output.h"
 #include "orvane/plan/sector.h"
 
 namespace BP {

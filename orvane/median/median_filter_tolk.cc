@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include "orvane/core/host_data.h"
+
 namespace BP {
 
 template <class UT, class YT>
@@ -30,6 +32,8 @@ MedianFilterTolk<UT, YT>::~MedianFilterTolk() {
 template <class UT, class YT>
 void MedianFilterTolk<UT, YT>::constructMedianFilter(int hCount, int* hHost, int uCount, int* uHost, PadTypeEnum pad) {
   auto& window = this->addWindow(hCount, hHost);
+  this->keepStatistics(this->u, false);
+  this->keepStatistics(this->y, true);
   this->openTables(uCount, uHost, pad);
   this->processor = std::make_unique<MedianFilter<UT, YT, AllocatorTolk>>(
       this->allocator.get(), this->nDims, window.dims, this->exceedsInput(window), this->uDims, this->outputMode, pad,
@@ -38,7 +42,8 @@ void MedianFilterTolk<UT, YT>::constructMedianFilter(int hCount, int* hHost, int
 
 template <class UT, class YT>
 void MedianFilterTolk<UT, YT>::setup(UT* input, YT* output, const void* newPadValue, bool isComplex) {
-  this->start(input, output, newPadValue, isComplex);
+  adoptData(this->y, output);
+  this->start(input, newPadValue, isComplex);
 }
 
 template <class UT, class YT>

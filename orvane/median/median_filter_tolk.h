@@ -20,8 +20,8 @@ namespace BP {
 ///
 /// UT and YT are the element types of input and output: both `double`, `float`, `bool` or `Fixpt`.
 template <class UT, class YT>
-class ORVANE_API MedianFilterTolk : public WindowFront<UT, YT> {
-  using Base = WindowFront<UT, YT>;
+class ORVANE_API MedianFilterTolk : public WindowFront<AnyCorrelation, UT, YT> {
+  using Base = WindowFront<AnyCorrelation, UT, YT>;
 
  public:
   using Handle = KarnDSPFixpt::DSPDataAttributesHandle;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "orvane/algorithm/element.h"
 #include "orvane/core/clever_ptr.h"
+#include "orvane/core/element.h"
 
 namespace BP {
 

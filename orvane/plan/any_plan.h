@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orvane/core/enums.h"
+#include "orvane/platform/export.h"
 
 namespace BP {
 
@@ -8,7 +9,7 @@ class Block;
 class Region;
 
 /// A plan as regions see it: something whose output they fit.
-class AnyPlan {
+class ORVANE_API AnyPlan {
  public:
   AnyPlan() = default;
   AnyPlan(const AnyPlan&) = delete;

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "orvane/core/clever_ptr.h"
+#include "orvane/platform/export.h"
 
 /// Shapes and where they lie.
 ///
@@ -17,7 +18,7 @@
 namespace BP {
 
 /// The shape of something, and its place.
-class Block {
+class ORVANE_API Block {
  public:
   /// `rank` entries in each table.
   Block(int rank, CleverPtr<int>& extents, CleverPtr<int>& originTable, CleverPtr<int>& locTable)
@@ -39,7 +40,7 @@ class Block {
 };
 
 /// An index range to be walked: from `start` to `end`, both inclusive.
-class Traversable {
+class ORVANE_API Traversable {
  public:
   Traversable(CleverPtr<int>& first, CleverPtr<int>& last) : start(first), end(last) {}
   virtual ~Traversable();
@@ -53,7 +54,7 @@ class Traversable {
 };
 
 /// A shape with a range in it.
-class TraversableBlock : public Block, public Traversable {
+class ORVANE_API TraversableBlock : public Block, public Traversable {
  public:
   TraversableBlock(int rank, CleverPtr<int>& extents, CleverPtr<int>& originTable, CleverPtr<int>& locTable,
                    CleverPtr<int>& first, CleverPtr<int>& last)
@@ -65,10 +66,10 @@ class TraversableBlock : public Block, public Traversable {
 };
 
 /// strides[0] = 1, strides[d] = strides[d-1] * dims[d-1]; returns the product of all extents, 0 without dimensions.
-int computeStrides(int numDims, const int* dims, int* strides);
+ORVANE_API int computeStrides(int numDims, const int* dims, int* strides);
 
 /// Product of the extents; 0 if one is below 1 or there is none, 2^31 if it is that or more: no array has so many.
-std::int64_t elementCount(int numDims, const int* dims);
+ORVANE_API std::int64_t elementCount(int numDims, const int* dims);
 
 /// The elements of a block of type T, and the steps in memory between them.
 template <class T, class Alloc>

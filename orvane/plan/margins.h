@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orvane/core/clever_ptr.h"
+#include "orvane/platform/export.h"
 
 namespace BP {
 
@@ -47,10 +48,10 @@ struct DimensionSections {
 };
 
 /// Cuts the output of a dimension into its sections, which tile it. An output extent below 1 has five empty ones.
-DimensionSections sectionsOf(const DimensionGeometry& geometry);
+ORVANE_API DimensionSections sectionsOf(const DimensionGeometry& geometry);
 
 /// One section in every dimension, as tables of the plan's.
-class Margins {
+class ORVANE_API Margins {
  public:
   Margins(CleverPtr<int>& widthTable, CleverPtr<int>& locTable) : width(&widthTable), loc(&locTable) {}
   virtual ~Margins();

@@ -1,40 +1,18 @@
 #pragma once
 
-#include "orvane/core/clever_ptr.h"
+#include <cstddef>
+
 #include "orvane/core/enums.h"
-#include "orvane/input/input.h"
-#include "orvane/input/output.h"
 #include "orvane/plan/any_plan.h"
 #include "orvane/plan/block.h"
+#include "orvane/plan/input.h"
 #include "orvane/plan/margins.h"
+#include "orvane/plan/output.h"
+#include "orvane/plan/plan_geometry.h"
 #include "orvane/plan/scope.h"
 #include "orvane/plan/sector.h"
-#include "orvane/plan/sector_generator.h"
 
 namespace BP {
-
-/// The most sectors that an N-dimensional plan of a given kind can have.
-struct SectorCapacities {
-  int boundary;
-  int outside;
-};
-
-/// What decides how many sectors there can be.
-struct SectorKinds {
-  bool inside;
-  bool boundary;
-  bool outside;
-  bool padUsesData;  ///< reads beyond the edge yield elements of the input
-  bool all;          ///< room for every kind, whatever the others say
-};
-
-/// 3^N boundary combinations, those of them mixed with outside sections, and the rest of 5^N.
-SectorCapacities capacitiesOf(int numDims, const SectorKinds& kinds);
-
-/// The most candidates that the generators of these kinds can turn out, whether or not the filter exceeds the input:
-/// 3^N boundary combinations, 3^N outside ones, and N 2^N mixed ones with the one or the other. No plan has more
-/// sectors; it can have more of a kind than its capacity says.
-SectorCapacities candidatesOf(int numDims, const SectorKinds& kinds);
 
 /// Cuts the output of a filter into sectors and hands these out in a fixed order: inside, boundary, outside.
 ///
@@ -43,17 +21,32 @@ SectorCapacities candidatesOf(int numDims, const SectorKinds& kinds);
 /// window there still reads it, and outside sectors if the pad is one value. The plan also fits the output's extent
 /// and place to the scope's two regions. Geometry that leaves no position yields no sector; nothing is reported.
 ///
-/// U and Y are the element types of input and output, which play no part here. All arguments belong to the maker.
+/// U and Y are the element types of input and output, which the work behind, `PlanGeometry`, does not know. All
+/// arguments belong to the maker. Without an input there is no sector.
 template <class U, class Y, class Alloc>
 class Plan : public AnyPlan {
  public:
-  Plan(Alloc* allocator, int numDims, TraversableBlock* filter, bool filterExceedsInput, Input<U, Y, Alloc>* input,
-       Output<Y, Alloc>* output, const Scope* scope, bool allocateAll);
+  Plan(Alloc* alloc, int rank, TraversableBlock* filter, bool filterExceedsInput, Input<U, Y, Alloc>* in,
+       Output<Y, Alloc>* out, const Scope* firstScope, bool allocateAll)
+      : allocator(alloc),
+        input(in),
+        output(out),
+        scope(firstScope),
+        geometry(rank, filter, filterExceedsInput, in != nullptr && in->isDistanceBased(), allocateAll) {
+    allocator->registerWorkVector(geometry.widths[0], sectionCount * rank, "mWidth", "ignore", 1);
+    allocator->registerWorkVector(geometry.locs[0], sectionCount * rank, "mLoc", "ignore", 1);
+    allocator->registerWorkVector(geometry.sCnt, rank, "sCnt", "ignore", 1);
+    allocator->registerWorkVector(geometry.isHgtUpd, rank, "isHgtUpd", "ignore", 1);
+    geometry.chooseKinds(scope->getReach());
+    geometry.computeCapacities();
+  }
 
   void setup(setupModeT stage) override;
-  void restrictNone(AnyPlan& plan, const Region& second) override;
-  void restrictByBlock(const Block& block, const void* unused) override;
-  void restrictByBlocks(const Block& firstBlock, const Block& secondBlock) override;
+  void restrictNone(AnyPlan& /*plan*/, const Region& /*second*/) override {}
+  void restrictByBlock(const Block& block, const void* /*unused*/) override { fitToBlock(output->getBlock(), block); }
+  void restrictByBlocks(const Block& firstBlock, const Block& secondBlock) override {
+    fitToBlocks(output->getBlock(), firstBlock, secondBlock);
+  }
   virtual InsideSector& getInsideSector() = 0;
   virtual BoundarySector& getBoundarySector(int index) = 0;
   virtual OutsideSector& getOutsideSector(int index) = 0;
@@ -68,25 +61,25 @@ class Plan : public AnyPlan {
   void setScope(const Scope* value) { scope = value; }
   Output<Y, Alloc>& getOutput() const { return *output; }
   const Scope& getScope() const { return *scope; }
-  const Margins& getMargins(SectionCode code) const { return margins[code]; }
-  bool getIsHgtUpd(int d) const { return isHgtUpd.ptr[d]; }
-  bool getFilterExceedsInput() const { return filterExceedsInput; }
-  bool getHasInside() const { return hasInside; }
-  bool getHasBoundary() const { return hasBoundary; }
-  bool getHasOutside() const { return hasOutside; }
-  int getInsideCount() const { return insideCount; }
-  int getBoundaryCount() const { return boundaryCount; }
-  int getOutsideCount() const { return outsideCount; }
-  int getBoundaryCapacity() const { return boundaryCapacity; }
-  int getOutsideCapacity() const { return outsideCapacity; }
+  const Margins& getMargins(SectionCode code) const { return geometry.margins[code]; }
+  bool getIsHgtUpd(int d) const { return geometry.isHgtUpd.ptr[d]; }
+  bool getFilterExceedsInput() const { return geometry.filterExceedsInput; }
+  bool getHasInside() const { return geometry.hasInside; }
+  bool getHasBoundary() const { return geometry.hasBoundary; }
+  bool getHasOutside() const { return geometry.hasOutside; }
+  int getInsideCount() const { return geometry.insideCount; }
+  int getBoundaryCount() const { return geometry.boundaryCount; }
+  int getOutsideCount() const { return geometry.outsideCount; }
+  int getBoundaryCapacity() const { return geometry.boundaryCapacity; }
+  int getOutsideCapacity() const { return geometry.outsideCapacity; }
 
  protected:
-  void computeCapacities();
+  void computeCapacities() { geometry.computeCapacities(); }
 
   Alloc* getAllocator() const { return allocator; }
-  int getNumDims() const { return numDims; }
-  bool getAllocateAll() const { return allocateAll; }
-  SectorKinds getKinds() const { return {hasInside, hasBoundary, hasOutside, padUsesData, allocateAll}; }
+  int getNumDims() const { return geometry.numDims; }
+  bool getAllocateAll() const { return getKinds().all; }
+  SectorKinds getKinds() const { return geometry.getKinds(); }
 
  private:
   struct NoProcessor {
@@ -94,46 +87,74 @@ class Plan : public AnyPlan {
     void runSector(SectorT&) {}
   };
 
+  /// The plan's own sector objects, run by a processor.
+  template <class ProcessorT>
+  class ProcessorSink final : public SectorSink {
+   public:
+    ProcessorSink(Plan& owner, ProcessorT* runner) : plan(owner), processor(runner) {}
+    InsideSector& insideSector() override { return plan.getInsideSector(); }
+    BoundarySector& boundarySector(int index) override { return plan.getBoundarySector(index); }
+    OutsideSector& outsideSector(int index) override { return plan.getOutsideSector(index); }
+    void run(InsideSector& sector) override { runWith(sector); }
+    void run(BoundarySector& sector) override { runWith(sector); }
+    void run(OutsideSector& sector) override { runWith(sector); }
+
+   private:
+    template <class SectorT>
+    void runWith(SectorT& sector) {
+      if (processor != nullptr) processor->runSector(sector);
+    }
+    Plan& plan;
+    ProcessorT* processor;
+  };
+
   void replan(setupModeT stage);
-  void chooseKinds();
-  void computeMargins();
-  bool readsEmptyInput() const;
 
-  template <class ProcessorT>
-  void tryInside(const SectorGenerator& generator, ProcessorT* processor);
-  template <class ProcessorT>
-  void tryBoundary(const SectorGenerator& generator, ProcessorT* processor);
-  template <class ProcessorT>
-  void tryOutside(const SectorGenerator& generator, ProcessorT* processor);
-  template <class TryT>
-  void walk(SectorGenerator generator, TryT&& tryCandidate);
-  template <class TryT>
-  void walkMixed(TryT&& tryCandidate);
-
-  CleverPtr<int> widths[sectionCount];  // the first of each holds the storage of all
-  CleverPtr<int> locs[sectionCount];
-  Margins margins[sectionCount];
   Alloc* allocator;
-  int numDims;
-  TraversableBlock* filter;
   Input<U, Y, Alloc>* input;
   Output<Y, Alloc>* output;
   const Scope* scope;
-  CleverPtr<int> sCnt;
-  bool padUsesData;
-  CleverPtr<bool> isHgtUpd;
-  bool filterExceedsInput;
-  int insideCount = 0;
-  bool hasInside = false;
-  int boundaryCount = 0;
-  int boundaryCapacity = 0;
-  bool hasBoundary = false;
-  int outsideCount = 0;
-  int outsideCapacity = 0;
-  bool hasOutside = false;
-  bool allocateAll;
+  PlanGeometry geometry;
 };
 
-}  // namespace BP
+template <class U, class Y, class Alloc>
+void Plan<U, Y, Alloc>::setup(setupModeT stage) {
+  switch (stage) {
+    case setupAttachWork:
+      allocator->attachWorkVector(geometry.sCnt);
+      allocator->attachWorkVector(geometry.isHgtUpd);
+      output->setup(stage);
+      allocator->attachWorkVector(geometry.widths[0]);
+      allocator->attachWorkVector(geometry.locs[0]);
+      break;
+    case setupLinkTables:
+      geometry.linkTables();
+      output->setup(stage);
+      break;
+    case setupResize:
+    case setupStart:
+    case setupInvoke: replan(stage); break;
+    default: break;
+  }
+}
 
-#include "orvane/plan/plan-inl.h"
+template <class U, class Y, class Alloc>
+void Plan<U, Y, Alloc>::replan(setupModeT stage) {
+  if (input == nullptr) return;  // a processor that was made with a pad type out of range
+  geometry.compareExtents(input->getBlock());
+  scope->getFirst().restrict(*this, scope->getSecond());
+  output->setup(stage);
+  geometry.computeMargins(input->getBlock(), output->getBlock());
+  geometry.chooseKinds(scope->getReach());
+}
+
+template <class U, class Y, class Alloc>
+template <class ProcessorT>
+void Plan<U, Y, Alloc>::forEachSector(ProcessorT* processor) {
+  geometry.resetCounts();
+  if (input == nullptr) return;
+  ProcessorSink<ProcessorT> sink(*this, processor);
+  geometry.generate(sink);
+}
+
+}  // namespace BP

@@ -2,6 +2,7 @@
 
 #include "orvane/core/clever_ptr.h"
 #include "orvane/plan/block.h"
+#include "orvane/platform/export.h"
 
 /// Where outputs may be produced.
 ///
@@ -18,7 +19,7 @@ namespace BP {
 class AnyPlan;
 
 /// A set of positions.
-class Region {
+class ORVANE_API Region {
  public:
   Region() = default;
   Region(const Region&) = delete;
@@ -41,7 +42,7 @@ class Region {
 };
 
 /// One rectangle: extents `dims` at place `loc`, tables of the maker's that may be rewritten at any time.
-class RestrictedRegion : public Region {
+class ORVANE_API RestrictedRegion : public Region {
  public:
   RestrictedRegion(int numDims, CleverPtr<int>& dims, CleverPtr<int>& loc);
   ~RestrictedRegion() override;
@@ -59,7 +60,7 @@ class RestrictedRegion : public Region {
 };
 
 /// Every position.
-class UnrestrictedRegion : public Region {
+class ORVANE_API UnrestrictedRegion : public Region {
  public:
   ~UnrestrictedRegion() override;
 

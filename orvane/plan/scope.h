@@ -2,6 +2,7 @@
 
 #include "orvane/core/enums.h"
 #include "orvane/plan/region.h"
+#include "orvane/platform/export.h"
 
 namespace BP {
 
@@ -9,7 +10,7 @@ namespace BP {
 ///
 /// `reach` 0: positions whose window lies wholly in the input; 1: also those whose window crosses an edge; 2 (and any
 /// other value): also those whose window misses the input. The regions belong to the maker.
-class Scope {
+class ORVANE_API Scope {
  public:
   Scope(const Region& one, const Region& other, int reachCode) : first(&one), second(&other), reach(reachCode) {}
   virtual ~Scope();
@@ -25,6 +26,6 @@ class Scope {
 };
 
 /// The reach that an output mode needs: 0 for valid, 1 for same and full, 2 for any other value.
-int reachOf(OutputModeEnum outputMode);
+ORVANE_API int reachOf(OutputModeEnum outputMode);
 
 }  // namespace BP

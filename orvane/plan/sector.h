@@ -2,6 +2,7 @@
 
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/enums.h"
+#include "orvane/platform/export.h"
 
 /// Sectors: rectangles of output positions over which the window behaves the same way.
 ///
@@ -9,7 +10,7 @@
 namespace BP {
 
 /// A rectangle of output positions; `start` and `end` are absolute and inclusive.
-class Sector {
+class ORVANE_API Sector {
  public:
   Sector(int rank, CleverPtr<int>& first, CleverPtr<int>& last) : start(&first), end(&last), numDims(rank) {}
   Sector(const Sector&) = delete;
@@ -33,7 +34,7 @@ class Sector {
 };
 
 /// Positions whose window lies wholly in the input.
-class InsideSector : public Sector {
+class ORVANE_API InsideSector : public Sector {
  public:
   using Sector::Sector;
 };
@@ -41,7 +42,7 @@ class InsideSector : public Sector {
 /// A sector with the dimensions in which its windows leave the input: `preEdge` lists those where they can fall below
 /// the first element, `postEdge` those where they can pass the last one, both in ascending order. Where a window is
 /// wider than the input, its dimension stands in both.
-class OuterSector : public Sector {
+class ORVANE_API OuterSector : public Sector {
  public:
   OuterSector(int rank, CleverPtr<int>& first, CleverPtr<int>& last, CleverPtr<int>& preEdges,
               CleverPtr<int>& postEdges)
@@ -64,13 +65,13 @@ class OuterSector : public Sector {
 };
 
 /// Positions whose window crosses an edge of the input.
-class BoundarySector : public OuterSector {
+class ORVANE_API BoundarySector : public OuterSector {
  public:
   using OuterSector::OuterSector;
 };
 
 /// Positions whose window misses the input in some dimension.
-class OutsideSector : public OuterSector {
+class ORVANE_API OutsideSector : public OuterSector {
  public:
   using OuterSector::OuterSector;
 };

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "orvane/plan/sector.h"
+#include "orvane/platform/export.h"
 
 namespace BP {
 
@@ -18,7 +19,7 @@ class Margins;
 ///     boundary  0 1 2 3 4   all 0, the first 1 unless oversize     1     3         0
 ///     outside   0 1 3 2 4   all 0, the first 2                     2     5         0
 ///     mixed k   0 1 3 2 4   all 1, number k 2                      2     5         its start
-class SectorGenerator {
+class ORVANE_API SectorGenerator {
  public:
   static SectorGenerator inside(int numDims);
   /// `withCentre`: begin with the combination of all centres, for a filter that exceeds the input.
@@ -46,9 +47,10 @@ class SectorGenerator {
 
 /// Writes the rectangle of the generator's present combination into `sector`; false, and nothing written, if it has
 /// no position. `margins` points to the first of five, one for each section code.
-bool fillSector(Sector& sector, const SectorGenerator& generator, const Margins* margins);
+ORVANE_API bool fillSector(Sector& sector, const SectorGenerator& generator, const Margins* margins);
 
 /// The same with the edge lists; `overlaps[d]` tells where a centre section crosses both edges.
-bool fillSector(OuterSector& sector, const SectorGenerator& generator, const Margins* margins, const bool* overlaps);
+ORVANE_API bool fillSector(OuterSector& sector, const SectorGenerator& generator, const Margins* margins,
+                           const bool* overlaps);
 
 }  // namespace BP

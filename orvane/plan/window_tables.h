@@ -4,6 +4,7 @@
 
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/enums.h"
+#include "orvane/platform/export.h"
 
 namespace BP {
 
@@ -12,7 +13,7 @@ namespace BP {
 /// They say where the three lie in the frame whose zero is the input's first element (see block.h), and which
 /// positions of the window's centre have an output: the region of support, `ros`. `y1` is the scratch output of one
 /// element. Extents of window and input, and the window's centre, belong to the processor's maker.
-struct WindowTables {
+struct ORVANE_API WindowTables {
   CleverPtr<int> rosLoc, rosDims;
   CleverPtr<int> hOrigin, hLoc, hStart, hEnd;
   CleverPtr<int> uOrigin, uLoc;

@@ -55,7 +55,7 @@ class ConvCorrConformance : public testing::Test {
   void forEachCombination(P p, CheckT&& check) {
     for (const auto outputMode : {OutputModeValid, OutputModeSame, OutputModeFull}) {
       for (const auto algorithmMode : {AlgorithmModeConvolution, AlgorithmModeCorrelation}) {
-        for (const auto padType : {PadTypeConstant, PadTypeReplicate, PadTypeSymmetric, PadTypeCircular}) {
+        for (const auto padType : allPads) {
           p.outputMode = outputMode;
           p.algorithmMode = algorithmMode;
           p.padType = padType;

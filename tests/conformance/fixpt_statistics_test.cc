@@ -8,9 +8,9 @@
 #include <type_traits>
 #include <vector>
 
-#include "orvane/algorithm/element.h"
 #include "orvane/convcorr/conv_corr_separable.h"
 #include "orvane/convcorr/conv_corr_tolk.h"
+#include "orvane/core/element.h"
 #include "orvane/host/reference_host.h"
 #include "orvane/matching/template_matching_tolk.h"
 #include "orvane/median/median_filter_tolk.h"

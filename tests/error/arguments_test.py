@@ -89,7 +89,7 @@ class ArgumentsTest(RefusalCase):
             ("--kernel 1e300 --scale 1e300", "--scale 1e+300"),
             ("--kernel 1e38 --type float", "1e37"),
             ("--kernel 1 --mode big", "--mode 'big'", "valid, same, full"),
-            ("--kernel 1 --pad zero", "--pad 'zero'", "constant:V, replicate, symmetric, circular"),
+            ("--kernel 1 --pad zero", "--pad 'zero'", "constant:V, replicate, symmetric, circular, mirror"),
             ("--kernel 1 --pad constant:", "--pad 'constant:'", "finite number"),
             ("--kernel 1 --pad constant:1,2 --mode same", "--pad", "real"),
             ("--kernel 1 --pad replicate:3", "--pad 'replicate:3'", "constant:V"),

@@ -65,7 +65,7 @@ def filtered(image, kernel, operation, depth=8, scale=1.0, offset=0.0):
     return inside, int((rounded != inside).sum())
 
 
-PADS = {"replicate": "edge", "symmetric": "symmetric", "circular": "wrap"}
+PADS = {"replicate": "edge", "symmetric": "symmetric", "circular": "wrap", "mirror": "reflect"}
 
 
 def extended(image, shape, mode, pad, value=0):

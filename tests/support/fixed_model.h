@@ -8,7 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "orvane/filters/fixed_values.h"
+#include "orvane/filters/fixed_array.h"
+#include "orvane/platform/karn_fixpt_3_make.h"
 #include "tests/support/fixpt_model.h"
 #include "tests/support/random_values.h"
 
@@ -24,9 +25,9 @@ struct ExactCast {
   filters::FixedStatistics counts = {};
 
   mpq_class operator()(const mpq_class& exact) {
-    const filters::detail::CoreModes core(modes);
-    const model::Outcome outcome = model::cast(exact, {static_cast<unsigned>(type.word), type.fraction, type.isSigned},
-                                               core.overflow, core.rounding);
+    const model::Outcome outcome =
+        model::cast(exact, {static_cast<unsigned>(type.word), type.fraction, type.isSigned},
+                    static_cast<fxpModeOverflow_tag>(modes.overflow), static_cast<fxpModeRounding_tag>(modes.rounding));
     const mpq_class value = model::scale(outcome.stored, -long{type.fraction});
     ++counts.casts;
     counts.overflows += outcome.overflow;
@@ -54,9 +55,11 @@ inline void expectCounts(const filters::FixedStatistics& actual, const filters::
 
 /// The components of an array.
 inline std::vector<mpq_class> exactValues(const filters::FixedView& view) {
-  const filters::detail::RoleDescription role{"", view.type(), view.type(), view.type(), false};
-  const auto values = filters::detail::makeAlias(
-      filters::detail::makeHandle(role, filters::detail::CoreModes({}), nullptr), view.data());
+  const KarnDSPFixpt::FixptType type{static_cast<unsigned>(view.type().word), view.type().fraction,
+                                     view.type().isSigned};
+  const auto values =
+      KarnDSPFixpt::makeFixpt(KarnDSPFixpt::makeAttributes({.value = type, .product = type, .accumulator = type}), 0);
+  values->setValPtr(const_cast<void*>(view.data()));
   std::vector<mpq_class> exact;
   const auto count = static_cast<int>(filters::elementCount(view.extents())) << (view.isComplex() ? 1 : 0);
   for (int i = 0; i < count; ++i) exact.push_back(model::value((*values)[i]));
@@ -68,7 +71,7 @@ inline filters::FixedArray randomFixed(std::mt19937& random, const filters::Exte
                                        bool isComplex = false) {
   filters::FixedArray array(extents, type, isComplex);
   auto* bytes = static_cast<std::uint8_t*>(array.data());
-  const std::size_t count = filters::detail::bytesOf(array);
+  const std::size_t count = filters::detail::bytesOf(extents, type, isComplex);
   for (std::size_t i = 0; i < count; ++i) bytes[i] = static_cast<std::uint8_t>(pick(random, 0, 255));
   return array;
 }

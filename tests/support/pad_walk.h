@@ -6,7 +6,7 @@
 
 namespace BP::test {
 
-constexpr PadTypeEnum allPads[] = {PadTypeConstant, PadTypeReplicate, PadTypeSymmetric, PadTypeCircular};
+constexpr PadTypeEnum allPads[] = {PadTypeConstant, PadTypeReplicate, PadTypeSymmetric, PadTypeCircular, PadTypeMirror};
 constexpr OutputModeEnum allModes[] = {OutputModeValid, OutputModeSame, OutputModeFull};
 
 /// Walks from coordinate 0 to coordinate `i` element by element: what the rules say, with no formula.
@@ -21,6 +21,9 @@ inline int walkTo(PadTypeEnum padType, int i, int n) {
       direction = -direction;  // the edge element stands twice
     } else if (padType == PadTypeCircular) {
       at = next < 0 ? n - 1 : 0;
+    } else if (padType == PadTypeMirror && n > 1) {
+      direction = -direction;  // the edge element stands once
+      at += sign * direction;
     }
   }
   return at;

@@ -11,7 +11,8 @@ try:
 except ImportError:
     scipy = None
 
-RULES = {"constant:3": ("constant", 3), "replicate": ("nearest", 0), "symmetric": ("reflect", 0), "circular": ("wrap", 0)}
+RULES = {"constant:3": ("constant", 3), "replicate": ("nearest", 0), "symmetric": ("reflect", 0), "circular": ("wrap", 0),
+         "mirror": ("mirror", 0)}
 
 
 @unittest.skipUnless(scipy, "scipy is not installed")

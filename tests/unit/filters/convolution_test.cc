@@ -20,7 +20,8 @@ constexpr std::pair<OutputMode, OutputModeEnum> modes[] = {
 constexpr std::pair<Pad, PadTypeEnum> pads[] = {{Pad::constant, PadTypeConstant},
                                                 {Pad::replicate, PadTypeReplicate},
                                                 {Pad::symmetric, PadTypeSymmetric},
-                                                {Pad::circular, PadTypeCircular}};
+                                                {Pad::circular, PadTypeCircular},
+                                                {Pad::mirror, PadTypeMirror}};
 constexpr std::pair<Direction, AlgorithmModeEnum> directions[] = {{Direction::convolution, AlgorithmModeConvolution},
                                                                   {Direction::correlation, AlgorithmModeCorrelation}};
 constexpr std::pair<Normalisation, NormEnum> norms[] = {{Normalisation::none, NormNone},

@@ -94,9 +94,9 @@ TEST(CorrelationNDRefusalTest, NamesWhatDoesNotFit) {
             }),
             "input: 2000 x 2000 x 2000 are 8000000000 elements; at most 2147483647 are allowed");
   EXPECT_EQ(refusal([&] {
-              Job(filter, {5, 5, 5}, {OutputMode::same, static_cast<Pad>(4)});
+              Job(filter, {5, 5, 5}, {OutputMode::same, static_cast<Pad>(5)});
             }),
-            "pad: 4; allowed are 0 (constant), 1 (replicate), 2 (symmetric), 3 (circular)");
+            "pad: 5; allowed are 0 (constant), 1 (replicate), 2 (symmetric), 3 (circular), 4 (mirror)");
   EXPECT_EQ(refusal([&] {
               Job(filter, {5, 5, 5}, {OutputMode::same, Pad::constant, 1e40});
             }),

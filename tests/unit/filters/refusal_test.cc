@@ -96,13 +96,13 @@ const Refusal plainRefusals[] = {
      [] {
        makeHuge({30001, 30001}, {30000, 30000}, full);
      }},
-    {"input: extent 1073741824 in dimension 0; with a symmetric pad at most 1073741823 is allowed",
+    {"input: extent 1073741824 in dimension 0; with a symmetric or a mirror pad at most 1073741823 is allowed",
      [] { makeHuge({greatest / 2 + 1}, {3}, mirrored); }},
     {"mode: 3; allowed are 0 (valid), 1 (same), 2 (full)",
      [] {
        make({4, 3}, {.mode = OutputMode{3}});
      }},
-    {"pad: -1; allowed are 0 (constant), 1 (replicate), 2 (symmetric), 3 (circular)",
+    {"pad: -1; allowed are 0 (constant), 1 (replicate), 2 (symmetric), 3 (circular), 4 (mirror)",
      [] {
        make({4, 3}, {.pad = Pad{-1}});
      }},

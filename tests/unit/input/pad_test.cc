@@ -46,7 +46,8 @@ template <class T>
 class RedirectionTest : public testing::Test {};
 template <int N>
 using Type = std::integral_constant<int, N>;
-using DataBasedTypes = testing::Types<Type<PadTypeReplicate>, Type<PadTypeSymmetric>, Type<PadTypeCircular>>;
+using DataBasedTypes =
+    testing::Types<Type<PadTypeReplicate>, Type<PadTypeSymmetric>, Type<PadTypeCircular>, Type<PadTypeMirror>>;
 TYPED_TEST_SUITE(RedirectionTest, DataBasedTypes);
 
 TYPED_TEST(RedirectionTest, EveryCoordinateOfManyPeriodsReadsWhatAWalkFinds) {
@@ -84,6 +85,7 @@ TYPED_TEST(RedirectionTest, RepeatedOutsideReadsStayInTheArrayAndFollowTheFormul
   }
   const std::vector<int> expected = padType == PadTypeReplicate   ? std::vector<int>{0, 0, 0, 0}
                                     : padType == PadTypeSymmetric ? std::vector<int>{3, -4, 3, -4}
+                                    : padType == PadTypeMirror    ? std::vector<int>{1, -1, 1, -1}
                                                                   : std::vector<int>{3, 3, 3, 3};
   EXPECT_EQ(rows, expected);
 }

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "orvane/core/clever_ptr.h"
+#include "orvane/core/element.h"
+
+/// Collectors remember the extreme of a stream of values. Emptying one is writing `hasValue` := false, which leaves
+/// value and index in place.
+namespace BP {
+
+/// The kept value, and whether one has arrived.
+template <class AllocT, class T>
+class StatisticsCollector {
+ public:
+  explicit StatisticsCollector(AllocT* alloc) : allocator(alloc) { allocator->allocateArray(value, 1, "accumulator"); }
+  StatisticsCollector(const StatisticsCollector&) = delete;
+  StatisticsCollector& operator=(const StatisticsCollector&) = delete;
+  virtual ~StatisticsCollector() = default;
+
+  bool getHasValue() const { return hasValue; }
+  void setHasValue(bool has) { hasValue = has; }
+  CleverPtr<T>& getValue() { return value; }
+
+ protected:
+  AllocT* allocator;
+
+ private:
+  bool hasValue = false;
+  CleverPtr<T> value;
+};
+
+/// Keeps the least value.
+template <class AllocT, class T>
+class MinCollector : public StatisticsCollector<AllocT, T> {
+ public:
+  using StatisticsCollector<AllocT, T>::StatisticsCollector;
+};
+
+/// Keeps the least value and where it occurred, as (dimension 0, dimension 1).
+template <class AllocT, class T>
+class MinIdxCollector : public MinCollector<AllocT, T> {
+ public:
+  explicit MinIdxCollector(AllocT* alloc) : MinCollector<AllocT, T>(alloc) { alloc->allocateArray(index, 2, "int32"); }
+
+  CleverPtr<int>& getIndex() { return index; }
+
+ private:
+  CleverPtr<int> index;
+};
+
+/// Keeps the greatest value.
+template <class AllocT, class T>
+class MaxCollector : public StatisticsCollector<AllocT, T> {
+ public:
+  using StatisticsCollector<AllocT, T>::StatisticsCollector;
+};
+
+/// Feeds `collector` the value `v` found at (x, y). A kept value gives way to a strictly lesser one, so the first of
+/// equals stays, and a NaN that came first stays for good. Complex values compare by squared magnitude.
+template <class AllocT, class T>
+inline void feed(MinIdxCollector<AllocT, T>& collector, T& v, int x, int y) {
+  T& kept = elementAt(collector.getValue().ptr, 0);
+  if (collector.getHasValue() && !isGreater(kept, v)) return;
+  assign(kept, v);
+  collector.getIndex().ptr[0] = x;
+  collector.getIndex().ptr[1] = y;
+  collector.setHasValue(true);
+}
+
+/// Feeds `collector` the value `v`; a strictly greater one replaces what was kept.
+template <class AllocT, class T>
+inline void feed(MaxCollector<AllocT, T>& collector, T& v) {
+  T& kept = elementAt(collector.getValue().ptr, 0);
+  if (collector.getHasValue() && !isGreater(v, kept)) return;
+  assign(kept, v);
+  collector.setHasValue(true);
+}
+
+}  // namespace BP

@@ -1,0 +1,7 @@
+#include "orvane/input/pad_redirector.h"
+
+namespace BP {
+
+PadRedirector::~PadRedirector() = default;
+
+}  // namespace BP

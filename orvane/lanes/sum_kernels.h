@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+
+// What the sources of sums and the kernels of each target share.
+
+namespace BP::lanes {
+
+/// Greatest number of output rows whose taps are packed side by side; kernels take so many rows at once, or fewer.
+constexpr int mostPackedRows = 8;
+
+/// One run as kernels see it. Extents count input values of type `T`, whatever they mean: a complex element is two.
+template <class T>
+struct SumTask {
+  const T* taps = nullptr;  ///< for each plane, input line and column: those of `packedRows` output rows
+  int packedRows = 1;
+  int planes = 1;
+  int filterRows = 1;
+  int columns = 1;
+  std::ptrdiff_t step = 1;  ///< from one column to the next
+  const T* const* lines = nullptr;
+  std::ptrdiff_t planeStride = 0;
+  int rows = 1;
+  std::ptrdiff_t width = 1;
+  T* const* out = nullptr;
+  T* const* energies = nullptr;
+  T filterNorm = 0;
+};
+
+/// The kernels of one target.
+template <class T>
+struct SumKernels {
+  using Kernel = void(const SumTask<T>&);
+  Kernel* realReal;  ///< also complexReal, whose parts are summed alike
+  Kernel* realComplex;
+  Kernel* complexComplex;
+  Kernel* normalised;         ///< realReal divided by norms
+  Kernel* complexRealEnergy;  ///< these three store the energies as well
+  Kernel* realComplexEnergy;
+  Kernel* complexComplexEnergy;
+};
+
+/// The kernels of the target in use.
+template <class T>
+const SumKernels<T>& sumKernels();
+
+}  // namespace BP::lanes

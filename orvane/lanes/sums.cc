@@ -1,0 +1,128 @@
+#include "orvane/lanes/sums.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "orvane/lanes/sum_kernels.h"
+
+namespace BP::lanes {
+namespace {
+
+int packedRowsFor(FilterExtents extents) { return std::min(extents.rows, mostPackedRows); }
+
+bool isComplexInput(Elements elements) {
+  return elements == Elements::complexReal || elements == Elements::complexComplex;
+}
+bool isComplexFilter(Elements elements) {
+  return elements == Elements::realComplex || elements == Elements::complexComplex;
+}
+
+/// Values of one packed tap: for complex input and filter re, -im, im.
+std::ptrdiff_t packedTapSize(Elements elements) {
+  return elements == Elements::complexComplex ? 3 : elements == Elements::realComplex ? 2 : 1;
+}
+
+template <class T>
+void packTap(Elements elements, const T* tap, T* to) {
+  const T notNumber = std::numeric_limits<T>::quiet_NaN();
+  switch (elements) {
+    case Elements::realReal:
+    case Elements::complexReal: to[0] = tap[0]; break;
+    case Elements::realComplex:  // the imaginary part 0 of the input times a part that is not finite is NaN
+      to[0] = std::isfinite(tap[1]) ? tap[0] : notNumber;
+      to[1] = std::isfinite(tap[0]) ? tap[1] : notNumber;
+      break;
+    case Elements::complexComplex: to[0] = tap[0], to[1] = -tap[1], to[2] = tap[1]; break;
+  }
+}
+
+/// What every kernel needs to know; complex input counts as twice as many values, two apart.
+template <class T>
+SumTask<T> makeTask(bool complexInput, FilterExtents extents, const Run<T>& run) {
+  const int partsPerInput = complexInput ? 2 : 1;
+  SumTask<T> task;
+  task.packedRows = packedRowsFor(extents);
+  task.planes = extents.planes;
+  task.filterRows = extents.rows;
+  task.columns = extents.columns;
+  task.step = partsPerInput;
+  task.lines = run.lines;
+  task.planeStride = run.planeStride;
+  task.rows = run.rows;
+  task.width = run.width * partsPerInput;
+  task.out = run.out;
+  return task;
+}
+
+}  // namespace
+
+template <class T>
+std::size_t PackedFilter<T>::sizeFor(Elements elements, FilterExtents extents) {
+  const int packedRows = packedRowsFor(extents);
+  return std::size_t(extents.planes) * std::size_t(extents.rows + packedRows - 1) * std::size_t(extents.columns) *
+         std::size_t(packedRows) * std::size_t(packedTapSize(elements));
+}
+
+template <class T>
+PackedFilter<T>::PackedFilter(Elements kind, FilterExtents size, T* store)
+    : elements(kind), extents(size), storage(store) {}
+
+template <class T>
+void PackedFilter<T>::pack(const T* taps, bool reversed) {
+  const int packedRows = packedRowsFor(extents);
+  const std::ptrdiff_t last = std::ptrdiff_t(extents.planes) * extents.rows * extents.columns - 1;
+  T* to = storage;
+  for (int p = 0; p < extents.planes; ++p) {
+    for (int line = 0; line < extents.rows + packedRows - 1; ++line) {
+      for (int c = 0; c < extents.columns; ++c) {
+        for (int r = 0; r < packedRows; ++r, to += packedTapSize(elements)) {
+          const int j = line - r;
+          if (j < 0 || j >= extents.rows) continue;  // output row r does not use this line
+          const std::ptrdiff_t n = (std::ptrdiff_t(p) * extents.rows + j) * extents.columns + c;
+          packTap(elements, taps + (reversed ? last - n : n) * (isComplexFilter(elements) ? 2 : 1), to);
+        }
+      }
+    }
+  }
+}
+
+template <class T>
+void PackedFilter<T>::sumProducts(const Run<T>& run) const {
+  SumTask<T> task = makeTask(isComplexInput(elements), extents, run);
+  task.taps = storage;
+  const SumKernels<T>& kernels = sumKernels<T>();
+  switch (elements) {
+    case Elements::realReal:
+    case Elements::complexReal: return kernels.realReal(task);
+    case Elements::realComplex: return kernels.realComplex(task);
+    case Elements::complexComplex: return kernels.complexComplex(task);
+  }
+}
+
+template <class T>
+void PackedFilter<T>::sumNormalised(const Run<T>& run, T filterNorm) const {
+  SumTask<T> task = makeTask(false, extents, run);
+  task.taps = storage;
+  task.filterNorm = filterNorm;
+  sumKernels<T>().normalised(task);
+}
+
+template <class T>
+void PackedFilter<T>::sumWithEnergies(const Run<T>& run, T* const* energies) const {
+  SumTask<T> task = makeTask(isComplexInput(elements), extents, run);
+  task.taps = storage;
+  task.energies = energies;
+  const SumKernels<T>& kernels = sumKernels<T>();
+  switch (elements) {
+    case Elements::realReal: return;
+    case Elements::complexReal: return kernels.complexRealEnergy(task);
+    case Elements::realComplex: return kernels.realComplexEnergy(task);
+    case Elements::complexComplex: return kernels.complexComplexEnergy(task);
+  }
+}
+
+template class PackedFilter<float>;
+template class PackedFilter<double>;
+
+}  // namespace BP::lanes

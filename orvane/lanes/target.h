@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include "orvane/platform/export.h"
+
+/// Vector kernels over plain pointers. A *target* is an instruction set that they are compiled for; the results are the
+/// same bits on each, only the time differs.
+namespace BP::lanes {
+
+/// Names of the targets that were compiled in and that this machine can run, the fastest first. "scalar" is always the
+/// last; the others are "avx512", "avx2", "sse4" and "neon".
+ORVANE_API std::vector<std::string_view> getTargets();
+
+/// Name of the target in use: the fastest one, unless another was forced.
+ORVANE_API std::string_view getTarget();
+
+/// Makes the named target the one in use, for the whole process; an empty name returns to the fastest. False, and
+/// nothing changes, if `getTargets` has no such name. Any thread may call it: a run that has begun ends as it began.
+ORVANE_API bool forceTarget(std::string_view name);
+
+}  // namespace BP::lanes

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "orvane/core/clever_ptr.h"
+#include "orvane/core/enums.h"
+#include "orvane/plan/block.h"
+#include "orvane/platform/export.h"
+
+namespace BP {
+
+/// Abstract base of the outputs.
+class ORVANE_API AnyOutput {
+ public:
+  AnyOutput() = default;
+  AnyOutput(const AnyOutput&) = delete;
+  AnyOutput& operator=(const AnyOutput&) = delete;
+  virtual ~AnyOutput() = default;
+};
+
+/// View of the array that is written; elements YT.
+///
+/// Its range of indices is set anew on every run, since the plan may move the output; its strides at `setupResize` and
+/// `setupStart`. Data and tables belong to the maker.
+template <class YT, class AllocT>
+class ORVANE_API Output final : public AnyOutput {
+ public:
+  Output(AllocT* alloc, int numDims, CleverPtr<int>& dims, CleverPtr<int>& origin, CleverPtr<int>& loc,
+         CleverPtr<YT>& data)
+      : allocator(alloc),
+        block((allocator->allocateArray(end, numDims, "ignore"), allocator->allocateArray(start, numDims, "ignore"),
+               allocator),
+              numDims, dims, origin, loc, start, end, data) {}
+
+  void setup(setupModeT mode) {
+    if (mode == setupResize || mode == setupStart || mode == setupInvoke) block.traverseWhole();
+    if (mode == setupResize || mode == setupStart) block.computeStrides();
+  }
+
+  TraversableDataBlock<YT, AllocT>& getBlock() { return block; }
+  const TraversableDataBlock<YT, AllocT>& getBlock() const { return block; }
+
+ private:
+  AllocT* allocator;
+  CleverPtr<int> start;
+  CleverPtr<int> end;
+  TraversableDataBlock<YT, AllocT> block;
+};
+
+}  // namespace BP

@@ -1,0 +1,176 @@
+#include "orvane/lanes/sums.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <complex>
+#include <string>
+
+#include "orvane/algorithm/element.h"
+#include "orvane/lanes/target.h"
+#include "tests/support/guarded_lines.h"
+#include "tests/support/random_values.h"
+
+namespace BP::lanes {
+namespace {
+
+using test::pick, test::randomValues, test::sameBits;
+
+template <class T>
+constexpr bool isComplex = false;
+template <class T>
+constexpr bool isComplex<std::complex<T>> = true;
+
+constexpr int mostLines = 3 * 32, mostRows = 20;
+
+/// Runs random sums of input U and filter H on the target in use, with each line and output row in guarded memory.
+template <class T, class U, class H>
+class Case {
+ public:
+  using Y = decltype(U() * H());
+  static constexpr Elements elements = isComplex<U> ? (isComplex<H> ? Elements::complexComplex : Elements::complexReal)
+                                                    : (isComplex<H> ? Elements::realComplex : Elements::realReal);
+
+  explicit Case(std::mt19937& engine) : random(engine), memory(mostLines + 2 * mostRows) {}
+
+  void run() {
+    window = {pick(random, 1, 3), pick(random, 1, pick(random, 0, 2) ? 4 : 12),
+              pick(random, 1, pick(random, 0, 3) ? 4 : 20)};
+    rows = pick(random, 1, mostRows);
+    width = pick(random, 1, pick(random, 0, 1) ? 140 : 12);
+    const bool special = pick(random, 0, 2) == 0;
+    layOut(special);
+    const auto taps = randomValues<H>(random, window.planes * window.rows * window.columns, special);
+    const bool reversed = pick(random, 0, 1) != 0;
+    std::vector<T> storage(PackedFilter<T>::sizeFor(elements, window));
+    PackedFilter<T> filter(elements, window, storage.data());
+    filter.pack(reinterpret_cast<const T*>(taps.data()), reversed);
+
+    const Run<T> where{lines.data(), window.rows + rows - 1, rows, width, asParts(out).data()};
+    filter.sumProducts(where);
+    compare(taps, reversed, [](Y sum, const Y& /*energy*/) { return sum; });
+    if constexpr (elements == Elements::realReal) {
+      const T filterNorm = special ? T(0) : T(1.7);
+      filter.sumNormalised(where, filterNorm);
+      compare(taps, reversed, [&](T sum, T energy) {
+        const T divisor = std::sqrt(energy) * filterNorm;
+        return divisor == 0 ? 0 : sum / divisor;
+      });
+    } else {
+      filter.sumWithEnergies(where, asParts(energies).data());
+      hasEnergies = true;
+      compare(taps, reversed, [](Y sum, const Y& /*energy*/) { return sum; });
+      hasEnergies = false;
+    }
+  }
+
+ private:
+  void layOut(bool special) {
+    lines.clear(), out.clear(), energies.clear();
+    const bool atEnd = pick(random, 0, 1) != 0;
+    std::size_t stretch = 0;
+    for (int k = 0; k < window.planes * (window.rows + rows - 1); ++k) {
+      const auto values = randomValues<U>(random, width + window.columns - 1, special && pick(random, 0, 3) == 0);
+      U* const line = memory.template get<U>(stretch++, values.size(), atEnd);
+      std::copy(values.begin(), values.end(), line);
+      lines.push_back(reinterpret_cast<const T*>(line));
+    }
+    for (int r = 0; r < rows; ++r) {
+      out.push_back(memory.template get<Y>(stretch++, std::size_t(width), atEnd));
+      energies.push_back(memory.template get<U>(stretch++, std::size_t(width), atEnd));
+    }
+  }
+
+  /// Compares with the plain loop; `finish` makes the result from sum and energy.
+  template <class FinishT>
+  void compare(const std::vector<H>& taps, bool reversed, FinishT&& finish) {
+    for (int r = 0; r < rows; ++r) {
+      for (int i = 0; i < width; ++i) {
+        Y sum(0), energy(0);
+        std::size_t n = 0;
+        for (int p = 0; p < window.planes; ++p) {
+          for (int j = 0; j < window.rows; ++j) {
+            const auto line = std::size_t(p * (window.rows + rows - 1) + r + j);
+            for (int c = 0; c < window.columns; ++c, ++n) {
+              const U x = reinterpret_cast<const U*>(lines[line])[i + c];
+              multiplyAdd(sum, x, taps[reversed ? taps.size() - 1 - n : n]);
+              addEnergy(energy, x);
+            }
+          }
+        }
+        Y& found = out[std::size_t(r)][i];
+        const Y wanted = finish(sum, energy);
+        ASSERT_TRUE(sameBits(found, wanted)) << describe(r, i) << found << " for " << wanted;
+        found = Y(-1);  // so that the next call has to write it
+        if (hasEnergies) {
+          const auto squares = std::real(energies[std::size_t(r)][i]);
+          ASSERT_TRUE(sameBits(squares, std::real(energy))) << describe(r, i) << "energy " << squares;
+        }
+      }
+    }
+  }
+
+  template <class Element>
+  static std::vector<T*> asParts(const std::vector<Element*>& pointers) {
+    std::vector<T*> parts;
+    for (Element* pointer : pointers) parts.push_back(reinterpret_cast<T*>(pointer));
+    return parts;
+  }
+
+  std::string describe(int r, int i) const {
+    std::ostringstream text;
+    text << getTarget() << ", elements " << int(elements) << " of " << sizeof(T) << " bytes, window " << window.planes
+         << 'x' << window.rows << 'x' << window.columns << ", " << rows << " rows of " << width << ", at " << r << ", "
+         << i << ": ";
+    return text.str();
+  }
+
+  std::mt19937& random;
+  test::GuardedLines memory;
+  FilterExtents window;
+  int rows = 0, width = 0;
+  bool hasEnergies = false;
+  std::vector<const T*> lines;
+  std::vector<Y*> out;
+  std::vector<U*> energies;
+};
+
+class SumsTest : public testing::TestWithParam<std::string_view> {
+ protected:
+  SumsTest() { EXPECT_TRUE(forceTarget(GetParam())); }
+  ~SumsTest() override { forceTarget(""); }
+
+  template <class T, class U, class H>
+  void check() {
+    Case<T, U, H> sums(random);
+    for (int i = 0; i < 150 && !HasFatalFailure(); ++i) sums.run();
+  }
+
+  std::mt19937 random{2024};
+};
+
+TEST_P(SumsTest, BitsOfThePlainLoop) {
+  ASSERT_EQ(getTarget(), GetParam());
+  check<float, float, float>(), check<double, double, double>();
+  check<float, std::complex<float>, float>(), check<double, std::complex<double>, double>();
+  check<float, float, std::complex<float>>(), check<double, double, std::complex<double>>();
+  check<float, std::complex<float>, std::complex<float>>(), check<double, std::complex<double>, std::complex<double>>();
+}
+INSTANTIATE_TEST_SUITE_P(Target, SumsTest, testing::ValuesIn(getTargets()),
+                         [](const auto& target) { return std::string(target.param); });
+
+TEST(TargetTest, NamesWhatTheMachineHas) {
+  const auto targets = getTargets();
+  EXPECT_EQ(targets.back(), "scalar");
+  EXPECT_EQ(getTarget(), targets.front());
+  EXPECT_FALSE(forceTarget("none"));
+  EXPECT_EQ(getTarget(), targets.front());
+#ifdef __x86_64__
+  const auto has = [&](const char* name) { return std::find(targets.begin(), targets.end(), name) != targets.end(); };
+  EXPECT_EQ(has("avx2"), __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"));
+  EXPECT_EQ(has("avx512"), __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq"));
+#endif
+}
+
+}  // namespace
+}  // namespace BP::lanes
