@@ -116,6 +116,7 @@ class OutputFiles::Entry {
     if (isExchanged) {
       exchange();
     } else if (hasBackup) {
+      hasBackup = false;
       ::rename(backup().c_str(), target.c_str());
     } else if (isNamed) {
       ::unlink(target.c_str());

@@ -151,9 +151,10 @@ int bitsOf(const Image& image) { return image.isBilevel && image.channels == 1 ?
 /// Appends one row to the samples, from bytes as PNG stores them, high byte first.
 void appendRow(Image& image, const png_byte* bytes) {
   const std::size_t count = image.rowSamples();
+  image.samples.resize(image.samples.size() + count);
+  std::uint16_t* sample = image.samples.data() + image.samples.size() - count;
   for (std::size_t i = 0; i < count; ++i) {
-    image.samples.push_back(image.bitDepth == 8 ? bytes[i]
-                                                : static_cast<std::uint16_t>(bytes[2 * i] << 8 | bytes[2 * i + 1]));
+    sample[i] = image.bitDepth == 8 ? bytes[i] : static_cast<std::uint16_t>(bytes[2 * i] << 8 | bytes[2 * i + 1]);
   }
 }
 
@@ -232,8 +233,10 @@ Image readPng(const std::string& path) {
               png_get_bit_depth(reader.png, reader.info),
               {},
               isBilevel};
-  constexpr std::size_t maxReserve = std::size_t{1} << 24;
-  image.samples.reserve(std::min(maxReserve, image.rowSamples() * static_cast<std::size_t>(image.height)));
+  // The header of a file agrees with the file's size. That of a pipe may promise anything.
+  constexpr std::size_t maxUnchecked = std::size_t{1} << 24;
+  const std::size_t promised = image.rowSamples() * static_cast<std::size_t>(image.height);
+  image.samples.reserve(sizeOf(file) >= 0 ? promised : std::min(promised, maxUnchecked));
   std::vector<std::vector<png_byte>> rows(1, std::vector<png_byte>(rowBytes(image)));
   const bool finished = succeeds(reader.png, [&] {
     if (passes == 1) {
