@@ -11,7 +11,7 @@
 
 namespace BP::filters {
 
-/// One correlation with all that its front borrows.
+/// One correlation with the memory that its front uses.
 template <class T>
 class CorrelationND<T>::Job {
  public:
@@ -58,7 +58,7 @@ class CorrelationND<T>::Job {
     std::ranges::transform(extents, dims.begin(), [](std::int64_t extent) { return static_cast<int>(extent); });
     return dims;
   }
-  /// The middle element, the lower one of the two of an even extent.
+  /// The middle element. An even extent has two of them, and this is the lower one.
   static Dims centreOf(const Dims& extents) {
     Dims centre{};
     std::ranges::transform(extents, centre.begin(), [](int extent) { return (extent - 1) / 2; });
