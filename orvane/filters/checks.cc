@@ -38,7 +38,7 @@ void checkArray(std::string_view argument, const void* data, const Extents& exte
 void checkDisjoint(const void* input, std::size_t inputBytes, const void* output, std::size_t outputBytes) {
   const auto inputStart = reinterpret_cast<std::uintptr_t>(input);
   const auto outputStart = reinterpret_cast<std::uintptr_t>(output);
-  // The distance of the starts cannot overflow, an end could.
+  // The distance of the starts cannot overflow, but an end could.
   const bool overlaps =
       inputStart <= outputStart ? outputStart - inputStart < inputBytes : inputStart - outputStart < outputBytes;
   if (overlaps) refuse("output", "overlaps the input", "the two must not share memory");

@@ -26,7 +26,7 @@ UT padElement(std::complex<double> value) {
 
 }  // namespace
 
-/// One convolution with all that its front borrows: extents, filters, pad value, work vectors.
+/// One convolution with the memory that its front uses: extents, filters, pad value, work vectors.
 template <class UT, class HT>
 class ConvolutionJob {
  public:
@@ -71,11 +71,11 @@ class ConvolutionJob {
   const Extents& outputExtents() const { return geometry.outputExtents; }
 
  private:
-  /// Starts the front over these arrays, unless it was last run over them. Filters and pad value are read from their
-  /// places in every run.
+  /// Starts the front over these arrays, unless the last run used the same ones. Every run reads filters and pad value
+  /// from their fixed addresses.
   void bind(UT* input, YT* output) {
     if (input == boundInput && output == boundOutput) return;
-    constexpr bool isComplex = true;  // both parts of a complex pad value are there; a real one has no second
+    constexpr bool isComplex = true;  // a complex pad value has both parts; for a real one this is ignored
     if (geometry.isSeparable()) {
       front->setup(filter.data(), second.data(), input, output, &padValue, isComplex);
     } else {
@@ -92,7 +92,7 @@ class ConvolutionJob {
   UT* boundInput = nullptr;
   YT* boundOutput = nullptr;
   ReferenceHost host;
-  std::unique_ptr<ConvCorrTolk<HT, UT, YT>> front;  // ends before what it borrows
+  std::unique_ptr<ConvCorrTolk<HT, UT, YT>> front;  // destroyed before the memory that it uses
 };
 
 }  // namespace detail

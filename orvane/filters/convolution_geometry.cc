@@ -21,7 +21,7 @@ std::int64_t outputExtent(std::int64_t u, std::int64_t h, OutputModeEnum mode) {
   return mode == OutputModeValid ? u - h + 1 : mode == OutputModeSame ? u : u + h - 1;
 }
 
-/// What comes out for `filter`, called `argument`, which is of the input's rank.
+/// The extents of the output. `filter` has the input's rank, and messages call it `argument`.
 Extents checkedOutput(std::string_view argument, const Extents& input, const Extents& filter, OutputModeEnum mode) {
   std::array<std::int64_t, Extents::maxRank> output{};
   for (std::size_t d = 0; d < input.rank(); ++d) {
@@ -34,8 +34,8 @@ Extents checkedOutput(std::string_view argument, const Extents& input, const Ext
   return Extents(std::span(output.data(), input.rank()));
 }
 
-/// Checks that coordinates of a pass stay in 32 bits: the window goes over each edge by up to a filter's extent, and
-/// the symmetric rule works with twice the input's extent.
+/// Checks that coordinates of a pass stay in 32 bits. The window exceeds each edge by up to the filter's extent, and
+/// the symmetric rule uses twice the input's extent.
 void checkReach(std::string_view argument, const Extents& input, const Extents& filter, PadTypeEnum pad,
                 OutputModeEnum mode) {
   for (std::size_t d = 0; d < input.rank(); ++d) {

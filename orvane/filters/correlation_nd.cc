@@ -12,7 +12,7 @@
 
 namespace BP::filters {
 
-/// One correlation with all that its front borrows.
+/// One correlation with the memory that its front uses.
 template <class T>
 class CorrelationND<T>::Job {
  public:

@@ -19,7 +19,7 @@ void checkValues(const void* data, const Extents& extents, bool isComplex) {
   detail::checkArray("values", data, extents, extents);
 }
 
-/// An array of `type` alone, with no products to speak of.
+/// A handle for an array of `type` that is never multiplied.
 DSPDataAttributesHandle plainHandle(const FixedType& type, bool isComplex, const FixedModes& modes,
                                     brekk::BrekkAdaptorTolk* adaptor) {
   return detail::makeHandle({"value", type, type, type, isComplex}, detail::CoreModes(modes), adaptor);

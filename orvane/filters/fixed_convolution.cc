@@ -52,7 +52,8 @@ class FixedConvolutionJob : public FixedFilterJob {
     copyStored(*makeAlias(to.attributes(), from.data()), to, static_cast<int>(elementCount(from.extents())));
   }
 
-  /// Makes the front and hands it arrays: filters and pad value with copies of the values, input and output without.
+  /// Makes the front and gives it the arrays. Filters and pad value hold copies of their values. Input and output get
+  /// their memory in each run.
   void begin(const ConvolutionOptions& options, const FixedView& newFilter, const FixedView* newSecond) {
     Arrays arrays = makeArrays(roles.input, roles.output, options.padValue);
     auto made =
@@ -77,13 +78,13 @@ class FixedConvolutionJob : public FixedFilterJob {
   }
 
   FixedRoles roles;
-  Fixpt* filter = nullptr;  // the front's
+  Fixpt* filter = nullptr;  // owned by the front
   Fixpt* secondFilter = nullptr;
 };
 
 namespace {
 
-/// The job of a fixed-point convolution, which only makes jobs of this class.
+/// The job of a fixed-point convolution, which has no job of another class.
 FixedConvolutionJob& convolutionJob(const JobHandle<FixedFilterJob>& job) {
   return static_cast<FixedConvolutionJob&>(*job);
 }

@@ -14,7 +14,7 @@ namespace detail {
 
 using KarnDSPFixpt::Fixpt;
 
-/// Arrays of fixed-point elements. The fronts own one alias for each, which takes the values of a run for its own.
+/// Arrays of fixed-point elements. The fronts own one alias for each array, which uses the caller's memory in a run.
 class FixedMatchElements : public FixedJob {
  public:
   using ImageView = FixedView;

@@ -21,7 +21,7 @@ std::string textOf(const char* what, std::int64_t value, std::size_t dimension) 
   return std::string(what) + " " + std::to_string(value) + " in dimension " + std::to_string(dimension);
 }
 
-/// The front adds start and size in 32 bits, and subtracts a start from positions.
+/// Checks a region. The front adds start and size, and subtracts a start from positions, in 32 bits.
 void checkRegion(const Region& region) {
   constexpr std::int64_t least = -maxIndex / 2;
   for (std::size_t d = 0; d < 2; ++d) {
@@ -37,7 +37,7 @@ void checkRegion(const Region& region) {
   }
 }
 
-/// What two regions have in common: of size 0, in both dimensions, if that is nothing.
+/// The intersection of two regions. If it is empty, its size is 0 in both dimensions.
 Region intersection(const Region& a, const Region& b) {
   Region common;
   for (std::size_t d = 0; d < 2; ++d) {
@@ -62,7 +62,7 @@ MatchingGeometry::MatchingGeometry(const Extents& image, const Extents& pattern,
   mode = modeOf(options.mode);
   metric = metricOf(options.metric);
   search = chosen("search", options.search, searches);
-  // A three-step search can look at positions beyond an inside sector that does not start at the first position.
+  // If an inside sector does not start at the first position, a three-step search can visit positions beyond it.
   const std::int64_t maxForSteps = (maxElements + 1) / 4;
   const bool leavesSectors = search == SearchMethodThreeStep && mode != OutputModeValid;
   if (image.rank() != 2) refuse("image", "rank " + std::to_string(image.rank()), "it must be 2");

@@ -9,7 +9,7 @@ namespace BP::filters {
 
 namespace detail {
 
-/// One median filter with all that its front borrows: extents, pad value, work vectors.
+/// One median filter with the memory that its front uses: extents, pad value, work vectors.
 template <class T>
 class MedianJob {
  public:
@@ -34,7 +34,7 @@ class MedianJob {
   const Extents& outputExtents() const { return geometry.outputExtents; }
 
  private:
-  /// Starts the front over these arrays, unless it was last run over them. The pad value is read in every run.
+  /// Starts the front over these arrays, unless the last run used the same ones. Every run reads the pad value.
   void bind(T* input, T* output) {
     if (input == boundInput && output == boundOutput) return;
     front.setup(input, output, &padValue, false);
@@ -47,7 +47,7 @@ class MedianJob {
   T* boundInput = nullptr;
   T* boundOutput = nullptr;
   ReferenceHost host;
-  MedianFilterTolk<T, T> front;  // ends before what it borrows
+  MedianFilterTolk<T, T> front;  // destroyed before the memory that it uses
 };
 
 }  // namespace detail

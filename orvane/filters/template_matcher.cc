@@ -12,8 +12,8 @@ namespace BP::filters {
 
 namespace detail {
 
-/// Arrays of plain elements. Of booleans the scores are counts: fixed-point values of no fraction for the front, which
-/// are read and written where they are.
+/// Arrays of plain elements. The scores of booleans are counts. The front sees them as fixed-point values without
+/// fraction, in the memory of the plain array.
 template <class UT, class HT>
 class PlainMatchElements {
  public:

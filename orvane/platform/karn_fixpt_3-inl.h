@@ -8,8 +8,8 @@
 
 /// The operations on narrow values take a few nanoseconds; everything else leaves through a function call.
 ///
-/// They are inlined by force: each is short where its user is, but a compiler that counts the uses makes calls of them,
-/// which the linker of a shared library may even redirect.
+/// They must be inlined. The compiler would otherwise choose calls, since they have many users, and a call into a
+/// shared library goes through a table.
 namespace KarnDSPFixpt {
 
 static_assert(std::endian::native == std::endian::little, "components are written by their low bytes");

@@ -54,7 +54,7 @@ Fixpt* FixptFactory::createFixpt(const DSPDataAttributesHandle& handle, int coun
   return new Fixpt(handle, count, true);
 }
 
-/// Takes over a type; what was prepared for the former one is void, what was counted stays.
+/// Changes the type. All prepared plans become invalid; the counts stay.
 void Fixpt::adoptType(const DSPDataAttributesHandle& attributes) {
   attributes_ = attributes;
   key_ = keyOf(attributes);

@@ -14,15 +14,17 @@ namespace KarnDSPFixpt {
 /// Which of the three types of a handle its values have.
 enum class FixptRole : unsigned char { value, product, accumulator };
 
-/// What is known of a value: its type and modes, the types of its products and of their sums, and labels.
+/// Describes values: their type and modes, the types of their products and of the sums of products, and labels.
 ///
-/// Immutable and cheap to copy: copies share one description.
+/// A handle never changes. Copies are cheap, as they share one description.
 class ORVANE_API DSPDataAttributesHandle {
  public:
-  /// Describes values of `valueWord` bits and `valueFrac` bits of fraction, with products and sums of products
-  /// likewise. `isSigned` and `isComplex` hold for all three. Nothing is refused: a word length below 1 counts as 1,
-  /// one above 128 as 128, an unknown overflow mode as wrap, an unknown rounding mode as floor, and an unknown
-  /// override as none. `adaptor` may be null; otherwise it keeps the statistics that are handed out.
+  /// Describes values of `valueWord` bits with `valueFrac` bits of fraction. The next two pairs describe products and
+  /// sums of products. `isSigned` and `isComplex` hold for all three. If `adaptor` is not null, it keeps the statistics
+  /// that are handed out.
+  ///
+  /// No argument is an error. A word length below 1 counts as 1, one above 128 as 128. An unknown overflow mode counts
+  /// as wrap, an unknown rounding mode as floor, an unknown override as none.
   DSPDataAttributesHandle(unsigned valueWord, int valueFrac, unsigned productWord, int productFrac, unsigned accWord,
                           int accFrac, brekk::BrekkAdaptorTolk* adaptor, fxpModeOverflow_tag overflow,
                           fxpModeRounding_tag rounding, bool isSigned, bool isComplex, std::string valueLabel,
@@ -36,10 +38,10 @@ class ORVANE_API DSPDataAttributesHandle {
 
   /// The type of the values.
   FixptType type() const { return typeOf(role_); }
-  /// The type of the product of a value with one of `right`: word and fraction as given, signed if either operand
-  /// is, so that an unsigned image times a signed filter keeps its sign.
+  /// The type of the product of a value with one of `right`: word and fraction as given. It is signed if either operand
+  /// is, so the product of an unsigned image and a signed filter keeps its sign.
   FixptType productType(const DSPDataAttributesHandle& right) const;
-  /// The type of a sum of such products, as a complex product needs it; signed likewise.
+  /// The type of a sum of such products, which a complex product needs. The rule for the sign is the same.
   FixptType accumulatorType(const DSPDataAttributesHandle& right) const;
 
   fxpModeOverflow_tag overflowMode() const { return shared_->overflow; }
@@ -50,7 +52,7 @@ class ORVANE_API DSPDataAttributesHandle {
   bool isComplex() const { return isComplex_; }
   brekk::BrekkAdaptorTolk* adaptor() const { return shared_->adaptor; }
 
-  /// The description of results: values have the type of `role`, and are signed and complex as said.
+  /// The description of results, whose values have the type of `role` and the given sign and complexity.
   DSPDataAttributesHandle derived(FixptRole role, bool isSigned, bool isComplex) const;
 
  private:

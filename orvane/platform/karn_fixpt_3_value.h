@@ -13,43 +13,51 @@
 
 /// Fixed-point values.
 ///
-/// Words used here: a *component* is one stored number; an *element* is one component, or two (real, imaginary) of a
-/// complex type; an *exact* value is one before any rounding; a *cast* takes an exact value into a type: it rounds by
-/// the rounding mode, then fits the result into the range by the overflow mode.
+/// Words used here:
+///
+/// - A *component* is one stored number.
+/// - An *element* is one component, or two (real, imaginary) of a complex type.
+/// - An *exact* value has not been rounded.
+/// - A *cast* converts an exact value into a type. It rounds by the rounding mode, then fits the result into the range
+/// by
+///   the overflow mode.
 namespace KarnDSPFixpt {
 
 class Fixpt;
 
-/// Elements of an array in rows: the first one, from one to the next in a row, from one row to the next.
+/// A window over an array: rows of elements. Indices and distances count elements, and distances may be negative.
 struct FixptWindow {
   Fixpt& array;
-  int first;
-  int step;
-  int pitch;
+  int first;  ///< index of the first element
+  int step;   ///< distance of neighbours in a row
+  int pitch;  ///< distance of neighbouring rows
 };
 
-/// An array of fixed-point values of one type, with a cursor that says which element an operation addresses.
+/// An array of fixed-point values of one type, with a cursor. The cursor selects the element that an operation uses.
 ///
-/// Components are two's-complement (or unsigned) integers in the narrowest of 8, 16, 32, 64 and 128 bits that holds
-/// the word, in the byte order of the machine; with an override, `double` or `float`. Of a component in host memory
-/// only the bits of the word count: the others are ignored on reading, and written as extension of the sign.
+/// Components are two's-complement or unsigned integers in the byte order of the machine. Their container is the
+/// narrowest of 8, 16, 32, 64 and 128 bits that holds the word. With an override they are `double` or `float`. In host
+/// memory a container may have more bits than the word: these are ignored on reading, and written as copies of the
+/// sign.
 ///
-/// Operations that take a second value take the one at that array's cursor. Sums and differences are exact before
-/// their one cast into this array's type. Where exactly one operand is complex, the other counts as complex with
-/// imaginary part 0, and a real target takes the real part. With an override on the target or an operand, the
-/// operation is done in `double` (in `float` for a target of single) and the result is stored as the target says.
+/// An operation with a second array uses the element at that array's cursor. A sum or difference is exact before its
+/// one cast into this array's type. If only one operand is complex, the other one has imaginary part 0. A real target
+/// takes the real part. If the target or an operand has an override, the operation is done in `double` (in `float` for
+/// a target of single precision), and the result is converted into the target's type.
 ///
-/// Results of `operator*`, `norm` and `conjugate` are subordinate values of their left operand: valid until its
-/// next such operation, counted under their own labels. An array, its reads included, serves one thread at a time.
+/// The results of `operator*`, `norm` and `conjugate` are subordinate values of the left operand. They are valid until
+/// its next such operation, and are counted under their own labels.
+///
+/// One thread at a time may use an array, since even a read moves the cursor.
 class ORVANE_API Fixpt {
  public:
   virtual ~Fixpt();
-  /// This value := numerator / divisor, correctly rounded from the exact quotient. Either may be this value. With a
-  /// divisor of 0 the quotient counts as beyond the range on the side of the numerator's sign; 0 / 0 gives 0.
+  /// This value := numerator / divisor, correctly rounded from the exact quotient. Either operand may be this value.
+  /// A divisor of 0 is an overflow towards the numerator's sign; 0 / 0 gives 0.
   virtual void divideInto(const Fixpt& numerator, const Fixpt& divisor);
-  /// Destination's value := square root of this value, correctly rounded from the exact root. Of a complex value the
-  /// real part is taken and the imaginary part of the result is 0. The root of a negative value counts as an
-  /// overflow and gives 0.
+  /// The destination's value := square root of this value, correctly rounded from the exact root. A complex value
+  /// counts by its real part, and the imaginary part of the result is 0. The root of a negative value is an overflow
+  /// and gives 0.
   virtual void sqrtInto(Fixpt* destination) const;
 
   Fixpt(const Fixpt&) = delete;
@@ -63,33 +71,34 @@ class ORVANE_API Fixpt {
   void setCursor(int component) { cursor_ = component; }
   int cursor() const { return cursor_; }
 
-  /// The value := v, cast. Clearing to 0 is exact in every type and is not counted as a cast.
+  /// The value := v, cast. 0 is exact in every type, so setting it is not counted as a cast.
   Fixpt& operator=(const int& v);
-  /// The value := v, cast from its exact binary value. NaN counts as an overflow and gives 0.
+  /// The value := v, cast from its exact binary value. NaN is an overflow and gives 0.
   Fixpt& operator=(double v);
   /// The value := v, cast.
   Fixpt& operator=(const Fixpt& v);
-  /// The value := re + im i, cast; a real array takes `re`.
+  /// The value := re + im i, cast. A real array takes `re`.
   void setComplex(double re, double im);
 
   Fixpt& operator+=(const Fixpt& v);
   Fixpt& operator-=(const Fixpt& v);
-  /// The product, cast into this array's product type. The product of two complex values casts each of its four
-  /// partial products into the product type and their two sums into the accumulator type; that of a real and a complex
-  /// one is two products, with nothing to add.
+  /// The product, cast into this array's product type. For two complex values, each of the four partial products is
+  /// cast into the product type, and each of the two sums into the accumulator type. For a real and a complex value
+  /// there are two products and no sum.
   Fixpt& operator*(const Fixpt& v) const;
-  /// The value += left * right for each pair of elements of two windows of `width` by `height`, row by row. Results and
-  /// counts are those of `*` and `+=` one by one, in less time. This array shares no memory with the other two, whose
-  /// cursors may move; products are not kept.
+  /// The value += left * right for each pair of elements of two windows of `width` by `height`, row by row.
+  ///
+  /// The result and all counts are the same as those of `*` and `+=` for each pair, but the time is shorter. This array
+  /// must not share memory with the other two. The cursors of these may move. The last product is not kept.
   Fixpt& addProducts(const FixptWindow& left, const FixptWindow& right, int width, int height);
-  /// The squared magnitude, exact before its one cast into the product type; real.
+  /// The squared magnitude, a real value. It is exact before its one cast into the product type.
   Fixpt& norm() const;
   /// The conjugate, in this array's type.
   Fixpt& conjugate() const;
-  /// The value := value / 2^n, cast; a negative n multiplies.
+  /// The value := value / 2^n, cast. A negative n multiplies.
   Fixpt& operator>>=(int n);
 
-  /// Exact comparison; complex values compare by squared magnitude.
+  /// Compares exactly. Complex values compare by squared magnitude.
   bool operator>(const Fixpt& v) const { return compare(v) > 0; }
   bool operator<(const Fixpt& v) const { return compare(v) < 0; }
   bool isZero() const;
@@ -98,51 +107,51 @@ class ORVANE_API Fixpt {
   double toDouble() const { return componentToDouble(cursor_); }
   /// The imaginary part as the nearest `double`; 0 in a real array.
   double imaginaryToDouble() const { return isComplex_ ? componentToDouble(cursor_ + 1) : 0; }
-  /// The stored integer of the component at the cursor; an unsigned one of 128 bits as its two's-complement twin.
-  /// Meaningless with an override.
+  /// The stored integer of the component at the cursor. An unsigned one of 128 bits is returned as the signed integer
+  /// of the same bits. Meaningless with an override.
   detail::Int128 stored() const;
   /// Stores the low bits of `v` in the component at the cursor, without a cast. Meaningless with an override.
   void setStored(detail::Int128 v);
 
-  /// Lets the array use the caller's memory at `p` for its values; null is not allowed. The memory may have any
-  /// alignment and stays the caller's. The array's own memory, if it had any, is released.
+  /// Makes the array use the caller's memory at `p`, which must not be null. The memory may have any alignment and must
+  /// outlive its use. The array's own memory is released.
   void setValPtr(void* p);
 
   /// The type and modes of the values.
   const DSPDataAttributesHandle& attributes() const { return attributes_; }
   bool isComplex() const { return isComplex_; }
-  /// Elements of the array's own memory.
+  /// The number of elements in the array's own memory.
   int count() const { return count_; }
-  /// The first component. What is written to the array's own memory must fit the word.
+  /// The address of the first component. A component written there must fit the word.
   void* data() const { return values_; }
-  /// Bits that one component takes in memory.
+  /// The number of bits that one component takes in memory.
   int containerBits() const { return 8 << bytesLog_; }
 
-  /// Subordinate value `i`, or null if it was never needed: 0 product, 1 sum of a complex product, 2 norm, 3 none
-  /// so far, 4 conjugate.
+  /// Subordinate value `i`, or null if it was never needed: 0 product, 1 sum of a complex product, 2 norm, 3 unused, 4
+  /// conjugate.
   Fixpt* subordinate(int i) const;
-  /// The subordinate value that `*this * v` would use, made ready without a multiplication.
+  /// The subordinate value that `*this * v` uses for its result, prepared without a multiplication.
   Fixpt& productFor(const Fixpt& v) const;
 
-  /// Switches the counting of casts on or off, for subordinate values too. It is on at first.
+  /// Switches the counting of casts on or off, also for subordinate values. A new array counts.
   void setStatistics(bool on);
   bool statistics() const { return counting_; }
-  /// Adds what was counted elsewhere, and widens the range by the other's.
+  /// Adds the counts of another record, and widens the range by that record's range.
   void addStatistics(const fxpLogStruct_tag& counts);
-  /// The statistics gathered since the last call; gathering starts anew in another record. The record is kept alive
-  /// by the handle's adaptor, or without one by the process.
+  /// The statistics gathered since the last call. Gathering then starts again in a new record. The handle's adaptor
+  /// keeps the returned record alive; without an adaptor it lives until the process ends.
   fxpBlockProperties* takeProperties();
 
  private:
   friend class FixptFactory;
 
-  /// How a narrow operation with a second value of one type goes; the key of that type says for which it holds. The
-  /// inline operations ask for `key`, which is set where neither value is complex.
+  /// A narrow operation with a second value of one type, prepared. `partsKey` is the key of that type. `key` is the
+  /// same if neither value is complex, else 0. The inline operations compare `key`.
   struct Plan {
     std::uint64_t key = 0;
     std::uint64_t partsKey = 0;
-    int append = 0;       // bits to append to the value before it is rounded; of a sum, to this array's value
-    int otherAppend = 0;  // of a sum, to the other value
+    int append = 0;       // bits to append to the value before rounding; in a sum, to this array's value
+    int otherAppend = 0;  // in a sum, bits to append to the other value
     detail::Rounder<std::int64_t> rounder;
   };
 
@@ -150,7 +159,7 @@ class ORVANE_API Fixpt {
     unsigned overflows = 0;
     unsigned casts = 0;
     unsigned lossy = 0;
-    // The range is kept as integers where they are at hand: a conversion for each cast would cost more than the cast.
+    // Narrow casts keep the range as integers, because a conversion to double would cost more than the cast.
     std::int64_t least = std::numeric_limits<std::int64_t>::max();
     std::int64_t greatest = std::numeric_limits<std::int64_t>::min();
     double minimum = std::numeric_limits<double>::infinity();
@@ -162,7 +171,7 @@ class ORVANE_API Fixpt {
   void adoptType(const DSPDataAttributesHandle& attributes);
   std::byte* address(int component) const { return values_ + (static_cast<std::ptrdiff_t>(component) << bytesLog_); }
 
-  // Narrow components: fixed point, and no more than detail::narrowBits bits.
+  // Operations on narrow components: fixed point of at most detail::narrowBits bits.
   std::int64_t loadNarrow(int component) const;
   void storeNarrow(int component, std::int64_t v);
   void putNarrow(int component, std::int64_t exact, const detail::Rounder<std::int64_t>& rounder);
@@ -221,7 +230,7 @@ class ORVANE_API Fixpt {
   bool isNarrow_ = false;
   bool counting_ = true;
   std::byte* values_ = nullptr;
-  std::uint64_t key_ = 0;  // equal keys: equal word, fraction, sign, complexity and override
+  std::uint64_t key_ = 0;  // the same for equal word, fraction, sign, complexity and override
   detail::Range<std::int64_t> range_;
   Plan assignPlan_;
   Plan integerPlan_;
@@ -229,11 +238,11 @@ class ORVANE_API Fixpt {
   mutable Plan productPlan_;
   mutable Plan partialSumPlan_;
   mutable Plan normPlan_;
-  mutable std::uint64_t preparedFor_ = 0;  // key of the right operand that the product subordinates are typed for
+  mutable std::uint64_t preparedFor_ = 0;  // key of the right operand for which the product's types were set
   mutable std::array<std::unique_ptr<Fixpt>, 5> subordinates_;
   Counters counters_;
-  alignas(16) std::array<std::byte, 64> few_{};  // the values of short arrays; four components for a complex product
-  std::unique_ptr<std::byte[]> many_;            // those of long ones
+  alignas(16) std::array<std::byte, 64> few_{};  // values of short arrays, four components of a complex product
+  std::unique_ptr<std::byte[]> many_;            // values of long arrays
   int count_ = 0;
   DSPDataAttributesHandle attributes_;
 };
