@@ -19,7 +19,7 @@ void correlateVolume(benchmark::State& state) {
   const Array<float> volume({side, side, side});
   Array<float> filter({3, 3, 3});
   std::fill(filter.begin(), filter.end(), 1.0F);
-  CorrelationND<float> correlation(filter, volume.extents(), {.mode = OutputMode::same, .pad = Pad::symmetric});
+  CorrelationND<float> correlation(filter, volume.extents(), {.mode = OutputMode::same, .pad = PadRule::symmetric});
   Array<float> result(correlation.outputExtents());
   for (auto _ : state) correlation.run(volume, result.view());
   state.SetItemsProcessed(state.iterations() * side * side * side * 27);

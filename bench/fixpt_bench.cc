@@ -67,7 +67,7 @@ BENCHMARK_CAPTURE(sumOfProducts, complex, true, true);
 
 /// The sums of a convolution, statistics included: an image of 256 by 256 with a filter of 7 by 7.
 void convolution(benchmark::State& state, const BP::filters::FixedType& filterType,
-                 const BP::filters::FixedTypes& types, BP::filters::Pad pad) {
+                 const BP::filters::FixedTypes& types, BP::filters::PadRule pad) {
   using namespace BP::filters;
   constexpr std::int64_t side = 256, edge = 7;
   const auto random = [](const Extents& extents, const FixedType& type) {
@@ -79,7 +79,7 @@ void convolution(benchmark::State& state, const BP::filters::FixedType& filterTy
     return array;
   };
   const FixedArray image = random({side, side}, types.input);
-  const OutputMode mode = pad == Pad::constant ? OutputMode::valid : OutputMode::same;
+  const OutputMode mode = pad == PadRule::constant ? OutputMode::valid : OutputMode::same;
   FixedConvolution job(random({edge, edge}, filterType), image.extents(), types, {.mode = mode, .pad = pad});
   FixedArray output(job.outputExtents(), types.output);
   for (auto _ : state) job.run(image, output);
@@ -93,8 +93,8 @@ const BP::filters::FixedTypes roundedTypes = {.input = fixed16,
                                               .accumulator = {40, 16, true},
                                               .output = fixed16,
                                               .product = BP::filters::FixedType{32, 20, true}};
-BENCHMARK_CAPTURE(convolution, exact, fixed8, exactTypes, BP::filters::Pad::constant);
-BENCHMARK_CAPTURE(convolution, rounded, fixed16, roundedTypes, BP::filters::Pad::constant);
+BENCHMARK_CAPTURE(convolution, exact, fixed8, exactTypes, BP::filters::PadRule::constant);
+BENCHMARK_CAPTURE(convolution, rounded, fixed16, roundedTypes, BP::filters::PadRule::constant);
 
 /// The same sum in SystemC, whose values carry their types as ours do.
 template <class Number>
