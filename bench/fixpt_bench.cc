@@ -2,6 +2,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <memory>
 #include <random>
 #include <vector>
@@ -10,6 +11,7 @@
 #include <sysc/datatypes/fx/fx.h>
 
 #include "bench/per_item.h"
+#include "orvane/filters/fixed_convolution.h"
 #include "orvane/platform/karn_fixpt_3_make.h"
 
 namespace {
@@ -62,6 +64,37 @@ void sumOfProducts(benchmark::State& state, bool statistics, bool isComplex) {
 BENCHMARK_CAPTURE(sumOfProducts, no_statistics, false, false);
 BENCHMARK_CAPTURE(sumOfProducts, statistics, true, false);
 BENCHMARK_CAPTURE(sumOfProducts, complex, true, true);
+
+/// The sums of a convolution, statistics included: an image of 256 by 256 with a filter of 7 by 7.
+void convolution(benchmark::State& state, const BP::filters::FixedType& filterType,
+                 const BP::filters::FixedTypes& types, BP::filters::Pad pad) {
+  using namespace BP::filters;
+  constexpr std::int64_t side = 256, edge = 7;
+  const auto random = [](const Extents& extents, const FixedType& type) {
+    std::mt19937 engine(5);
+    FixedArray array(extents, type);
+    auto* const bytes = static_cast<unsigned char*>(array.data());
+    std::generate_n(bytes, elementCount(extents) * (type.word / 8),
+                    [&] { return static_cast<unsigned char>(engine()); });
+    return array;
+  };
+  const FixedArray image = random({side, side}, types.input);
+  const OutputMode mode = pad == Pad::constant ? OutputMode::valid : OutputMode::same;
+  FixedConvolution job(random({edge, edge}, filterType), image.extents(), types, {.mode = mode, .pad = pad});
+  FixedArray output(job.outputExtents(), types.output);
+  for (auto _ : state) job.run(image, output);
+  reportPerItem(state, "op", elementCount(job.outputExtents()) * edge * edge);
+}
+constexpr BP::filters::FixedType fixed8 = {8, 7, true};
+constexpr BP::filters::FixedType fixed16 = {16, 12, true};
+const BP::filters::FixedTypes exactTypes = {
+    .input = {8, 0, false}, .accumulator = {32, 7, true}, .output = {16, 0, true}};
+const BP::filters::FixedTypes roundedTypes = {.input = fixed16,
+                                              .accumulator = {40, 16, true},
+                                              .output = fixed16,
+                                              .product = BP::filters::FixedType{32, 20, true}};
+BENCHMARK_CAPTURE(convolution, exact, fixed8, exactTypes, BP::filters::Pad::constant);
+BENCHMARK_CAPTURE(convolution, rounded, fixed16, roundedTypes, BP::filters::Pad::constant);
 
 /// The same sum in SystemC, whose values carry their types as ours do.
 template <class Number>

@@ -19,19 +19,19 @@ namespace {
 
 using Settings = std::vector<std::string_view>;
 
-/// A kernel that is known by name: its form in text, its meaning, and the function that makes it from the settings
-/// after the name. If the kernel is the outer product of a line with itself, `makeLine` makes that line.
+/// A kernel that is known by name.
 struct NamedKernel {
-  std::string_view form;
+  std::string_view form;  ///< the name, and what stands for its settings
   std::string_view meaning;
   Kernel (*make)(const Settings& settings);
+  /// Makes the line whose outer product with itself is the kernel; null if there is no such line.
   Kernel (*makeLine)(const Settings& settings) = nullptr;
 
   std::string_view name() const { return form.substr(0, form.find(':')); }
   std::size_t settings() const { return static_cast<std::size_t>(std::ranges::count(form, ':')); }
 };
 
-int parseSide(std::string_view text) { return parseWhole(text, 1, longestKernelSide, "kernel: N"); }
+int parseSide(std::string_view text) { return parseWhole(text, 1, maxKernelSide, "kernel: N"); }
 
 Kernel square(int side, std::vector<double> elements) { return {side, side, std::move(elements)}; }
 
@@ -126,7 +126,7 @@ const NamedKernel* findNamed(const std::string& text) {
   return named == namedKernels.end() ? nullptr : &*named;
 }
 
-/// A name that ends in .csv or is that of a file, even if commas in it make it look like a matrix.
+/// True for a name that ends in .csv, and for the name of a file even if its commas make it look like a matrix.
 bool isFileName(const std::string& text) {
   std::error_code ignored;
   return lowered(text).ends_with(".csv") || std::filesystem::exists(text, ignored);
@@ -176,13 +176,20 @@ Kernel parseLine(const std::string& text, const std::string& option) {
   return line;
 }
 
+Option kernelScaleOption() {
+  return {.name = "--scale",
+          .meaning = "Multiplies each element of the kernel; such as 0.1 or 1/16",
+          .form = "NUMBER",
+          .defaultValue = "1"};
+}
+
 std::string lineForms() {
   return "  box:N               mean of N pixels\n"
          "  gaussian:N:SIGMA    N elements of a Gaussian of sum 1, SIGMA in pixels\n"
          "  1,2,1               any line of numbers; such as -0.5 or 1/16\n"
          "  FILE                CSV file of one line\n"
          "Lengths of 1 to " +
-         std::to_string(longestKernelSide) + ".\n";
+         std::to_string(maxKernelSide) + ".\n";
 }
 
 std::string kernelForms() {
@@ -195,7 +202,7 @@ std::string kernelForms() {
          "  1,2,1;2,4,2;1,2,1   any matrix, row by row; numbers such as -0.5 or 1/16\n"
          "  FILE                CSV file, a line for each row\n"
          "Sides of 1 to " +
-         std::to_string(longestKernelSide) + ".\n";
+         std::to_string(maxKernelSide) + ".\n";
 }
 
 }  // namespace BP::tool

@@ -56,7 +56,7 @@ std::vector<std::complex<double>> listOf(const filters::FixedArray& scores) {
   return listOf(filters::toComplex(scores));
 }
 
-/// What `matcher`, for templates and images of these types, finds in `image`.
+/// The result of `matcher` for `image`.
 template <class Matcher, class Image>
 MatchResult runMatcher(Matcher& matcher, const Image& image, const filters::MatchOptions& options, bool isComplex) {
   if (matcher.positions().size[0] == 0) {
@@ -85,7 +85,7 @@ MatchResult matchAs(const Array& image, const Array& pattern, const filters::Mat
   return runMatcher(matcher, in, options, IsComplex<filters::MatchScore<UT, HT>>::value);
 }
 
-/// An array in fixed point, and what happened on the way there.
+/// An array in fixed point, and the statistics of its casts.
 struct FixedElements {
   filters::FixedArray values;
   filters::FixedStatistics statistics;

@@ -7,20 +7,17 @@
 #include <vector>
 
 #include "tool/file.h"
+#include "tool/file_kind.h"
 #include "tool/text.h"
 
 namespace BP::tool {
 
 namespace {
 
-std::string counted(std::size_t count, const std::string& noun) {
-  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
-
 void checkSide(std::size_t side, const std::string& noun, const std::string& what) {
-  if (side > longestKernelSide) {
-    throw std::runtime_error(what + " has " + counted(side, noun) + "; at most " + std::to_string(longestKernelSide) +
-                             " are allowed");
+  if (side > maxKernelSide) {
+    throw std::runtime_error(what + " has " + counted(static_cast<std::int64_t>(side), noun) + "; at most " +
+                             std::to_string(maxKernelSide) + " are allowed");
   }
 }
 
@@ -32,8 +29,8 @@ void appendRow(Kernel& kernel, std::string_view row, const std::string& noun, st
   checkSide(elements.size(), "column", place);
   if (number == 1) kernel.width = static_cast<int>(elements.size());
   if (elements.size() != static_cast<std::size_t>(kernel.width)) {
-    throw std::runtime_error(place + " has " + counted(elements.size(), "number") + ", but the first has " +
-                             std::to_string(kernel.width) + "; all must have the same count");
+    throw std::runtime_error(place + " has " + counted(static_cast<std::int64_t>(elements.size()), "number") +
+                             ", but the first has " + std::to_string(kernel.width) + "; all must have the same count");
   }
   for (std::string_view element : elements) kernel.elements.push_back(parseNumber(element, place));
 }
@@ -52,9 +49,12 @@ Kernel parseMatrix(const std::string& text, char rowSeparator, const std::string
 }
 
 Kernel readMatrix(const std::string& path) {
-  constexpr std::size_t longestFile = std::size_t{1} << 26;
+  constexpr std::size_t maxFileSize = std::size_t{1} << 26;
   constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
-  std::string text = readText(path, longestFile);
+  std::string text = readText(path, maxFileSize);
+  if (const std::string kind = otherKind(text); !kind.empty()) {
+    throw std::runtime_error("kernel file " + inQuotes(path) + " is not CSV text" + kind);
+  }
   if (text.starts_with(byteOrderMark)) text.erase(0, byteOrderMark.size());
   std::erase(text, '\r');
   text.erase(text.find_last_not_of(" \t\n") + 1);

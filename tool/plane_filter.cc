@@ -15,7 +15,7 @@ namespace {
 
 using filters::Extents;
 
-/// Extents of a kernel for planes of `rank`: one of a single row serves lines too.
+/// Extents of a kernel for planes of `rank`. A kernel of a single row has rank 1 for planes of rank 1.
 Extents kernelExtents(const Kernel& kernel, std::size_t rank) {
   if (rank == 1 && kernel.height == 1) return {kernel.width};
   return {kernel.width, kernel.height};

@@ -46,7 +46,11 @@ void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise
     assign(elementAt(result, 0), elementAt(accumulator.ptr, 0));
     normaliseSample(elementAt(result, 0), energy.get());
   } else {
-    sumProducts(taps, [] {});
+    if constexpr (std::is_same_v<UT, Fixpt> && std::is_same_v<TapsT, InsideTaps<UT>>) {
+      sumFixedWindow(taps);
+    } else {
+      sumProducts(taps, [] {});
+    }
     assign(elementAt(result, 0), elementAt(accumulator.ptr, 0));
   }
 }
@@ -65,6 +69,19 @@ void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise
     beforeProduct();
     addProduct(sum.get(), taps.read(), elementAt(h, flipFilter != 0 ? last - n : n));
   });
+}
+
+/// The same for a fixed-point window wholly inside, which is one operation of the value library.
+template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
+void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise>::sumFixedWindow(
+    const InsideTaps<UT>& taps) {
+  const int* const end = this->filter->getEnd().ptr;
+  const int width = end[0] + 1, height = end[1] + 1;
+  HT& h = *this->filter->getData().ptr;
+  YT& sum = elementAt(accumulator.ptr, 0);
+  putZero(sum);
+  const KarnDSPFixpt::FixptWindow backwards{h, width * height - 1, -1, -width}, forwards{h, 0, 1, width};
+  sum.addProducts(taps.getWindow(), flipFilter != 0 ? backwards : forwards, width, height);
 }
 
 template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
@@ -123,7 +140,7 @@ bool ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise
   const auto& u = this->input->getBlock();
   const auto& y = result.getBlock();
   const int uPitch = u.getDims().ptr[0], yPitch = y.getDims().ptr[0];
-  if (std::max(uPitch, yPitch) > ZdFilterLoader::mostPitch) return false;
+  if (std::max(uPitch, yPitch) > ZdFilterLoader::maxPitch) return false;
   const int *const s = sector.getStart().ptr, *const e = sector.getEnd().ptr;
   const int *const hLoc = this->filter->getLoc().ptr, *const hDims = this->filter->getDims().ptr;
   int hCentre[2], offset[2];

@@ -90,6 +90,7 @@ class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT,
   void accumulate(TapsT taps, Out& y1);
   template <class TapsT, class ActionT>
   void sumProducts(TapsT& taps, ActionT&& beforeProduct);
+  void sumFixedWindow(const InsideTaps<UT>& taps);
   void addProduct(YT& sum, UT& tap, HT& h);
   void normaliseSample(YT& sample, YT& energy);
   void makeReversedFilter();

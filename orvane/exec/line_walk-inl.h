@@ -14,6 +14,18 @@ void LineWalk<SumsT>::Geometry::resize(int rank) {
 }
 
 template <class SumsT>
+typename LineWalk<SumsT>::Size LineWalk<SumsT>::uprightElements(int width, int rows) const {
+  const auto extents = sums->getExtents();
+  return Size{extents.planes} * (rows + extents.rows - 1) * (width + extents.columns - 1);
+}
+
+template <class SumsT>
+typename LineWalk<SumsT>::Size LineWalk<SumsT>::turnedElements(int width, int rows) const {
+  const auto extents = sums->getExtents();
+  return Size{extents.planes} * (width + extents.columns - 1) * (rows + extents.rows - 1);
+}
+
+template <class SumsT>
 void LineWalk<SumsT>::resize(const Block& filter, const Block& input, int walkedRank) {
   hostRank = walkedRank;
   rank = std::max(walkedRank, 2);
@@ -22,22 +34,21 @@ void LineWalk<SumsT>::resize(const Block& filter, const Block& input, int walked
   g.resize(rank);
   for (auto* table : {&index, &tap, &tapEnd, &zeros}) table->assign(size, 0);
   const auto [planes, rows, columns] = sums->getExtents();
-  const auto reach = [&](int d) {  // the most outputs that there can be
-    return d < hostRank ? Size{input.getDims().ptr[d]} + filter.getDims().ptr[d] - 1 : 1;
+  const auto bounded = [&](int limit, int d) {  // no more than the outputs that there can be, with any mode
+    const Size reach = d < hostRank ? Size{input.getDims().ptr[d]} + filter.getDims().ptr[d] - 1 : 1;
+    return static_cast<int>(std::clamp(reach, Size{1}, Size{limit}));
   };
-  const auto bounded = [](Size limit, Size value) { return std::clamp(value, Size{1}, limit); };
-  const Size runRows = bounded(RunLimits::rows, reach(1));
-  const Size turnedWidth = bounded(RunLimits::narrow - 1, reach(0));
-  const Size turnedHeight = bounded(RunLimits::copiedWidth, reach(1));
-  const Size upright = planes * (runRows + rows - 1) * (bounded(RunLimits::copiedWidth, reach(0)) + columns - 1);
-  const Size turned = planes * (turnedWidth + columns - 1) * (turnedHeight + rows - 1);
+  capacity = {bounded(RunLimits::rows, 1), bounded(RunLimits::width, 0), bounded(RunLimits::copiedWidth, 0),
+              bounded(RunLimits::narrow - 1, 0), bounded(RunLimits::copiedWidth, 1)};
+  const Size upright = uprightElements(capacity.copiedWidth, capacity.rows);
+  const Size turned = turnedElements(capacity.turnedWidth, capacity.turnedHeight);
   copied.resize(static_cast<std::size_t>(std::max(canCopy(upright) ? upright : 0, canCopy(turned) ? turned : 0)));
-  lines.resize(
-      static_cast<std::size_t>(std::max(planes * (runRows + rows - 1), planes * rows * (turnedWidth + columns - 1))));
-  out.resize(static_cast<std::size_t>(std::max(runRows, turnedWidth)));
-  turnedOutput.resize(static_cast<std::size_t>(turnedWidth * turnedHeight));
-  oneLine.resize(static_cast<std::size_t>(turnedWidth + columns - 1));
-  reader.resize(static_cast<int>(bounded(RunLimits::width, reach(0)) + columns - 1));
+  lines.resize(static_cast<std::size_t>(
+      std::max(Size{planes} * (capacity.rows + rows - 1), Size{planes} * rows * (capacity.turnedWidth + columns - 1))));
+  out.resize(static_cast<std::size_t>(std::max(capacity.rows, capacity.turnedWidth)));
+  turnedOutput.resize(static_cast<std::size_t>(capacity.turnedWidth) * static_cast<std::size_t>(capacity.turnedHeight));
+  oneLine.resize(static_cast<std::size_t>(capacity.turnedWidth) + static_cast<std::size_t>(columns) - 1);
+  reader.resize(capacity.width + columns - 1);
 }
 
 template <class SumsT>
@@ -68,19 +79,17 @@ bool LineWalk<SumsT>::run(const LineSource<UT>& source, const Sector& sector, co
   lineSource.dims = g.inputDims.data();
   lineSource.rank = rank;
   reader.beginSector(lineSource, edges);
-  const auto [planes, rows, columns] = sums->getExtents();
   const int width = g.last[0] - g.first[0] + 1, height = g.last[1] - g.first[1] + 1;
   const auto hasRoom = [&](Size elements) { return elements <= static_cast<Size>(copied.size()); };
-  const int turnedHeight = std::min(height, RunLimits::copiedWidth);
-  if (width < RunLimits::narrow && width < height &&
-      hasRoom(Size{planes} * (width + columns - 1) * (turnedHeight + rows - 1))) {
+  if (width <= capacity.turnedWidth && width < height &&
+      hasRoom(turnedElements(width, std::min(height, capacity.turnedHeight)))) {
     runTurned(y);
     return true;
   }
-  const int runWidth = std::min(width, reader.gathers() ? RunLimits::copiedWidth : RunLimits::width);
-  const int runRows = std::min(height, RunLimits::rows);
-  if (reader.gathers() && !hasRoom(Size{planes} * (runRows + rows - 1) * (runWidth + columns - 1))) return false;
-  runUpright(y, runWidth);
+  const int runWidth = std::min(width, reader.gathers() ? capacity.copiedWidth : capacity.width);
+  const int runRows = std::min(height, capacity.rows);
+  if (reader.gathers() && !hasRoom(uprightElements(runWidth, runRows))) return false;
+  runUpright(y, runWidth, runRows);
   return true;
 }
 
@@ -116,12 +125,12 @@ typename LineWalk<SumsT>::Size LineWalk<SumsT>::outputIndex() const {
 }
 
 template <class SumsT>
-void LineWalk<SumsT>::runUpright(YT* y, int maxWidth) {
+void LineWalk<SumsT>::runUpright(YT* y, int maxWidth, int maxRows) {
   const int columns = sums->getExtents().columns;
   do {
-    for (int row = g.first[1]; row <= g.last[1]; row += RunLimits::rows) {
+    for (int row = g.first[1]; row <= g.last[1]; row += maxRows) {
       g.position[1] = row;
-      const int rows = std::min(RunLimits::rows, g.last[1] - row + 1);
+      const int rows = std::min(maxRows, g.last[1] - row + 1);
       for (int x = g.first[0]; x <= g.last[0]; x += maxWidth) {
         g.position[0] = x;
         const int width = std::min(maxWidth, g.last[0] - x + 1);
@@ -156,9 +165,9 @@ void LineWalk<SumsT>::runTurned(YT* y) {
   const int width = g.last[0] - g.first[0] + 1;
   do {
     reader.beginStretch(g.first[0] + g.windowLoc[0], width + sums->getExtents().columns - 1);
-    for (int row = g.first[1]; row <= g.last[1]; row += RunLimits::copiedWidth) {
+    for (int row = g.first[1]; row <= g.last[1]; row += capacity.turnedHeight) {
       g.position[1] = row;
-      computeTurned(y, width, std::min(RunLimits::copiedWidth, g.last[1] - row + 1));
+      computeTurned(y, width, std::min(capacity.turnedHeight, g.last[1] - row + 1));
     }
   } while (nextPosition(g.position, g.first, g.last));
 }

@@ -61,8 +61,11 @@ class LineWalk {
 
   void readGeometry(const Sector& sector, const Block& filter, const Block& input, const Block& output);
   bool nextPosition(std::vector<int>& at, const std::vector<int>& low, const std::vector<int>& high) const;
-  bool canCopy(Size elements) const { return elements <= maxCopied; }
-  void runUpright(YT* y, int maxWidth);
+  static bool canCopy(Size elements) { return elements <= maxCopied; }
+  /// Elements of the lines of a run that are gathered, or turned.
+  Size uprightElements(int width, int rows) const;
+  Size turnedElements(int width, int rows) const;
+  void runUpright(YT* y, int maxWidth, int maxRows);
   void runTurned(YT* y);
   void computeUpright(YT* y, int width, int rows);
   void computeTurned(YT* y, int width, int rows);
@@ -73,8 +76,18 @@ class LineWalk {
   /// Elements that gathered or turned lines may take; a filter that needs more is left to the plain loop.
   static constexpr Size maxCopied = Size{1} << 22;
 
+  /// How much of `RunLimits` the extents of the arrays let a run use; a sector of more outputs takes more runs.
+  struct Capacity {
+    int rows = 0;
+    int width = 0;
+    int copiedWidth = 0;
+    int turnedWidth = 0;
+    int turnedHeight = 0;
+  };
+
   SumsT* sums;
   LineReader<UT> reader;
+  Capacity capacity;
   Geometry g;
   int rank = 0;      ///< walked dimensions, at least 2
   int hostRank = 0;  ///< those of the tables

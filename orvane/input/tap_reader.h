@@ -1,5 +1,7 @@
 #pragma once
 
+#include <concepts>
+
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/element.h"
 #include "orvane/plan/block.h"
@@ -20,6 +22,8 @@ class InsideTaps {
   void beginRow(int j) { row = first + pitch * j; }
   void goTo(int i) { at = row + i; }
   UT& read() { return elementAt(data, at); }
+  /// All taps at once, in fixed point.
+  KarnDSPFixpt::FixptWindow getWindow() const requires std::same_as<UT, Fixpt> { return {*data, first, 1, pitch}; }
 
  private:
   UT* data;

@@ -29,14 +29,14 @@ class ORVANE_API ZdFilterLoader : public ZdLoader {
   /// are elements from one row to the next. A bad status is reported; the destination keeps whatever the functions
   /// wrote.
   ///
-  /// Call this only if all functions were found, and with pitches of at most `mostPitch`.
+  /// Call this only if all functions were found, and with pitches of at most `maxPitch`.
   void filter(const float* kernel, const int* kernelDims, const int* kernelCentre, const float* source, int sourcePitch,
               float* destination, int destinationPitch, IppiSize rectangle) const;
   void filter(const double* kernel, const int* kernelDims, const int* kernelCentre, const double* source,
               int sourcePitch, double* destination, int destinationPitch, IppiSize rectangle) const;
 
   /// The longest row, in elements of `double`, whose length in bytes fits the functions' arguments.
-  static constexpr int mostPitch = INT32_MAX / static_cast<int>(sizeof(double));
+  static constexpr int maxPitch = INT32_MAX / static_cast<int>(sizeof(double));
 
   /// Calls the function for `double` with the work buffer that it asks for. The buffer lives for this call only. Steps
   /// are in bytes.
