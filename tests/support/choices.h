@@ -12,10 +12,10 @@ constexpr std::pair<filters::OutputMode, OutputModeEnum> modeChoices[] = {{filte
                                                                           {filters::OutputMode::same, OutputModeSame},
                                                                           {filters::OutputMode::full, OutputModeFull}};
 constexpr std::pair<filters::PadRule, PadTypeEnum> padChoices[] = {{filters::PadRule::constant, PadTypeConstant},
-                                                               {filters::PadRule::replicate, PadTypeReplicate},
-                                                               {filters::PadRule::symmetric, PadTypeSymmetric},
-                                                               {filters::PadRule::circular, PadTypeCircular},
-                                                               {filters::PadRule::mirror, PadTypeMirror}};
+                                                                   {filters::PadRule::replicate, PadTypeReplicate},
+                                                                   {filters::PadRule::symmetric, PadTypeSymmetric},
+                                                                   {filters::PadRule::circular, PadTypeCircular},
+                                                                   {filters::PadRule::mirror, PadTypeMirror}};
 constexpr std::pair<filters::FilterDirection, AlgorithmModeEnum> directionChoices[] = {
     {filters::FilterDirection::convolution, AlgorithmModeConvolution},
     {filters::FilterDirection::correlation, AlgorithmModeCorrelation}};

@@ -126,7 +126,7 @@ TEST(ConvolutionRunTest, ASeparableObjectRunsWithOtherFilters) {
 }
 
 using Line = std::vector<double>;
-Line valid(Direction direction, const Line& h, const Line& u) {
+Line valid(FilterDirection direction, const Line& h, const Line& u) {
   const auto lineOf = [](const Line& l) { return ArrayView(l, {static_cast<std::int64_t>(l.size())}); };
   const Array<double> y = convolve(lineOf(u), lineOf(h), {.direction = direction});
   return {y.begin(), y.end()};
@@ -138,7 +138,8 @@ TEST(ConvolutionRunTest, KnownSums) {
   EXPECT_EQ(outputExtents({4}, {2}, OutputMode::valid), Extents{3});
   const double a = 1 + 0x1p-27;  // a * a = 1 + 2^-26 + 2^-54, of which the last term is rounded away
   EXPECT_EQ(valid(FilterDirection::correlation, {1, a}, {-(1 + 0x1p-26), a}), Line{0}) << "fused";
-  EXPECT_EQ(valid(FilterDirection::correlation, {1, 1, 1, 1}, {1, 0x1p53, -0x1p53, 1}), Line{1}) << "reordered or widened";
+  EXPECT_EQ(valid(FilterDirection::correlation, {1, 1, 1, 1}, {1, 0x1p53, -0x1p53, 1}), Line{1})
+      << "reordered or widened";
   const double infinity = std::numeric_limits<double>::infinity();
   EXPECT_TRUE(std::isnan(valid(FilterDirection::correlation, {0, 1}, {infinity, 1})[0])) << "zero taps count";
   EXPECT_FALSE(std::signbit(valid(FilterDirection::convolution, {1}, {-0.0})[0])) << "a sum that starts at +0";
