@@ -1,7 +1,4 @@
 // Fixed-point values: sums of products and single operations, beside SystemC's two implementations.
-
-#include <benchmark/benchmark.h>
-
 #include <memory>
 #include <random>
 #include <vector>
@@ -9,9 +6,10 @@
 #define SC_INCLUDE_FX
 #include <sysc/datatypes/fx/fx.h>
 
-#include "bench/per_item.h"
+#include "bench/harness.h"
 #include "orvane/platform/karn_fixpt_3_make.h"
 
+namespace bench {
 namespace {
 
 using namespace KarnDSPFixpt;
@@ -39,7 +37,37 @@ std::unique_ptr<Fixpt> filled(const FixptDescription& d, unsigned seed) {
   return array;
 }
 
-void sumOfProducts(benchmark::State& state, bool statistics, bool isComplex) {
+/// The same sum in SystemC, whose values carry their types as ours do; time of one tap.
+template <class Number>
+Sampler systemC() {
+  struct Operands {
+    std::vector<Number> input, filter;
+    Number product{32, 12, sc_dt::SC_RND, sc_dt::SC_SAT}, sum{40, 24, sc_dt::SC_RND, sc_dt::SC_SAT};
+  };
+  const auto o = std::make_shared<Operands>();
+  for (const unsigned seed : {1U, 2U}) {
+    std::vector<Number>& numbers = seed == 1 ? o->input : o->filter;
+    numbers.reserve(taps);
+    for (const double v : samples(seed)) {
+      numbers.emplace_back(16, 4, sc_dt::SC_RND, sc_dt::SC_SAT);
+      numbers.back() = v;
+    }
+  }
+  return timed(
+      [o] {
+        o->sum = 0;
+        for (std::size_t i = 0; i < taps; ++i) {
+          o->product = o->input[i] * o->filter[i];
+          o->sum += o->product;
+        }
+        keep(o->sum);
+      },
+      taps);
+}
+
+void sumOfProducts(Harness& harness, const char* type, bool statistics, bool isComplex) {
+  const Subject subject{"fixed-point sum", type, "", "", 1};
+  if (!harness.wants(subject)) return;
   FixptDescription d = description({16, 12});
   d.isComplex = isComplex;
   const auto input = filled(d, 1);
@@ -48,69 +76,39 @@ void sumOfProducts(benchmark::State& state, bool statistics, bool isComplex) {
   const auto sum = makeFixpt(makeAttributes(d));
   for (Fixpt* array : {input.get(), filter.get(), sum.get()}) array->setStatistics(statistics);
   const int step = isComplex ? 2 : 1;
-  for (auto _ : state) {
+  const auto run = [&] {
     *sum = 0;
     for (int i = 0; i < taps; ++i) {
       input->setCursor(i * step);
       filter->setCursor(i * step);
       *sum += *input * *filter;
     }
-    benchmark::DoNotOptimize(sum->toDouble());
-  }
-  reportPerItem(state, "op", taps);
-}
-BENCHMARK_CAPTURE(sumOfProducts, no_statistics, false, false);
-BENCHMARK_CAPTURE(sumOfProducts, statistics, true, false);
-BENCHMARK_CAPTURE(sumOfProducts, complex, true, true);
-
-/// The same sum in SystemC, whose values carry their types as ours do.
-template <class Number>
-void sumOfProductsSystemC(benchmark::State& state) {
-  const auto values = [](unsigned seed) {
-    std::vector<std::unique_ptr<Number>> numbers;
-    for (const double v : samples(seed)) {
-      numbers.push_back(std::make_unique<Number>(16, 4, sc_dt::SC_RND, sc_dt::SC_SAT));
-      *numbers.back() = v;
-    }
-    return numbers;
+    keep(sum->toDouble());
   };
-  const auto input = values(1);
-  const auto filter = values(2);
-  Number product(32, 12, sc_dt::SC_RND, sc_dt::SC_SAT);
-  Number sum(40, 24, sc_dt::SC_RND, sc_dt::SC_SAT);
-  for (auto _ : state) {
-    sum = 0;
-    for (std::size_t i = 0; i < taps; ++i) {
-      product = *input[i] * *filter[i];
-      sum += product;
-    }
-    benchmark::DoNotOptimize(sum.to_double());
-  }
-  reportPerItem(state, "op", taps);
+  std::vector<Peer> peers;
+  if (!isComplex) peers = {{"sc_fix", systemC<sc_dt::sc_fix>()}, {"sc_fix_fast", systemC<sc_dt::sc_fix_fast>()}};
+  harness.measure(subject, timed(run, taps), peers);
 }
-BENCHMARK_TEMPLATE(sumOfProductsSystemC, sc_dt::sc_fix)->Name("sumOfProducts/systemc_fix");
-BENCHMARK_TEMPLATE(sumOfProductsSystemC, sc_dt::sc_fix_fast)->Name("sumOfProducts/systemc_fix_fast");
 
 /// `operation(target, a, b)` for each of 1024 pairs of values.
 template <class Operation>
-void each(benchmark::State& state, const FixptType& operand, const FixptType& target, Operation operation) {
+void each(Harness& harness, const char* type, const FixptType& operand, const FixptType& target, Operation operation) {
+  const Subject subject{"fixed-point value", type, "", ""};
+  if (!harness.wants(subject)) return;
   FixptDescription d = description(operand);
   d.product = target;
   const auto a = filled(d, 3);
   const auto b = filled(d, 4);
   d.value = target;
   const auto result = makeFixpt(makeAttributes(d));
-  for (auto _ : state) {
+  const auto run = [&] {
     for (int i = 0; i < taps; ++i) {
       operation(*result, (*a)[i], (*b)[i]);
-      benchmark::DoNotOptimize(result->data());
+      keep(result->data());
     }
-  }
-  reportPerItem(state, "op", taps);
+  };
+  harness.measure(subject, timed(run, taps));
 }
-
-constexpr FixptType narrow = {16, 12};
-constexpr FixptType wide = {128, 100};
 
 /// What a normalised sample does after its sums: two temporaries, a root, a product and a division.
 void normalisation(Fixpt& y, Fixpt& a, Fixpt& b) {
@@ -121,18 +119,27 @@ void normalisation(Fixpt& y, Fixpt& a, Fixpt& b) {
   *energy = *root * b;
   if (!energy->isZero()) y.divideInto(y, *energy);
 }
-void product(Fixpt&, Fixpt& a, Fixpt& b) { benchmark::DoNotOptimize(&(a * b)); }
+void product(Fixpt&, Fixpt& a, Fixpt& b) { keep(a * b); }
 void assignment(Fixpt& y, Fixpt& a, Fixpt&) { y = a; }
-void comparison(Fixpt&, Fixpt& a, Fixpt& b) { benchmark::DoNotOptimize(a > b); }
+void comparison(Fixpt&, Fixpt& a, Fixpt& b) { keep(a > b); }
 void division(Fixpt& y, Fixpt& a, Fixpt& b) { y.divideInto(a, b); }
 void squareRoot(Fixpt& y, Fixpt& a, Fixpt&) { a.sqrtInto(&y); }
-BENCHMARK_CAPTURE(each, assignment_16_to_12, narrow, FixptType{12, 8}, assignment);
-BENCHMARK_CAPTURE(each, comparison_16, narrow, narrow, comparison);
-BENCHMARK_CAPTURE(each, product_32_to_64, FixptType{32, 24}, FixptType{64, 48}, product);
-BENCHMARK_CAPTURE(each, product_128, wide, wide, product);
-BENCHMARK_CAPTURE(each, division_32, FixptType{32, 20}, FixptType{32, 20}, division);
-BENCHMARK_CAPTURE(each, division_128, wide, wide, division);
-BENCHMARK_CAPTURE(each, normalisation_16_in_40, narrow, FixptType{40, 20}, normalisation);
-BENCHMARK_CAPTURE(each, square_root_40, FixptType{40, 30}, FixptType{32, 20}, squareRoot);
 
 }  // namespace
+
+void measureFixedPoint(Harness& harness) {
+  constexpr FixptType narrow = {16, 12}, wide = {128, 100};
+  sumOfProducts(harness, "16 bits", false, false);
+  sumOfProducts(harness, "16 bits, statistics", true, false);
+  sumOfProducts(harness, "16 bits, complex", true, true);
+  each(harness, "assignment, 16 to 12", narrow, {12, 8}, assignment);
+  each(harness, "comparison, 16", narrow, narrow, comparison);
+  each(harness, "product, 32 to 64", {32, 24}, {64, 48}, product);
+  each(harness, "product, 128", wide, wide, product);
+  each(harness, "division, 32", {32, 20}, {32, 20}, division);
+  each(harness, "division, 128", wide, wide, division);
+  each(harness, "normalisation, 16 in 40", narrow, {40, 20}, normalisation);
+  each(harness, "square root, 40", {40, 30}, {32, 20}, squareRoot);
+}
+
+}  // namespace bench
