@@ -68,7 +68,7 @@ std::string cell(double value, int digits) {
 /// Three digits at least, none of them behind the point from 100 on.
 std::string nsCell(double ns) { return cell(ns, ns < 10 ? 3 : ns < 100 ? 2 : 0); }
 
-constexpr const char* columns = "%-18s %-26s %-12s %-7s %10s %8s %8s  %-14s %10s %8s\n";
+constexpr const char* columns = "%-23s %-26s %-12s %-7s %10s %8s %8s  %-14s %10s %8s\n";
 
 }  // namespace
 
@@ -109,7 +109,7 @@ void Harness::measure(const Subject& subject, const Sampler& ours, const std::ve
 
   // Long jobs take few repeats. The budget is wall time of this process' turns.
   const std::size_t least = settings.quick ? 3 : 5, most = 101;
-  const double end = now() + (settings.quick ? 0.1e9 : 0.8e9);
+  const double end = now() + (settings.quick ? 0.1e9 : 0.5e9);
   for (std::size_t n = 0; n < least || (n < most && now() < end); ++n) {
     for (Series& series : all) series.sample();
   }

@@ -28,7 +28,8 @@ void measureCube(Harness& harness, std::int64_t side) {
   const Subject subject{"volume", elementName<T>(), extentsText(side, 3), "3x3x3", 27};
   if (!harness.wants(subject)) return;
   const Array<T> input = randomArray<T>({side, side, side});
-  CorrelationND<T> job(randomArray<T>({3, 3, 3}), input.extents(), {.mode = OutputMode::same, .pad = Pad::symmetric});
+  CorrelationND<T> job(randomArray<T>({3, 3, 3}), input.extents(),
+                       {.mode = OutputMode::same, .pad = PadRule::symmetric});
   Array<T> output(job.outputExtents());
   const auto outputs = static_cast<double>(output.size());
   Sampler scipy;

@@ -24,7 +24,7 @@ std::size_t sizeOf(ElementType type) { return traits[static_cast<std::size_t>(ty
 std::string_view nameOf(ElementType type) { return traits[static_cast<std::size_t>(type)].name; }
 
 std::size_t bytesOf(ElementType type, const std::vector<std::int64_t>& extents) {
-  constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
+  constexpr std::int64_t maxBytes = std::numeric_limits<std::int64_t>::max();
   auto bytes = static_cast<std::int64_t>(sizeOf(type));
   bool isEmpty = false;
   for (const std::int64_t extent : extents) {
@@ -33,7 +33,7 @@ std::size_t bytesOf(ElementType type, const std::vector<std::int64_t>& extents) 
       isEmpty = true;
       continue;
     }
-    if (bytes > most / extent) throw std::length_error("the extents multiply to more than 64 bits hold");
+    if (bytes > maxBytes / extent) throw std::length_error("the extents multiply to more than 64 bits hold");
     bytes *= extent;
   }
   return isEmpty ? 0 : static_cast<std::size_t>(bytes);

@@ -31,10 +31,10 @@ std::size_t sizeOf(ElementType type);
 /// The name of a type as NPY users know it: "bool", "int8", "float32", "complex64".
 std::string_view nameOf(ElementType type);
 
-/// An array of any number of dimensions; with none it holds one element.
+/// An array of any number of dimensions; an array without dimensions has one element.
 ///
-/// Element (i0, i1, ...) stands at i0 + i1 * extents[0] + i2 * extents[0] * extents[1] + ..., as everywhere in Orvane:
-/// dimension 0 is contiguous. Elements lie in `bytes` one behind the other in the machine's own byte order.
+/// Element (i0, i1, ...) stands at i0 + i1 * extents[0] + i2 * extents[0] * extents[1] + ..., so dimension 0 is
+/// contiguous, as everywhere in Orvane. `bytes` holds the elements in this order and in the machine's byte order.
 struct Array {
   ElementType type = ElementType::float64;
   std::vector<std::int64_t> extents;
@@ -42,7 +42,7 @@ struct Array {
 
   std::size_t elements() const { return bytes.size() / sizeOf(type); }
 
-  /// The elements as type T, whose size must be that of `type`. Storage of a vector is aligned for all of them.
+  /// The elements as type T, which must have the size of `type`. A vector's storage is aligned for all these types.
   template <class T>
   const T* as() const {
     return reinterpret_cast<const T*>(bytes.data());
@@ -53,7 +53,7 @@ struct Array {
   }
 };
 
-/// Calls `visit` with the address of the first element, whatever its type: bools are `std::uint8_t`.
+/// Calls `visit` with the address of the first element, in its own type; bools are `std::uint8_t`.
 template <class Visit>
 void visitElements(const Array& array, Visit&& visit) {
   switch (array.type) {
@@ -74,8 +74,8 @@ void visitElements(const Array& array, Visit&& visit) {
   throw std::logic_error("unknown element type");
 }
 
-/// Product of the extents times the size of an element; throws `std::length_error` if an extent is negative or the
-/// product exceeds what a signed 64-bit number holds.
+/// Product of the extents times the size of an element. Throws `std::length_error` for a negative extent and for a
+/// product beyond the range of a signed 64-bit number.
 std::size_t bytesOf(ElementType type, const std::vector<std::int64_t>& extents);
 
 }  // namespace BP::tool

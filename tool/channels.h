@@ -10,22 +10,22 @@
 
 namespace BP::tool {
 
-/// What moves over a picture, and where it does.
+/// A window that moves over a picture.
 struct Window {
   int width = 0;
   int height = 0;
   filters::OutputMode mode = filters::OutputMode::valid;
-  filters::Pad pad = filters::Pad::constant;
+  filters::PadRule pad = filters::PadRule::constant;
 };
 
-/// The picture for the outputs of `window` over `image`: extents by the mode, bit depth and channels those of `image`,
-/// colours all 0, alpha in place. `isBilevel` is not taken over.
+/// The picture for the outputs of `window` over `image`. The mode gives its extents; bit depth and channels are those
+/// of `image`; colours are 0 and alpha is complete. `isBilevel` is false.
 ///
-/// Alpha is not filtered: each output gets that of the pixel under the window's centre (of the two in the middle of an
-/// even side, the one further left or up). Mode valid so crops it, same copies it, and full takes what lies beyond the
-/// edge by the rule of the pad, 0 with a constant one.
+/// Alpha is not filtered: each output gets the alpha of the pixel under the window's centre (for an even side, the one
+/// of the two further left or up). So mode valid crops alpha, same copies it, and full takes values beyond the edge by
+/// the rule of the pad, which is 0 for a constant pad.
 ///
-/// Throws `std::runtime_error` if the window, called `name`, does not fit.
+/// Throws `std::runtime_error` if the window does not fit; `name` is what the error calls it.
 Image makeOutput(const Image& image, const Window& window, const std::string& name);
 
 /// A channel as a plane of elements T, dimension 0 from left to right.

@@ -32,33 +32,34 @@ void paint(Image& image, const Cell& cell, const Value& value) {
   }
 }
 
-/// At the distance r from the middle of sides of at most n: phase r^2 / (2 n) turns, so r / n turns a pixel.
+/// The phase at the distance r from the middle is r^2 / (2 n) turns, where n is the longer side, so the frequency is
+/// r / n turns a pixel.
 void paintZonePlate(Image& image, const Cell& cell) {
-  const std::int64_t longest = std::max(cell.width, cell.height);
+  const std::int64_t longerSide = std::max(cell.width, cell.height);
   paint(image, cell, [&](int x, int y) {
     const std::int64_t across = 2 * x - (cell.width - 1);
     const std::int64_t down = 2 * y - (cell.height - 1);
-    // Twice the distances keep this whole; whole turns go before the division rounds.
-    const std::int64_t period = 8 * longest;
+    // Doubled distances are whole numbers, and whole turns are removed before the division rounds.
+    const std::int64_t period = 8 * longerSide;
     const std::int64_t phase = (across * across + down * down) % period;
     return 0.5 + 0.5 * cosineOfTurns(static_cast<double>(phase) / static_cast<double>(period));
   });
 }
 
-/// Black lines over a height that shrinks from that of the cell to two pixels for a line and its gap.
+/// Black lines over a height that shrinks from the height of the cell to two pixels for each line and its gap.
 void paintWedge(Image& image, const Cell& cell) {
   const int pairs = std::clamp(cell.height / 8, 1, 12);
   const double slope = static_cast<double>(2 * pairs - cell.height) / cell.width;
   paint(image, cell, [&](int x, int y) {
     const double height = cell.height + slope * x;
-    const double place = (y + 0.5 - 0.5 * cell.height) / height;
-    if (std::fabs(place) > 0.5) return 1.0;
-    return 0.5 + 0.5 * cosineOfTurns(pairs * (place + 0.5));
+    const double level = (y + 0.5 - 0.5 * cell.height) / height;
+    if (std::fabs(level) > 0.5) return 1.0;
+    return 0.5 + 0.5 * cosineOfTurns(pairs * (level + 0.5));
   });
 }
 
-/// Letters of `text` from number `first` on, again and again, as many as fit into a line of `size` pixels a dot whose
-/// upper left corner is that of `box`. Returns the number of the next letter.
+/// Paints a line of text with `size` pixels a dot at the upper left corner of `box`: as many letters as fit, from
+/// letter `first` of `text` on, which is repeated. Returns the number of the next letter.
 std::size_t paintLine(Image& image, const Cell& box, std::string_view text, std::size_t first, int size) {
   const int advance = (glyphWidth + 1) * size;
   const int count = (box.width + size) / advance;

@@ -1,4 +1,3 @@
-#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -11,35 +10,31 @@ namespace BP::tool {
 
 namespace {
 
-struct Arguments {
-  std::string out;
-  std::string size = "640x480";
-};
-
-void run(const Arguments& arguments) {
-  const std::string what = "--size " + inQuotes(arguments.size);
-  const auto sides = split(arguments.size, 'x');
+int run(const Values& values) {
+  const std::string& size = values["--size"];
+  const std::string what = "--size " + inQuotes(size);
+  const auto sides = split(size, 'x');
   if (sides.size() != 2) throw std::runtime_error(what + ": allowed is WIDTHxHEIGHT, such as 640x480");
-  const int width = parseWhole(sides[0], leastChartWidth, longestChartSide, what + ": width");
-  const int height = parseWhole(sides[1], leastChartHeight, longestChartSide, what + ": height");
-  checkPngName(arguments.out);
-  writePng(arguments.out, drawChart(width, height));
+  const int width = parseWhole(sides[0], minChartWidth, maxChartSide, what + ": width");
+  const int height = parseWhole(sides[1], minChartHeight, maxChartSide, what + ": height");
+  checkPngName(values["OUT"]);
+  writePng(values["OUT"], drawChart(width, height));
+  return 0;
 }
 
 }  // namespace
 
-void addChart(CLI::App& command) {
-  CLI::App* operation = command.add_subcommand("chart", "Draws a test chart that shows what filters do");
-  const auto arguments = std::make_shared<Arguments>();
-  operation->add_option("OUT", arguments->out, "PNG picture to write, grey of 8 bits")->required()->type_name("");
-  operation->add_option("--size", arguments->size, "Width and height in pixels")
-      ->type_name("WxH")
-      ->capture_default_str();
-  operation->footer("Width " + std::to_string(leastChartWidth) + " to " + std::to_string(longestChartSide) +
-                    ", height " + std::to_string(leastChartHeight) + " to " + std::to_string(longestChartSide) +
-                    ". The same size gives the same picture on every machine.\n"
-                    "Example: orvane chart chart.png --size 800x600\n");
-  operation->callback([arguments] { run(*arguments); });
+Operation chartOperation() {
+  return {.name = "chart",
+          .summary = "Draws a test chart that shows what filters do",
+          .options =
+              {{.name = "OUT", .meaning = "PNG picture to write, grey of 8 bits", .isRequired = true},
+               {.name = "--size", .meaning = "Width and height in pixels", .form = "WxH", .defaultValue = "640x480"}},
+          .details = "Width " + std::to_string(minChartWidth) + " to " + std::to_string(maxChartSide) + ", height " +
+                     std::to_string(minChartHeight) + " to " + std::to_string(maxChartSide) +
+                     ". The same size gives the same picture on every machine.\n",
+          .example = "chart chart.png --size 800x600",
+          .run = run};
 }
 
 }  // namespace BP::tool

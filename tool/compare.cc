@@ -1,60 +1,108 @@
 #include "tool/compare.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
+#include <limits>
 #include <stdexcept>
-#include <type_traits>
 
+#include "tool/elements.h"
 #include "tool/text.h"
 
 namespace BP::tool {
 
 namespace {
 
-/// Up to here `double` has every whole number.
-constexpr long double greatestExact = 9007199254740992.0L;  // 2^53
-
-double exact(const std::string& name, double value) {
-  if (!std::isfinite(value)) throw std::runtime_error("the " + name + " array holds a value that is not finite");
+template <class T>
+Element exact(T value) {
+  return static_cast<long double>(value);
+}
+template <class T>
+Element exact(const std::complex<T>& value) {
   return value;
 }
 
-std::vector<double> valuesOf(const Array& array, const std::string& name) {
-  std::vector<double> values;
-  values.reserve(array.elements());
-  visitElements(array, [&](const auto* elements) {
-    using T = std::remove_cvref_t<decltype(*elements)>;
-    for (std::size_t i = 0; i < array.elements(); ++i) {
-      if constexpr (std::is_arithmetic_v<T>) {
-        if (std::is_integral_v<T> && std::fabs(static_cast<long double>(elements[i])) > greatestExact) {
-          throw std::runtime_error("the " + name + " array holds " + std::to_string(elements[i]) +
-                                   "; allowed are whole numbers of -2^53 to 2^53");
-        }
-        values.push_back(exact(name, static_cast<double>(elements[i])));
-      } else {
-        throw std::runtime_error("the " + name + " array has elements of type " + std::string(nameOf(array.type)) +
-                                 "; allowed are real ones");
-      }
-    }
-  });
-  return values;
+Element elementAt(const Array& array, std::size_t index) {
+  Element element;
+  visitElements(array, [&](const auto* elements) { element = exact(elements[index]); });
+  return element;
 }
 
-std::vector<std::int64_t> placeOf(std::size_t index, const std::vector<std::int64_t>& extents) {
-  std::vector<std::int64_t> place;
+bool isNan(const Element& element) { return std::isnan(element.real()) || std::isnan(element.imag()); }
+
+bool isEqual(const Element& a, const Element& b) { return a == b || (isNan(a) && isNan(b)); }
+
+/// b - a; 0 for equal elements, also for infinities and NaN.
+Element differenceOf(const Element& a, const Element& b) { return isEqual(a, b) ? Element{} : b - a; }
+
+/// |b - a|, infinite if it is no number.
+long double errorOf(const Element& difference) {
+  const long double error = std::hypot(difference.real(), difference.imag());
+  return std::isnan(error) ? std::numeric_limits<long double>::infinity() : error;
+}
+
+std::vector<std::int64_t> positionOf(std::size_t index, const std::vector<std::int64_t>& extents) {
+  std::vector<std::int64_t> position;
   auto rest = static_cast<std::int64_t>(index);
   for (const std::int64_t extent : extents) {
-    place.push_back(rest % extent);
+    position.push_back(rest % extent);
     rest /= extent;
   }
-  return place;
+  return position;
 }
 
-std::string ratioText(double rms, double peak) {
+std::uint64_t differentBitsOf(const Array& first, const Array& second) {
+  if (first.type != second.type) return 0;
+  const std::size_t size = sizeOf(first.type);
+  std::uint64_t count = 0;
+  for (std::size_t at = 0; at < first.bytes.size(); at += size) {
+    if (std::memcmp(&first.bytes[at], &second.bytes[at], size) != 0) ++count;
+  }
+  return count;
+}
+
+/// Sets mean and rms. Errors are divided by `scale`, the largest finite one, before they are squared; otherwise the
+/// squares of tiny errors would be 0.
+void setMeans(Comparison& result, const Array& first, const Array& second, long double scale) {
+  const std::uint64_t count = result.elements - result.infiniteErrors;
+  if (count == 0 || scale == 0) return;
+  Element sum;
+  long double squares = 0;
+  for (std::size_t i = 0; i < result.elements; ++i) {
+    const Element difference = differenceOf(elementAt(first, i), elementAt(second, i));
+    const long double error = errorOf(difference);
+    if (!std::isfinite(error)) continue;
+    sum += difference;
+    squares += error / scale * (error / scale);
+  }
+  result.mean = sum / static_cast<long double>(count);
+  result.rms = scale * std::sqrt(squares / static_cast<long double>(count));
+}
+
+std::string elementText(const Element& element, ElementType type) {
+  std::string text = roundedText(element.real(), 4);
+  if (!isComplex(type)) return text;
+  const std::string imaginary = roundedText(element.imag(), 4);
+  return text + (imaginary[0] == '-' ? "" : "+") + imaginary + "i";
+}
+
+std::string typeText(const Comparison& comparison) {
+  const std::string first(nameOf(comparison.firstType));
+  return first + (comparison.hasSameTypes() ? "" : " and " + std::string(nameOf(comparison.secondType)));
+}
+
+std::string bitsText(const Comparison& comparison) {
+  if (!comparison.hasSameTypes()) return "not compared, as the types differ";
+  if (comparison.differentBits == 0) return "the same";
+  return std::to_string(comparison.differentBits) + " of " + std::to_string(comparison.elements) + " different";
+}
+
+std::string ratioText(long double rms, double peak) {
   if (rms == 0) return "infinite";
   char text[48];
-  std::snprintf(text, sizeof text, "%.2f dB", 20 * std::log10(peak / rms));
+  std::snprintf(text, sizeof text, "%.2Lf dB", 20 * std::log10(peak / rms));
   return text;
 }
 
@@ -68,44 +116,51 @@ Comparison compare(const Array& first, const Array& second) {
   if (first.extents.empty() || first.elements() == 0) {
     throw std::runtime_error("the arrays have no dimensions or are empty; extents must be 1 or more");
   }
-  const std::vector<double> a = valuesOf(first, "first"), b = valuesOf(second, "second");
   Comparison result;
   result.extents = first.extents;
-  result.elements = a.size();
-  double sum = 0;
+  result.firstType = first.type;
+  result.secondType = second.type;
+  result.elements = first.elements();
+  result.differentBits = differentBitsOf(first, second);
+  long double maxFinite = 0;
   std::size_t worst = 0;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    const double difference = b[i] - a[i];
-    sum += difference;
-    result.different += difference != 0 ? 1 : 0;
-    if (std::fabs(difference) <= result.greatest) continue;
-    result.greatest = std::fabs(difference);
+  for (std::size_t i = 0; i < result.elements; ++i) {
+    const Element a = elementAt(first, i), b = elementAt(second, i);
+    if (isEqual(a, b)) continue;
+    const long double error = errorOf(b - a);
+    ++result.differentValues;
+    if (std::isfinite(error)) {
+      maxFinite = std::max(maxFinite, error);
+    } else {
+      ++result.infiniteErrors;
+    }
+    if (error <= result.maxError) continue;
+    result.maxError = error;
     worst = i;
   }
-  if (!std::isfinite(sum)) throw std::runtime_error("the values are too far apart: differences sum to beyond 1.8e308");
-  if (result.different == 0) return result;
-  double squares = 0;  // of shares of the greatest difference, lest those of tiny ones vanish
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    const double share = (b[i] - a[i]) / result.greatest;
-    squares += share * share;
-  }
-  const auto count = static_cast<double>(a.size());
-  result.mean = sum / count;
-  result.rms = result.greatest * std::sqrt(squares / count);
-  result.place = placeOf(worst, first.extents);
-  result.before = a[worst];
-  result.after = b[worst];
+  setMeans(result, first, second, maxFinite);
+  result.position = positionOf(worst, first.extents);
+  result.before = elementAt(first, worst);
+  result.after = elementAt(second, worst);
   return result;
 }
 
 std::string comparisonText(const Comparison& comparison, const std::optional<double>& peak) {
-  std::string text = "values     " + joined(comparison.extents, "x") + ", " + std::to_string(comparison.different) +
-                     " of " + std::to_string(comparison.elements) + " different\n";
-  if (comparison.different > 0) {
-    text += "greatest   " + roundedText(comparison.greatest, 4) + " at " + joined(comparison.place, ",") + ", from " +
-            roundedText(comparison.before, 4) + " to " + roundedText(comparison.after, 4) + "\n";
+  const ElementType widest = isComplex(comparison.firstType) ? comparison.firstType : comparison.secondType;
+  std::string text = "type       " + typeText(comparison) + "\nbits       " + bitsText(comparison) + "\nvalues     " +
+                     joined(comparison.extents, "x") + ", " + std::to_string(comparison.differentValues) + " of " +
+                     std::to_string(comparison.elements) + " different\n";
+  if (comparison.differentValues > 0) {
+    text += "greatest   " + roundedText(comparison.maxError, 4) + " at " + joined(comparison.position, ",") +
+            ", from " + elementText(comparison.before, comparison.firstType) + " to " +
+            elementText(comparison.after, comparison.secondType) + "\n";
   }
-  text += "mean       " + roundedText(comparison.mean, 4) + "\nrms        " + roundedText(comparison.rms, 4) + "\n";
+  if (comparison.infiniteErrors > 0) {
+    text += "infinite   " + std::to_string(comparison.infiniteErrors) +
+            " of the differences; mean, rms and psnr leave them out\n";
+  }
+  text +=
+      "mean       " + elementText(comparison.mean, widest) + "\nrms        " + roundedText(comparison.rms, 4) + "\n";
   if (peak) text += "psnr       " + ratioText(comparison.rms, *peak) + ", of a peak of " + numberText(*peak) + "\n";
   return text;
 }

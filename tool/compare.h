@@ -1,5 +1,6 @@
 #pragma once
 
+#include <complex>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -9,27 +10,34 @@
 
 namespace BP::tool {
 
-/// How far the elements b of an array are from the elements a of another one of the same extents.
+/// An element of any type without rounding: `long double` represents every whole number of 64 bits and every `double`.
+using Element = std::complex<long double>;
+
+/// The differences between the elements a of an array and the elements b of another array of the same extents.
+///
+/// Two elements are equal if their values are: +0 and -0 are equal, a NaN equals another NaN, and the element type does
+/// not matter. The error of a pair is |b - a|; it is infinite if just one of the two is NaN, or if infinities differ.
 struct Comparison {
   std::vector<std::int64_t> extents;
+  ElementType firstType{}, secondType{};
   std::uint64_t elements = 0;
-  std::uint64_t different = 0;      ///< elements with a != b
-  double greatest = 0;              ///< the greatest |b - a|
-  std::vector<std::int64_t> place;  ///< where it lies first, dimension 0 first; empty if all are equal
-  double before = 0;                ///< a there
-  double after = 0;                 ///< b there
-  double mean = 0;                  ///< of b - a
-  double rms = 0;                   ///< the root of the mean of (b - a)^2
+  std::uint64_t differentBits = 0;    ///< pairs of different bits; 0 if the element types differ
+  std::uint64_t differentValues = 0;  ///< pairs that are not equal
+  std::uint64_t infiniteErrors = 0;   ///< pairs whose error is infinite
+  long double maxError = 0;
+  std::vector<std::int64_t> position;  ///< of the first pair with the largest error, dimension 0 first
+  Element before, after;               ///< a and b there
+  Element mean;                        ///< of b - a, over the pairs with a finite error
+  long double rms = 0;                 ///< the root of the mean of |b - a|^2, over the same pairs
+
+  bool hasSameTypes() const { return firstType == secondType; }
 };
 
-/// Compares two real arrays element by element, in `double`, which must hold the elements exactly.
-///
-/// Throws `std::runtime_error` for extents that differ, for empty arrays, for elements that are complex, not finite or
-/// whole numbers beyond 2^53, and for values whose difference, or the sum of these, is beyond the range of `double`.
+/// Compares two arrays element by element. Throws `std::runtime_error` for extents that differ, and for empty arrays.
 Comparison compare(const Array& first, const Array& second);
 
-/// The comparison in words, a line for each number. The peak signal-to-noise ratio, 20 log10(peak / rms), is told if
-/// there is a peak.
+/// The comparison as text, a line for each number. With a peak there is a line for the peak signal-to-noise ratio,
+/// 20 log10(peak / rms).
 std::string comparisonText(const Comparison& comparison, const std::optional<double>& peak);
 
 }  // namespace BP::tool

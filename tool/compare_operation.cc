@@ -1,13 +1,15 @@
-#include <memory>
+#include <algorithm>
+#include <cstdint>
 #include <optional>
 #include <stdexcept>
 #include <string>
 
 #include "tool/compare.h"
 #include "tool/file.h"
-#include "tool/file_arguments.h"
+#include "tool/filtered_files.h"
 #include "tool/npy_file.h"
 #include "tool/operations.h"
+#include "tool/option_values.h"
 #include "tool/png_file.h"
 #include "tool/samples.h"
 #include "tool/text.h"
@@ -16,27 +18,38 @@ namespace BP::tool {
 
 namespace {
 
-struct Arguments {
-  std::string first;
-  std::string second;
-  std::optional<std::string> peak;
-};
-
-struct Values {
+/// An array, or the samples of a picture as elements of the type uint8 or uint16.
+struct Content {
   Array array;
   int bitDepth = 0;  ///< of a picture
 };
 
-Values readValues(const std::string& path) {
-  if (isArrayName(path)) return {readNpy(path)};
-  const Image image = readPng(path);
-  return {samplesOf(image), image.bitDepth};
+template <class T>
+Array samplesAs(const Image& image, ElementType type) {
+  Array array{type, samplesOf(image).extents, {}};
+  array.bytes.resize(image.samples.size() * sizeof(T));
+  std::ranges::transform(image.samples, array.as<T>(), [](std::uint16_t sample) { return static_cast<T>(sample); });
+  return array;
 }
 
-std::optional<double> peakFor(const Arguments& arguments, const Values& first, const Values& second) {
-  if (arguments.peak) {
-    const double peak = parseNumber(*arguments.peak, "--peak");
-    if (peak <= 0) throw std::runtime_error("--peak " + inQuotes(*arguments.peak) + " must be greater than 0");
+Content readContent(const std::string& path) {
+  if (isArrayName(path)) return {readNpy(path)};
+  const Image image = readPng(path);
+  return {image.bitDepth == 8 ? samplesAs<std::uint8_t>(image, ElementType::uint8)
+                              : samplesAs<std::uint16_t>(image, ElementType::uint16),
+          image.bitDepth};
+}
+
+void checkBitDepths(const Content& first, const Content& second) {
+  if (first.bitDepth == second.bitDepth || first.bitDepth == 0 || second.bitDepth == 0) return;
+  throw std::runtime_error("the pictures have " + std::to_string(first.bitDepth) + " and " +
+                           std::to_string(second.bitDepth) + " bits; they must have the same");
+}
+
+std::optional<double> peakOf(const Values& values, const Content& first, const Content& second) {
+  if (values.has("--peak")) {
+    const double peak = numberOf(values, "--peak");
+    if (peak <= 0) throw std::runtime_error("--peak " + inQuotes(values["--peak"]) + " must be greater than 0");
     return peak;
   }
   const int depth = first.bitDepth != 0 ? first.bitDepth : second.bitDepth;
@@ -44,36 +57,56 @@ std::optional<double> peakFor(const Arguments& arguments, const Values& first, c
   return (1 << depth) - 1;
 }
 
-void run(const Arguments& arguments) {
-  const Values first = readValues(arguments.first), second = readValues(arguments.second);
-  if (first.bitDepth != second.bitDepth && first.bitDepth != 0 && second.bitDepth != 0) {
-    throw std::runtime_error("the pictures have " + std::to_string(first.bitDepth) + " and " +
-                             std::to_string(second.bitDepth) + " bits; they must have the same");
+/// Without an allowed error everything counts: element types, bits and values.
+bool isDifferent(const Comparison& comparison, const std::optional<double>& maxError) {
+  if (maxError) return comparison.maxError > *maxError;
+  return !comparison.hasSameTypes() || comparison.differentBits > 0 || comparison.differentValues > 0;
+}
+
+int run(const Values& values) {
+  std::optional<double> maxError;
+  if (values.has("--max-error")) maxError = numberOf(values, "--max-error");
+  if (maxError && *maxError < 0) {
+    throw std::runtime_error("--max-error " + inQuotes(values["--max-error"]) + " must not be less than 0");
   }
-  const std::optional<double> peak = peakFor(arguments, first, second);
-  printOut(comparisonText(compare(first.array, second.array), peak));
+  const Content first = readContent(values["FIRST"]), second = readContent(values["SECOND"]);
+  checkBitDepths(first, second);
+  const std::optional<double> peak = peakOf(values, first, second);
+  const Comparison comparison = compare(first.array, second.array);
+  printOut(comparisonText(comparison, peak));
+  return isDifferent(comparison, maxError) ? 1 : 0;
 }
 
 }  // namespace
 
-void addCompare(CLI::App& command) {
-  CLI::App* operation = command.add_subcommand("compare", "Tells how far one picture or array is from another");
-  const auto arguments = std::make_shared<Arguments>();
-  operation->add_option("FIRST", arguments->first, "PNG picture or NPY array of real elements, the reference")
-      ->required()
-      ->type_name("");
-  operation->add_option("SECOND", arguments->second, "Picture or array of the same extents")->required()->type_name("");
-  operation->add_option("--peak", arguments->peak, "Peak value of psnr; default: the greatest sample of a picture")
-      ->type_name("NUMBER");
-  operation->footer(
-      "values    extents, and how many values are different\n"
-      "greatest  the greatest distance and where it lies first, dimension 0 first: X,Y, of colours CHANNEL,X,Y\n"
-      "mean      of the second value minus the first: the bias\n"
-      "rms       root of the mean of the squared differences\n"
-      "psnr      20 log10(peak / rms); left out for two arrays without --peak\n"
-      "Samples of pictures are whole numbers from 0; a grey picture can be compared with an array of two dimensions.\n"
-      "Example: orvane compare reference.npy result.png\n");
-  operation->callback([arguments] { run(*arguments); });
+Operation compareOperation() {
+  return {
+      .name = "compare",
+      .summary = "Tells how far one picture or array is from another",
+      .options = {{.name = "FIRST", .meaning = "PNG picture or NPY array, the reference", .isRequired = true},
+                  {.name = "SECOND", .meaning = "Picture or array of the same extents", .isRequired = true},
+                  {.name = "--max-error",
+                   .meaning = "Values may differ by up to E; then types and bits do not matter",
+                   .form = "E"},
+                  {.name = "--peak",
+                   .meaning = "Peak value of psnr; default: the greatest sample of a picture",
+                   .form = "NUMBER"}},
+      .details =
+          "The exit code is 0 if nothing differs, 1 if a type, a bit or a value differs, and 2 for errors. With\n"
+          "--max-error it is 1 if the greatest difference exceeds E.\n"
+          "type      the element types, uint8 or uint16 for pictures\n"
+          "bits      how many elements have different bits; not compared if the types differ\n"
+          "values    extents, and how many values are different; 0 and -0 are equal, and so are two NaN\n"
+          "greatest  the greatest distance and where it lies first, dimension 0 first: X,Y, of colours CHANNEL,X,Y\n"
+          "infinite  how many distances are infinite: NaN against a number, or infinity against another value\n"
+          "mean      of the second value minus the first: the bias\n"
+          "rms       root of the mean of the squared distances\n"
+          "psnr      20 log10(peak / rms); left out for two arrays without --peak\n"
+          "Samples of pictures are whole numbers from 0; a grey picture can be compared with an array of two "
+          "dimensions.\nAll values are compared exactly. The distance of complex values is the magnitude of their "
+          "difference.\n",
+      .example = "compare reference.npy result.png --max-error 1/2",
+      .run = run};
 }
 
 }  // namespace BP::tool

@@ -19,13 +19,13 @@ struct IsComplex<std::complex<T>> : std::true_type {};
 
 inline bool isComplex(ElementType type) { return type == ElementType::complex64 || type == ElementType::complex128; }
 
-/// Conversion of one element into To, which counts it in `rounded` if To does not have its value.
+/// Conversion of one element into To. `rounded` is counted up if To cannot represent the value.
 template <class To>
 struct Into {
   template <class From>
   static To convert(From value, std::uint64_t& rounded) {
     const To result = static_cast<To>(value);
-    if constexpr (!std::is_same_v<To, From>) {  // `long double` holds every whole number of 64 bits
+    if constexpr (!std::is_same_v<To, From>) {  // `long double` represents every whole number of 64 bits
       const auto before = static_cast<long double>(value);
       if (before == before && before != static_cast<long double>(result)) ++rounded;
     }
@@ -48,7 +48,7 @@ struct Into<std::complex<Real>> {
   }
 };
 
-/// The elements as To, which is complex if they are.
+/// The elements as To, which must be complex if the elements are. `rounded` counts elements that To cannot represent.
 template <class To>
 filters::Array<To> elementsAs(const Array& array, const filters::Extents& extents, std::uint64_t& rounded) {
   filters::Array<To> result(extents);

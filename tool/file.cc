@@ -1,17 +1,15 @@
 #include "tool/file.h"
 
-#include <fcntl.h>
-#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <optional>
 #include <stdexcept>
-#include <utility>
+#include <system_error>
 
 #include "tool/text.h"
 
@@ -19,116 +17,32 @@ namespace BP::tool {
 
 namespace {
 
-[[noreturn]] void fail(const char* action, const std::string& path, int error) {
-  throw std::runtime_error(std::string("cannot ") + action + " " + inQuotes(path) + ": " + std::strerror(error));
-}
-
 std::optional<struct stat> statusOf(const std::string& path) {
   struct stat status {};
   if (::stat(path.c_str(), &status) != 0) return std::nullopt;
   return status;
 }
 
-/// Holds back the signals that end a program from outside, so that clean-up runs first.
-class SignalHold {
- public:
-  SignalHold() {
-    sigset_t ends;
-    sigemptyset(&ends);
-    for (int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) sigaddset(&ends, signal);
-    sigprocmask(SIG_BLOCK, &ends, &before);
-  }
-  ~SignalHold() { sigprocmask(SIG_SETMASK, &before, nullptr); }
-  SignalHold(const SignalHold&) = delete;
-  SignalHold& operator=(const SignalHold&) = delete;
-
- private:
-  sigset_t before{};
-};
-
-/// An open descriptor to write to, closed at the end; errors speak of `path`, whatever the real name.
-class Writer {
- public:
-  Writer(int openDescriptor, const std::string& shownPath) : descriptor(openDescriptor), path(shownPath) {
-    if (descriptor < 0) fail("write", path, errno);
-  }
-  ~Writer() {
-    if (descriptor >= 0) ::close(descriptor);
-  }
-  Writer(const Writer&) = delete;
-  Writer& operator=(const Writer&) = delete;
-
-  void write(std::span<const std::uint8_t> bytes) {
-    while (!bytes.empty()) {
-      const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
-      if (count < 0 && errno != EINTR) fail("write", path, errno);
-      if (count > 0) bytes = bytes.subspan(static_cast<std::size_t>(count));
-    }
-  }
-
-  void setMode(mode_t mode) {
-    if (::fchmod(descriptor, mode) != 0) fail("write", path, errno);
-  }
-
-  /// Waits for the disk, which may report only now that it is full, and closes.
-  void finish() {
-    const bool unsynced = ::fsync(descriptor) != 0 && errno != EINVAL && errno != EROFS;
-    const int error = errno;
-    const bool unclosed = ::close(std::exchange(descriptor, -1)) != 0;
-    if (unsynced || unclosed) fail("write", path, unsynced ? error : errno);
-  }
-
- private:
-  int descriptor;
-  const std::string& path;
-};
-
-/// A new, empty file in `folder`, removed at the end unless it was given its final name.
-class TemporaryName {
- public:
-  explicit TemporaryName(const std::filesystem::path& folder) : name((folder / ".orvane-XXXXXX").string()) {}
-  ~TemporaryName() {
-    if (made) ::unlink(name.c_str());
-  }
-  TemporaryName(const TemporaryName&) = delete;
-  TemporaryName& operator=(const TemporaryName&) = delete;
-
-  /// Makes and opens it; -1 on failure.
-  int open() {
-    const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
-    made = descriptor >= 0;
-    return descriptor;
-  }
-
-  bool rename(const std::filesystem::path& target) {
-    if (::rename(name.c_str(), target.c_str()) != 0) return false;
-    made = false;
-    return true;
-  }
-
- private:
-  std::string name;
-  bool made = false;
-};
-
-/// The file itself, where `path` is a link to it.
-std::filesystem::path targetOf(const std::string& path) {
-  return statusOf(path) ? std::filesystem::canonical(path) : std::filesystem::path(path);
-}
-
-mode_t modeOfNewFiles() {
-  const mode_t mask = ::umask(0);
-  ::umask(mask);
-  return 0666 & ~mask;
+/// Refuses a link that leads to no file. `statError` is the error number of `stat`, which follows links.
+void checkLink(const std::string& path, int statError) {
+  std::error_code ignored;
+  if (!std::filesystem::is_symlink(path, ignored)) return;
+  if (statError != ENOENT) failFile("write", path, statError);
+  throw std::runtime_error("cannot write " + inQuotes(path) + ": it is a link to " +
+                           inQuotes(std::filesystem::read_symlink(path).string()) + ", which does not exist");
 }
 
 }  // namespace
 
+void failFile(const char* action, const std::string& path, int error) {
+  throw std::runtime_error(std::string("cannot ") + action + " " + inQuotes(path) + ": " + std::strerror(error));
+}
+
 File openForReading(const std::string& path) {
   File file(std::fopen(path.c_str(), "rbe"));
-  if (!file) fail("read", path, errno);
+  if (!file) failFile("read", path, errno);
   struct stat status {};
-  if (::fstat(::fileno(file.get()), &status) == 0 && S_ISDIR(status.st_mode)) fail("read", path, EISDIR);
+  if (::fstat(::fileno(file.get()), &status) == 0 && S_ISDIR(status.st_mode)) failFile("read", path, EISDIR);
   return file;
 }
 
@@ -138,51 +52,45 @@ std::int64_t sizeOf(const File& file) {
   return status.st_size;
 }
 
-std::string readText(const std::string& path, std::size_t limit) {
-  const File file = openForReading(path);
-  std::string text;
-  std::array<char, 4096> block{};
-  while (const std::size_t count = std::fread(block.data(), 1, block.size(), file.get())) {
-    text.append(block.data(), count);
-    if (text.size() > limit) {
-      throw std::runtime_error(inQuotes(path) + " is longer than the " + std::to_string(limit) + " bytes allowed");
-    }
+std::size_t appendBytes(std::vector<std::uint8_t>& bytes, std::FILE* file, std::size_t count) {
+  constexpr std::size_t blockSize = std::size_t{1} << 20;
+  const std::size_t before = bytes.size();
+  while (bytes.size() - before < count) {
+    const std::size_t at = bytes.size();
+    const std::size_t wanted = std::min(blockSize, count - (at - before));
+    bytes.resize(at + wanted);
+    const std::size_t got = std::fread(bytes.data() + at, 1, wanted, file);
+    bytes.resize(at + got);
+    if (got < wanted) break;
   }
-  if (std::ferror(file.get()) != 0) fail("read", path, errno);
-  return text;
+  return bytes.size() - before;
+}
+
+std::string readText(const std::string& path, std::size_t maxSize) {
+  const File file = openForReading(path);
+  std::vector<std::uint8_t> bytes;
+  appendBytes(bytes, file.get(), maxSize + 1);
+  if (std::ferror(file.get()) != 0) failFile("read", path, errno);
+  if (bytes.size() > maxSize) {
+    throw std::runtime_error(inQuotes(path) + " is longer than the " + std::to_string(maxSize) + " bytes allowed");
+  }
+  return {bytes.begin(), bytes.end()};
 }
 
 void checkWritable(const std::string& path) {
   const auto status = statusOf(path);
-  if (status && S_ISDIR(status->st_mode)) fail("write", path, EISDIR);
-  if (status && ::access(path.c_str(), W_OK) != 0) fail("write", path, errno);
+  if (!status) checkLink(path, errno);
+  if (status && S_ISDIR(status->st_mode)) failFile("write", path, EISDIR);
+  if (status && ::access(path.c_str(), W_OK) != 0) failFile("write", path, errno);
   if (isStream(path)) return;
-  const std::filesystem::path folder = targetOf(path).parent_path() / ".";  // fails for what is no folder
-  if (::access(folder.c_str(), W_OK | X_OK) != 0) fail("write", path, errno);
-}
-
-void replaceFile(const std::string& path, std::span<const std::uint8_t> bytes, std::span<const std::uint8_t> more) {
-  checkWritable(path);
-  const auto status = statusOf(path);
-  if (isStream(path)) {
-    Writer stream(::open(path.c_str(), O_WRONLY | O_CLOEXEC), path);
-    stream.write(bytes);
-    stream.write(more);
-    return;
-  }
-  const std::filesystem::path target = targetOf(path);
-  const SignalHold hold;
-  TemporaryName temporary(target.parent_path());
-  Writer writer(temporary.open(), path);
-  writer.write(bytes);
-  writer.write(more);
-  writer.setMode(status ? status->st_mode & 07777 : modeOfNewFiles());
-  writer.finish();
-  if (!temporary.rename(target)) fail("write", path, errno);
+  const std::filesystem::path target = status ? std::filesystem::canonical(path) : std::filesystem::path(path);
+  const std::filesystem::path folder =
+      target.parent_path() / ".";  // `access` fails for it unless the parent is a folder
+  if (::access(folder.c_str(), W_OK | X_OK) != 0) failFile("write", path, errno);
 }
 
 void printOut(const std::string& text) {
-  if (std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0) {
+  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
     throw std::runtime_error(std::string("cannot write to the standard output: ") + std::strerror(errno));
   }
 }
@@ -190,6 +98,15 @@ void printOut(const std::string& text) {
 bool isStream(const std::string& path) {
   const auto status = statusOf(path);
   return status && !S_ISREG(status->st_mode) && !S_ISDIR(status->st_mode);
+}
+
+bool isSameFile(const std::string& first, const std::string& second) {
+  if (isStream(first) || isStream(second)) return false;
+  const auto resolved = [](const std::string& path) {
+    std::error_code ignored;
+    return std::filesystem::weakly_canonical(std::filesystem::absolute(path, ignored), ignored);
+  };
+  return resolved(first) == resolved(second);
 }
 
 void checkFileName(const std::string& path, const std::string& ending) {

@@ -1,10 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
-#include <span>
 #include <string>
+#include <vector>
 
 /// Files by name. Failures throw `std::runtime_error` with the name and the system's reason.
 namespace BP::tool {
@@ -14,32 +15,36 @@ struct CloseFile {
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-/// Opens a file, or a pipe or device, for reading; a folder is refused.
+/// Opens a file, a pipe or a device for reading; a folder is refused.
 File openForReading(const std::string& path);
 
 /// Size in bytes of a regular file, -1 of anything else.
 std::int64_t sizeOf(const File& file);
 
-/// All of a file; refused if it is longer than `limit` bytes.
-std::string readText(const std::string& path, std::size_t limit);
+/// Appends up to `count` bytes of `file` to `bytes`, block by block, so that memory grows with what is there, not with
+/// what a header promises. Returns the number of bytes read.
+std::size_t appendBytes(std::vector<std::uint8_t>& bytes, std::FILE* file, std::size_t count);
 
-/// Refuses a name to write to that is a folder's, is write-protected, or lies where no file can be made.
+/// All of a file; a file longer than `maxSize` bytes is refused.
+std::string readText(const std::string& path, std::size_t maxSize);
+
+/// Throws the error of a failed action, as in "cannot write 'x.png': No space left on device".
+[[noreturn]] void failFile(const char* action, const std::string& path, int error);
+
+/// Refuses a name to write to that is a folder's, is write-protected, lies where no file can be made, or is a link that
+/// leads to no file.
 void checkWritable(const std::string& path);
-
-/// Puts `bytes`, and behind them `more`, under the name `path`, whole or not at all.
-///
-/// They go to a temporary file in the same folder, which then takes the name; a file of that name stays as it is until
-/// this moment, keeps its access rights, and is refused if it is write-protected. On failure the temporary file is
-/// removed; signals that ask to end wait meanwhile. A link is followed; a pipe or device is written straight.
-void replaceFile(const std::string& path, std::span<const std::uint8_t> bytes, std::span<const std::uint8_t> more = {});
 
 /// Writes `text` to the standard output.
 void printOut(const std::string& text);
 
-/// True if `path` is there but neither a regular file nor a folder: a pipe or a device.
+/// True if `path` exists and is neither a regular file nor a folder: a pipe or a device.
 bool isStream(const std::string& path);
 
-/// Refuses a name to write to that does not end in `ending`, in any case of letters, and is no pipe or device.
+/// True if both names lead to the same regular file, whether it exists or not.
+bool isSameFile(const std::string& first, const std::string& second);
+
+/// Refuses a name to write to that does not end in `ending`, in upper or lower case, unless it is a pipe or a device.
 void checkFileName(const std::string& path, const std::string& ending);
 
 }  // namespace BP::tool

@@ -53,7 +53,7 @@ void filterFixed(const Array& input, FixedPlaneFilter& filter, const SampleScali
   result.array = packed(filter.run<T>(plane), scaling);
 }
 
-/// The precision of sums: float32 or float64.
+/// The type of sums: float32 or float64.
 ElementType sumTypeFor(const Array& input, const FilterSettings& settings) {
   if (settings.sumType) return *settings.sumType;
   if (!isFloating(input.type)) {
@@ -65,10 +65,10 @@ ElementType sumTypeFor(const Array& input, const FilterSettings& settings) {
 }
 
 filters::Extents checkedRank(const Array& array, const std::string& name) {
-  constexpr std::size_t most = 8;
-  if (array.extents.empty() || array.extents.size() > most) {
+  constexpr std::size_t maxRank = 8;
+  if (array.extents.empty() || array.extents.size() > maxRank) {
     throw std::runtime_error("the " + name + " has " + std::to_string(array.extents.size()) +
-                             " dimensions; allowed are 1 to " + std::to_string(most));
+                             " dimensions; allowed are 1 to " + std::to_string(maxRank));
   }
   if (isComplex(array.type)) {
     throw std::runtime_error("the " + name + " has elements of type " + std::string(nameOf(array.type)) +

@@ -12,20 +12,20 @@ namespace BP::tool {
 
 namespace {
 
-/// Refuses what could overflow to infinity, and from there to a sum that is no number.
+/// Refuses settings whose sums could overflow to infinity: the difference of two infinities is no number.
 void checkRange(const Image& image, const FilterSettings& settings, const SampleScaling& scaling) {
-  constexpr double greatest = 1e300;
+  constexpr double maxDouble = 1e300;
   const bool isFloat = settings.sumType == ElementType::float32;
-  const double most = isFloat ? 1e37 : greatest;
+  const double maxSum = isFloat ? 1e37 : maxDouble;
   double reach = std::max(static_cast<double>(image.maximum()), std::abs(settings.options.padValue));
-  for (const Kernel& kernel : settings.kernels) {
+  for (const FilterKernel& kernel : settings.kernels) {
     double sum = 0;
     for (const double element : kernel.elements) sum += std::fabs(element);
     reach *= sum;
   }
   const bool squares = settings.options.normalise == filters::Normalisation::energy;
   const double scaled = reach * std::fabs(scaling.scale) + std::fabs(scaling.offset);
-  if (reach <= most && scaled <= greatest && (!squares || reach * reach <= most)) return;
+  if (reach <= maxSum && scaled <= maxDouble && (!squares || reach * reach <= maxSum)) return;
   throw std::runtime_error(std::string("kernel, scale, offset or pad value are too large: sums could exceed ") +
                            (isFloat ? "1e37" : "1e300"));
 }

@@ -18,13 +18,14 @@ struct SampleScaling {
 struct FilteredImage {
   Image image;
   std::uint64_t clipped = 0;  ///< samples that lay outside 0..maximum after rounding
-  std::string fixedTable;     ///< of a filter in fixed point, what happened to its values
+  std::string fixedTable;     ///< what happened to values in fixed point; empty for other filters
 };
 
 /// Each colour channel of `image`, filtered as the settings say; pad values are samples.
 ///
-/// Sums run in double unless the settings say otherwise. In double again follow one multiplication, one addition, then
-/// rounding to the nearest whole number, ties to even, and clipping to the range of the samples, whose bit depth stays.
+/// Sums run in double unless the settings say otherwise. Each sum is multiplied by the scale and added to the offset,
+/// in double, with one rounding each; the result is rounded to the nearest whole number, ties to even, and clipped to
+/// the range of the samples. The bit depth stays.
 ///
 /// Alpha is that of the pixel under the window's centre: see `makeOutput`.
 ///
@@ -32,7 +33,7 @@ struct FilteredImage {
 /// range of their type.
 FilteredImage filterImage(const Image& image, const FilterSettings& settings, const SampleScaling& scaling);
 
-/// The same with a filter in fixed point for planes of the image's extents; `output` has what is not filtered.
+/// The same with a filter in fixed point for planes of the image's extents; `output` is that of `makeOutput`.
 FilteredImage filterImageFixed(const Image& image, Image output, FixedPlaneFilter& filter,
                                const SampleScaling& scaling = {});
 

@@ -9,7 +9,7 @@ namespace BP::tool {
 
 namespace {
 
-/// As in "  accumulator     s40.14           120           0 ...", columns of fixed width.
+/// One line in columns of fixed width, as in "  accumulator     s40.14           120           0 ...".
 std::string tableLine(const std::string& label, const std::string& type, const std::string& casts,
                       const std::string& overflows, const std::string& lossy, const std::string& least,
                       const std::string& greatest) {

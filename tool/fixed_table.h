@@ -7,14 +7,14 @@
 
 #include "orvane/filters/fixed_array.h"
 
-/// What operations print of the statistics of fixed point.
+/// The table that operations print about values in fixed point.
 namespace BP::tool {
 
-/// Labels and what to say of the types of their values, in the order in which these pass through a filter.
+/// Labels and the types of their values, as texts, in the order in which values pass through a filter.
 using FixedRows = std::vector<std::pair<std::string, std::string>>;
 
-/// A line for each of `rows` that has a cast: its type, casts, overflows, lossy roundings, least and greatest value; a
-/// head above.
+/// A heading, and a line for each of `rows` that has casts: type, casts, overflows, lossy roundings, least and greatest
+/// value.
 std::string fixedTable(const FixedRows& rows, const std::vector<filters::FixedStatistics>& all);
 
 /// The type as it is written, or "exact" without one.

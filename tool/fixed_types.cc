@@ -3,25 +3,25 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "tool/options.h"
+#include "tool/names.h"
 #include "tool/text.h"
 
 namespace BP::tool {
 
 namespace {
 
-constexpr Choice<filters::Rounding> roundings[] = {
+constexpr Named<filters::Rounding> roundings[] = {
     {"ceiling", filters::Rounding::ceiling}, {"convergent", filters::Rounding::convergent},
     {"floor", filters::Rounding::floor},     {"nearest", filters::Rounding::nearest},
     {"round", filters::Rounding::round},     {"zero", filters::Rounding::zero}};
-constexpr Choice<filters::Overflow> overflows[] = {{"wrap", filters::Overflow::wrap},
-                                                   {"saturate", filters::Overflow::saturate},
-                                                   {"symmetric", filters::Overflow::symmetric},
-                                                   {"zero", filters::Overflow::zero}};
+constexpr Named<filters::Overflow> overflows[] = {{"wrap", filters::Overflow::wrap},
+                                                  {"saturate", filters::Overflow::saturate},
+                                                  {"symmetric", filters::Overflow::symmetric},
+                                                  {"zero", filters::Overflow::zero}};
 
 [[noreturn]] void refuse(const std::string& problem, const FixedRoleNames& roles) {
   std::string form;
-  for (const std::string_view role : roles.needed) form.append(form.empty() ? "" : ",").append(role).append("=TYPE");
+  for (const std::string_view role : roles.required) form.append(form.empty() ? "" : ",").append(role).append("=TYPE");
   form += " and if wanted ";
   for (const std::string_view role : roles.optional) form.append(role).append("=TYPE, ");
   throw std::runtime_error("--fixed: " + problem + "; allowed are " + form + "rounding=MODE, overflow=MODE");
@@ -39,11 +39,11 @@ Texts textsOf(const std::string& text, const FixedRoleNames& roles) {
     const std::size_t equals = part.find('=');
     const std::string key(trimmed(part.substr(0, equals)));
     const bool isKnown =
-        holds(roles.needed, key) || holds(roles.optional, key) || key == "rounding" || key == "overflow";
+        holds(roles.required, key) || holds(roles.optional, key) || key == "rounding" || key == "overflow";
     if (equals == std::string_view::npos || !isKnown) refuse("unknown entry " + inQuotes(part), roles);
     if (!texts.emplace(key, trimmed(part.substr(equals + 1))).second) refuse(key + " is given twice", roles);
   }
-  for (const std::string_view role : roles.needed) {
+  for (const std::string_view role : roles.required) {
     if (!texts.contains(role)) refuse(std::string(role) + " is missing", roles);
   }
   return texts;
@@ -69,9 +69,9 @@ FixedEntries parseFixedEntries(const std::string& text, const FixedRoleNames& ro
   FixedEntries entries;
   for (const auto& [key, value] : textsOf(text, roles)) {
     if (key == "rounding") {
-      entries.modes.rounding = choose(roundings, value, "--fixed: rounding");
+      entries.modes.rounding = rowNamed(roundings, value, "--fixed: rounding").value;
     } else if (key == "overflow") {
-      entries.modes.overflow = choose(overflows, value, "--fixed: overflow");
+      entries.modes.overflow = rowNamed(overflows, value, "--fixed: overflow").value;
     } else {
       entries.types.emplace(key, typeOf(key, value));
     }
@@ -79,9 +79,9 @@ FixedEntries parseFixedEntries(const std::string& text, const FixedRoleNames& ro
   return entries;
 }
 
-void checkFixedPad(filters::OutputMode mode, filters::Pad pad, std::complex<double> value,
+void checkFixedPad(filters::OutputMode mode, filters::PadRule pad, std::complex<double> value,
                    const filters::FixedType& input) {
-  if (pad != filters::Pad::constant || mode == filters::OutputMode::valid) return;
+  if (pad != filters::PadRule::constant || mode == filters::OutputMode::valid) return;
   filters::Array<std::complex<double>> one({1});
   one[0] = value;
   if (filters::toComplex(filters::quantise(one, input))[0] == value) return;
@@ -90,13 +90,14 @@ void checkFixedPad(filters::OutputMode mode, filters::Pad pad, std::complex<doub
                            ", the input's type, does not have this value");
 }
 
-std::string modeNames() {
-  return "Rounding: " + namesOf(roundings, ", ") + ". Overflow: " + namesOf(overflows, ", ") + ".\n";
+std::string fixedModeNames() {
+  return "Rounding: " + nameList(roundings) + ". Overflow: " + nameList(overflows) + ".\n";
 }
 
-std::string fixedFooter(const std::string& example, const std::string& remarks) {
+std::string fixedDetails(const std::string& example, const std::string& remarks) {
   return "Fixed point: TYPES are such as\n  " + example +
-         "\nA type such as s16.14 is signed and has 16 bits, 14 of them fraction. " + remarks + ".\n" + modeNames();
+         "\nA type such as s16.14 is signed and has 16 bits, 14 of them fraction. " + remarks + ".\n" +
+         fixedModeNames();
 }
 
 }  // namespace BP::tool

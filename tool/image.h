@@ -6,7 +6,7 @@
 
 namespace BP::tool {
 
-/// A picture of whole numbers.
+/// A picture whose samples are whole numbers.
 ///
 /// Sample c of the pixel in column x and row y, row 0 on top, stands at (y * width + x) * channels + c and lies in
 /// 0..maximum(). Channels are grey (1), grey and alpha (2), red, green, blue (3), or these and alpha (4).
@@ -16,10 +16,10 @@ struct Image {
   int channels = 1;
   int bitDepth = 8;  ///< 8 or 16
   std::vector<std::uint16_t> samples;
-  bool isBilevel = false;  ///< the file has grey of one bit: grey samples are 0 or 255, and 8 their bit depth here
+  bool isBilevel = false;  ///< the file has grey of one bit; here its samples are 0 or 255 and its bit depth is 8
 
   bool hasAlpha() const { return channels % 2 == 0; }
-  /// Channels without alpha, which is the last one.
+  /// The number of channels without alpha, which is the last one.
   int colours() const { return hasAlpha() ? channels - 1 : channels; }
   int maximum() const { return (1 << bitDepth) - 1; }
   std::size_t pixels() const { return static_cast<std::size_t>(width) * static_cast<std::size_t>(height); }

@@ -12,14 +12,15 @@ template <class T>
 double levelOf(T value) {
   return static_cast<double>(value);
 }
-/// By a root, which is the same on every machine; halves keep the squares of great numbers in range.
+/// The magnitude. A square root gives the same bits on every machine; the ratio keeps squares of large numbers in
+/// range.
 template <class T>
 double levelOf(const std::complex<T>& value) {
   const double re = std::fabs(static_cast<double>(value.real())), im = std::fabs(static_cast<double>(value.imag()));
-  const double great = std::max(re, im), small = std::min(re, im);
-  if (great == 0 || !std::isfinite(re + im)) return re + im;
-  const double ratio = small / great;
-  return great * std::sqrt(1 + ratio * ratio);
+  const double larger = std::max(re, im), smaller = std::min(re, im);
+  if (larger == 0 || !std::isfinite(re + im)) return re + im;
+  const double ratio = smaller / larger;
+  return larger * std::sqrt(1 + ratio * ratio);
 }
 
 std::vector<double> valuesOf(const Array& array) {
@@ -32,11 +33,11 @@ std::vector<double> valuesOf(const Array& array) {
 
 }  // namespace
 
-double Levels::place(double value) const {
+double Levels::fraction(double value) const {
   if (!std::isfinite(value)) return 1;
-  // Halves, because the span of two finite numbers may be none.
-  const double span = greatest / 2 - least / 2;
-  return span > 0 ? (value / 2 - least / 2) / span : 0;
+  // The difference of two finite numbers can be infinite; that of their halves cannot.
+  const double halfSpan = max / 2 - min / 2;
+  return halfSpan > 0 ? (value / 2 - min / 2) / halfSpan : 0;
 }
 
 Levels levelsOf(const Array& array) {
@@ -47,8 +48,8 @@ Levels levelsOf(const Array& array) {
       ++levels.notFinite;
       continue;
     }
-    levels.least = any ? std::min(levels.least, value) : value;
-    levels.greatest = any ? std::max(levels.greatest, value) : value;
+    levels.min = any ? std::min(levels.min, value) : value;
+    levels.max = any ? std::max(levels.max, value) : value;
     any = true;
   }
   return levels;

@@ -10,12 +10,12 @@ namespace BP::tool {
 /// An array as numbers that can be shown as grey or colour.
 struct Levels {
   std::vector<double> values;  ///< in the order of the elements; the magnitude of complex ones
-  double least = 0;            ///< of the finite values
-  double greatest = 0;
-  std::size_t notFinite = 0;
+  double min = 0;              ///< of the finite values
+  double max = 0;              ///< of the finite values
+  std::size_t notFinite = 0;   ///< the number of other values
 
-  /// Where a value lies between the least, 0, and the greatest, 1; 1 for one that is not finite, 0 if all are equal.
-  double place(double value) const;
+  /// (value - min) / (max - min), or 0 if all values are equal; 1 for a value that is not finite.
+  double fraction(double value) const;
 };
 
 /// The levels of an array of type bool, int32, float32, float64, complex64 or complex128.

@@ -1,81 +1,69 @@
 #include <signal.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <exception>
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "orvane/core/version.h"
+#include "tool/command_line.h"
+#include "tool/file.h"
+#include "tool/messages.h"
 #include "tool/operations.h"
-#include "tool/text.h"
 
 namespace {
 
-using BP::tool::inQuotes;
+using namespace BP::tool;
 
-/// One line on stderr whatever is in `text`; the exit code of all errors.
-int refuse(std::string text) {
-  std::ranges::replace_if(
-      text, [](char c) { return static_cast<unsigned char>(c) < ' '; }, '?');
-  std::fprintf(stderr, "orvane: %s\n", text.c_str());
-  return 2;
+constexpr int refused = 2;  // the exit code of all errors
+
+/// The error of a call without arguments.
+int tellUsage(const std::string& usage) {
+  tellTable("arguments are missing", usage);
+  return refused;
 }
 
-/// Names of the operations, as in "a, b, c".
-std::string operationNames(const CLI::App& command) {
-  std::string names;
-  for (const CLI::App* operation : command.get_subcommands({})) {
-    names += (names.empty() ? "" : ", ") + operation->get_name();
-  }
-  return names;
-}
-
-int run(CLI::App& command, int count, char** arguments) {
-  const std::string first = count > 1 ? arguments[1] : "";
-  const auto named = command.get_subcommands([&](const CLI::App* app) { return app->get_name() == first; });
-  const CLI::App* operation = named.empty() ? nullptr : named.front();
-  const bool general = first == "--help" || first == "-h" || first == "--version";
-  if (count > 1 && !general && operation == nullptr) {
-    return refuse("unknown operation " + inQuotes(first) + "; allowed are " + operationNames(command));
-  }
-  if (count == 1 || (count == 2 && operation != nullptr)) {
-    std::fputs((operation == nullptr ? command.help() : operation->help("orvane")).c_str(), stdout);
+int run(const std::vector<std::string>& words) {
+  if (words.empty()) return tellUsage(usageText());
+  const std::string& first = words.front();
+  if (first == "--help" || first == "-h") {
+    printOut(usageText());
     return 0;
   }
-  try {
-    command.parse(count, arguments);
-  } catch (const CLI::Success& asked) {  // --help, --version
-    return command.exit(asked);
-  } catch (const CLI::ParseError& error) {
-    return refuse(std::string(error.what()) + "; see orvane " + (general ? "" : first + " ") + "--help");
+  if (first == "--version") {
+    printOut(std::string("orvane ") + orvaneblockprocbrekk_version + "\n");
+    return 0;
   }
+  const Operation& operation = operationNamed(first);
+  if (words.size() == 1 && std::ranges::any_of(operation.options, &Option::isRequired)) {
+    return tellUsage(usageText(operation));
+  }
+  std::optional<Values> values;
+  try {
+    values = parseArguments(operation, {words.begin() + 1, words.end()});
+  } catch (const std::runtime_error& error) {
+    const std::string text = error.what();
+    if (text.ends_with('?')) throw;  // the text has a suggestion
+    throw std::runtime_error(text + "; see orvane " + first + " --help");
+  }
+  if (values) return operation.run(*values);
+  printOut(usageText(operation));
   return 0;
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
-  // A file that outgrows its limit is then an error to report, not the end of the program.
+  // Writing beyond the limit of a file's size then fails with an error, which is reported, instead of a signal.
   signal(SIGXFSZ, SIG_IGN);
   try {
-    CLI::App command("Sliding-window filters for pictures, bit for bit the same on every machine.", "orvane");
-    command.set_version_flag("--version", std::string("orvane ") + orvaneblockprocbrekk_version);
-    command.require_subcommand(1);
-    BP::tool::addConvolution(command);
-    BP::tool::addMedian(command);
-    BP::tool::addMatch(command);
-    BP::tool::addCompare(command);
-    BP::tool::addKernel(command);
-    BP::tool::addChart(command);
-    BP::tool::addPatch(command);
-    BP::tool::addPlan(command);
-    command.footer("An operation without arguments prints its usage.");
-    return run(command, count, arguments);
+    return run({arguments + (count > 0 ? 1 : 0), arguments + count});
   } catch (const std::bad_alloc&) {
-    return refuse("not enough memory");
+    tell("not enough memory");
   } catch (const std::exception& error) {
-    return refuse(error.what());
+    tell(error.what());
   }
+  return refused;
 }

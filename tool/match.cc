@@ -32,7 +32,7 @@ ArrayView<const T> viewOf(const Array& array) {
   return {array.as<T>(), Extents(array.extents)};
 }
 
-std::string regionText(const filters::Region& region) {
+std::string regionText(const filters::Rectangle& region) {
   return std::to_string(region.start[0]) + "," + std::to_string(region.start[1]) + "," +
          std::to_string(region.size[0]) + "x" + std::to_string(region.size[1]);
 }
@@ -56,7 +56,7 @@ std::vector<std::complex<double>> listOf(const filters::FixedArray& scores) {
   return listOf(filters::toComplex(scores));
 }
 
-/// What `matcher`, for templates and images of these types, finds in `image`.
+/// The result of `matcher` for `image`.
 template <class Matcher, class Image>
 MatchResult runMatcher(Matcher& matcher, const Image& image, const filters::MatchOptions& options, bool isComplex) {
   if (matcher.positions().size[0] == 0) {
@@ -85,7 +85,7 @@ MatchResult matchAs(const Array& image, const Array& pattern, const filters::Mat
   return runMatcher(matcher, in, options, IsComplex<filters::MatchScore<UT, HT>>::value);
 }
 
-/// An array in fixed point, and what happened on the way there.
+/// An array in fixed point, and the statistics of its casts.
 struct FixedElements {
   filters::FixedArray values;
   filters::FixedStatistics statistics;

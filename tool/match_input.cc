@@ -45,7 +45,7 @@ Image pictureOf(const Array& array) {
   const Levels levels = levelsOf(array);
   Image picture = makeImage(static_cast<int>(array.extents[0]), static_cast<int>(array.extents[1]), 3, 8);
   for (std::size_t i = 0; i < levels.values.size(); ++i) {
-    const auto sample = static_cast<std::uint16_t>(std::nearbyint(255 * levels.place(levels.values[i])));
+    const auto sample = static_cast<std::uint16_t>(std::nearbyint(255 * levels.fraction(levels.values[i])));
     std::fill_n(&picture.samples[3 * i], 3, sample);
   }
   return picture;

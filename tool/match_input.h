@@ -7,7 +7,7 @@
 
 namespace BP::tool {
 
-/// What is matched, and a picture of it.
+/// The elements of an image or a template, and a picture of them.
 struct MatchInput {
   Array elements;  ///< of two extents
   Image picture;   ///< red, green and blue of 8 bits
@@ -18,8 +18,8 @@ struct MatchInput {
 ///
 /// A picture gives its samples as float64; of colours it gives their luma, 0.2126 red + 0.7152 green + 0.0722 blue,
 /// and alpha is dropped. An array is pictured by its levels (see `levelsOf`), from black for the least to white for the
-/// greatest; its elements are bool, float32, float64, complex64 or complex128, or `allowsWhole` numbers. Throws
-/// `std::runtime_error` for what cannot be read, and for an array of other types, or whose extents are not two of 1 and
+/// greatest. Its elements are bool, float32, float64, complex64 or complex128; other types need `allowsWhole`. Throws
+/// `std::runtime_error` for what cannot be read, for an array of another type, and unless it has two extents of 1 or
 /// more.
 MatchInput readMatchInput(const std::string& path, bool allowsWhole);
 

@@ -11,7 +11,7 @@ namespace BP::tool {
 
 namespace {
 
-using filters::Region;
+using filters::Rectangle;
 
 struct Colour {
   int red, green, blue;
@@ -19,12 +19,12 @@ struct Colour {
 
 constexpr Colour paper{245, 245, 242}, dark{20, 22, 26}, found{255, 64, 48}, asked{0, 200, 220};
 
-/// Dark violet over teal to light yellow: brightness rises all the way, for those who see no colours.
+/// Dark violet over teal to light yellow. Brightness rises all the way, so the map can be read without colours.
 constexpr Colour heat[] = {{40, 0, 60}, {60, 40, 130}, {30, 115, 145}, {70, 185, 110}, {200, 220, 60}, {255, 250, 190}};
 
-Colour heatColour(double place) {
+Colour heatColour(double fraction) {
   constexpr int spans = std::size(heat) - 1;
-  const double at = place * spans;
+  const double at = fraction * spans;
   const int below = std::min(static_cast<int>(at), spans - 1);
   const double part = at - below;
   const auto mix = [&](int a, int b) { return static_cast<int>(std::nearbyint(a + part * (b - a))); };
@@ -39,8 +39,8 @@ void put(Image& image, std::int64_t x, std::int64_t y, const Colour& colour) {
   sample[2] = static_cast<std::uint16_t>(colour.blue);
 }
 
-/// Colours what of `box` lies in `limits`.
-void fill(Image& image, const Region& limits, const Region& box, const Colour& colour) {
+/// Colours the part of `box` that lies in `limits`.
+void fill(Image& image, const Rectangle& limits, const Rectangle& box, const Colour& colour) {
   const auto first = [&](std::size_t d) { return std::max(box.start[d], limits.start[d]); };
   const auto end = [&](std::size_t d) {
     return std::min(box.start[d] + box.size[d], limits.start[d] + limits.size[d]);
@@ -50,8 +50,8 @@ void fill(Image& image, const Region& limits, const Region& box, const Colour& c
   }
 }
 
-/// A ring of some width round `box`, itself untouched.
-void ring(Image& image, const Region& limits, const Region& box, std::int64_t gap, std::int64_t width,
+/// A ring of some width round `box`, which stays as it is.
+void ring(Image& image, const Rectangle& limits, const Rectangle& box, std::int64_t gap, std::int64_t width,
           const Colour& colour) {
   const std::int64_t out = gap + width;
   const std::int64_t x = box.start[0] - out, y = box.start[1] - out;
@@ -62,15 +62,15 @@ void ring(Image& image, const Region& limits, const Region& box, std::int64_t ga
   fill(image, limits, {{x + w - width, y}, {width, h}}, colour);
 }
 
-/// A frame that shows on every ground: a ring of colour between two dark ones.
-void frame(Image& image, const Region& limits, const Region& box, std::int64_t width, const Colour& colour) {
+/// A frame that can be seen on every background: a ring of colour between two dark ones.
+void frame(Image& image, const Rectangle& limits, const Rectangle& box, std::int64_t width, const Colour& colour) {
   ring(image, limits, box, 0, 1, dark);
   ring(image, limits, box, 1, width, colour);
   ring(image, limits, box, 1 + width, 1, dark);
 }
 
-/// How a map becomes cells of a heat map: of `shrink` by `shrink` scores and `enlarge` by `enlarge` pixels each; one of
-/// the two is 1.
+/// How a map becomes cells of a heat map. A cell shows `shrink` by `shrink` scores and has `enlarge` by `enlarge`
+/// pixels; at least one of the two numbers is 1.
 struct HeatLayout {
   HeatLayout(const Array& map, const Image& picture) : scores{map.extents[0], map.extents[1]} {
     const std::int64_t width = std::max(picture.width / 3, 48), height = std::max(picture.height, 48);
@@ -92,7 +92,7 @@ double leastIn(const Levels& levels, const HeatLayout& layout, std::int64_t colu
   const std::int64_t bottom = std::min((row + 1) * layout.shrink, layout.scores[1]);
   for (std::int64_t y = row * layout.shrink; y < bottom; ++y) {
     for (std::int64_t x = column * layout.shrink; x < right; ++x) {
-      least = std::min(least, levels.place(levels.values[static_cast<std::size_t>(x + y * layout.scores[0])]));
+      least = std::min(least, levels.fraction(levels.values[static_cast<std::size_t>(x + y * layout.scores[0])]));
     }
   }
   return least;
@@ -101,21 +101,22 @@ double leastIn(const Levels& levels, const HeatLayout& layout, std::int64_t colu
 /// Draws the heat map with its upper left corner in (left, top).
 void drawHeat(Image& image, const MatchResult& match, const HeatLayout& layout, std::int64_t left, std::int64_t top) {
   const Levels levels = levelsOf(match.map);
-  const Region all{{0, 0}, {image.width, image.height}};
+  const Rectangle all{{0, 0}, {image.width, image.height}};
   for (std::int64_t row = 0; row < layout.cells(1); ++row) {
     for (std::int64_t column = 0; column < layout.cells(0); ++column) {
-      const Region cell{{left + column * layout.enlarge, top + row * layout.enlarge}, {layout.enlarge, layout.enlarge}};
+      const Rectangle cell{{left + column * layout.enlarge, top + row * layout.enlarge},
+                           {layout.enlarge, layout.enlarge}};
       fill(image, all, cell, heatColour(1 - leastIn(levels, layout, column, row)));
     }
   }
-  const Region area{{left, top}, {layout.pixels(0), layout.pixels(1)}};
+  const Rectangle area{{left, top}, {layout.pixels(0), layout.pixels(1)}};
   ring(image, all, area, 0, 1, dark);
   const auto cellOf = [&](std::size_t d) {
     return (match.location[d] - match.positions.start[d]) / layout.shrink * layout.enlarge;
   };
   const std::int64_t room = std::max<std::int64_t>(2, 5 - layout.enlarge);
-  const Region best{{left + cellOf(0) - room, top + cellOf(1) - room},
-                    {layout.enlarge + 2 * room, layout.enlarge + 2 * room}};
+  const Rectangle best{{left + cellOf(0) - room, top + cellOf(1) - room},
+                       {layout.enlarge + 2 * room, layout.enlarge + 2 * room}};
   frame(image, area, best, 1, found);
 }
 
@@ -125,15 +126,15 @@ ScorePicture scorePicture(const Array& map) {
   const Levels levels = levelsOf(map);
   ScorePicture picture{makeImage(static_cast<int>(map.extents[0]), static_cast<int>(map.extents[1]), 1, 8), {}};
   std::transform(levels.values.begin(), levels.values.end(), picture.image.samples.begin(),
-                 [&](double v) { return static_cast<std::uint16_t>(std::nearbyint(255 * levels.place(v))); });
+                 [&](double v) { return static_cast<std::uint16_t>(std::nearbyint(255 * levels.fraction(v))); });
   const bool isComplex = map.type == ElementType::complex64 || map.type == ElementType::complex128;
-  picture.scale = std::string(isComplex ? "magnitudes of scores" : "scores") + " of " + numberText(levels.least) +
-                  " to " + numberText(levels.greatest) + " are shown as 0 to 255";
+  picture.scale = std::string(isComplex ? "magnitudes of scores" : "scores") + " of " + numberText(levels.min) +
+                  " to " + numberText(levels.max) + " are shown as 0 to 255";
   if (levels.notFinite > 0) picture.scale += ", " + std::to_string(levels.notFinite) + " that are not finite as 255";
   return picture;
 }
 
-Image matchOverlay(const Image& picture, const MatchResult& match, const std::optional<Region>& region) {
+Image matchOverlay(const Image& picture, const MatchResult& match, const std::optional<Rectangle>& region) {
   constexpr std::int64_t gap = 12;
   const HeatLayout layout(match.map, picture);
   Image image = makeImage(static_cast<int>(picture.width + layout.pixels(0) + 2 * gap),
@@ -142,7 +143,7 @@ Image matchOverlay(const Image& picture, const MatchResult& match, const std::op
   for (int y = 0; y < picture.height; ++y) {
     std::copy_n(&picture.samples[picture.at(0, y)], picture.rowSamples(), &image.samples[image.at(0, y)]);
   }
-  const Region ground{{0, 0}, {picture.width, picture.height}};
+  const Rectangle ground{{0, 0}, {picture.width, picture.height}};
   const std::int64_t width = std::max(2, std::min(picture.width, picture.height) / 150);
   if (region) frame(image, ground, *region, width, asked);
   frame(image, ground, match.window, width, found);

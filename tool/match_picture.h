@@ -9,7 +9,7 @@
 
 namespace BP::tool {
 
-/// A map of scores in grey, and how it was scaled.
+/// A map of scores in grey, and the text that says how it was scaled.
 struct ScorePicture {
   Image image;        ///< grey of 8 bits: black for the least level (see `levelsOf`), white for the greatest
   std::string scale;  ///< as in "scores of 0 to 4711 are shown as 0 to 255"
@@ -17,11 +17,13 @@ struct ScorePicture {
 
 ScorePicture scorePicture(const Array& map);
 
-/// The picture with a frame round the window found and one round the region of interest, if any; on its right a heat
-/// map of the scores, dark for the greatest and bright for the least, with a ring round the best. The map is shrunk to
-/// the least score of each block, or enlarged, by a whole number, to about a third of the picture's width.
+/// The picture, and on its right a heat map of the scores.
 ///
-/// `match` must have a map. Frames lie outside what they frame and are cut off at the picture's edge.
-Image matchOverlay(const Image& picture, const MatchResult& match, const std::optional<filters::Region>& region);
+/// A frame surrounds the window found, and another the region of interest, if any. The heat map is dark for the
+/// greatest score and bright for the least, with a ring round the best. It is shrunk to the least score of each block,
+/// or enlarged, by a whole number, to about a third of the picture's width.
+///
+/// `match` must have a map. A frame lies outside the area that it surrounds and is cut off at the picture's edge.
+Image matchOverlay(const Image& picture, const MatchResult& match, const std::optional<filters::Rectangle>& region);
 
 }  // namespace BP::tool

@@ -17,7 +17,9 @@ std::string sizeText(const std::array<std::int64_t, 2>& size) {
   return std::to_string(size[0]) + "x" + std::to_string(size[1]);
 }
 
-std::string regionText(const filters::Region& region) { return cornerText(region.start) + " " + sizeText(region.size); }
+std::string regionText(const filters::Rectangle& region) {
+  return cornerText(region.start) + " " + sizeText(region.size);
+}
 
 std::string scoreText(const std::complex<double>& score, bool isComplex) {
   if (!isComplex) return numberText(score.real());
@@ -35,14 +37,14 @@ std::string jsonScore(const std::complex<double>& score, bool isComplex) {
   return "[" + jsonNumber(score.real()) + ", " + jsonNumber(score.imag()) + "]";
 }
 
-std::string jsonRegion(const filters::Region& region) {
+std::string jsonRegion(const filters::Rectangle& region) {
   return "[" + std::to_string(region.start[0]) + ", " + std::to_string(region.start[1]) + ", " +
          std::to_string(region.size[0]) + ", " + std::to_string(region.size[1]) + "]";
 }
 
 std::string jsonBool(bool value) { return value ? "true" : "false"; }
 
-/// The block of scores, each as `text(score)`, between `open` and `close` for each row.
+/// The scores of the neighbourhood, each as `text(score)`, a line for each row.
 template <class Text>
 std::string blockText(const MatchResult& match, std::int64_t edge, const std::string& separator, const Text& text) {
   std::string all;
@@ -78,9 +80,9 @@ std::string matchText(const MatchResult& match, const filters::MatchOptions& opt
          blockText(match, options.neighbourhood, "  ", [&](const auto& s) { return scoreText(s, match.isComplex); });
 }
 
-std::string matchJson(const MatchResult& match, const MatchTexts& texts, const filters::MatchOptions& options) {
-  std::string json = "{\"metric\": \"" + texts.metric + "\", \"mode\": \"" + texts.mode + "\", \"search\": \"" +
-                     texts.search + "\",\n \"location\": [" + std::to_string(match.location[0]) + ", " +
+std::string matchJson(const MatchResult& match, const MatchNames& names, const filters::MatchOptions& options) {
+  std::string json = "{\"metric\": \"" + names.metric + "\", \"mode\": \"" + names.mode + "\", \"search\": \"" +
+                     names.search + "\",\n \"location\": [" + std::to_string(match.location[0]) + ", " +
                      std::to_string(match.location[1]) + "], \"window\": " + jsonRegion(match.window) +
                      ", \"score\": " + jsonScore(match.score, match.isComplex) +
                      ",\n \"positions\": " + jsonRegion(match.positions);

@@ -6,17 +6,17 @@
 
 namespace BP::tool {
 
-/// What was asked for, as it was typed.
-struct MatchTexts {
-  std::string metric = "sad";
-  std::string mode = "valid";
-  std::string search = "exhaustive";
+/// The names of the chosen metric, mode and search.
+struct MatchNames {
+  std::string metric;
+  std::string mode;
+  std::string search;
 };
 
 /// The result for people.
 std::string matchText(const MatchResult& match, const filters::MatchOptions& options);
 
-/// The result as one JSON object. Complex scores are [re, im]; numbers that JSON lacks are "nan", "inf", "-inf".
-std::string matchJson(const MatchResult& match, const MatchTexts& texts, const filters::MatchOptions& options);
+/// The result as one JSON object. Complex scores are [re, im]; NaN and infinities are "nan", "inf" and "-inf".
+std::string matchJson(const MatchResult& match, const MatchNames& names, const filters::MatchOptions& options);
 
 }  // namespace BP::tool

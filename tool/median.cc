@@ -20,25 +20,25 @@ namespace {
 
 using filters::Extents;
 
-/// Up to here the mean of two whole numbers has a `double`, also where it ends in a half.
-constexpr std::int64_t greatestWhole = std::int64_t{1} << 52;
+/// The largest whole number for which `double` represents the mean of two, also if it ends in a half.
+constexpr std::int64_t maxWhole = std::int64_t{1} << 52;
 
-/// What elements a constant pad may yield.
+/// The range of the elements that a constant pad may yield.
 struct PadRange {
-  double least;
-  double greatest;
+  double min;
+  double max;
   bool isWhole;
 };
 
-/// Refuses a pad value that the elements, called `what`, do not have.
+/// Refuses a pad value that the elements cannot have; `what` names them in the error.
 void checkPad(const EdgeSettings& edges, const PadRange& range, const std::string& what) {
   const double value = edges.padValue.real(), imaginary = edges.padValue.imag();
   const bool isWhole = value == std::nearbyint(value);
-  if (imaginary == 0 && value >= range.least && value <= range.greatest && (isWhole || !range.isWhole)) return;
+  if (imaginary == 0 && value >= range.min && value <= range.max && (isWhole || !range.isWhole)) return;
   throw std::runtime_error("--pad 'constant:" + numberText(value) +
                            (imaginary == 0 ? "" : "," + numberText(imaginary)) + "': " + what + " take a " +
-                           (range.isWhole ? "whole" : "real") + " number of " + numberText(range.least) + " to " +
-                           numberText(range.greatest));
+                           (range.isWhole ? "whole" : "real") + " number of " + numberText(range.min) + " to " +
+                           numberText(range.max));
 }
 
 template <class T>
@@ -51,8 +51,8 @@ filters::Median<T> makeMedian(const MedianSettings& settings, const Extents& ext
 
 FixedPlaneFilter makeFixed(const MedianSettings& settings, const Extents& extents) {
   const EdgeSettings& edges = settings.edges;
-  constexpr double most = std::numeric_limits<double>::max();
-  checkPad(edges, {-most, most, false}, "values in fixed point");
+  constexpr double maxDouble = std::numeric_limits<double>::max();
+  checkPad(edges, {-maxDouble, maxDouble, false}, "values in fixed point");
   checkFixedPad(edges.mode, edges.pad, edges.padValue, settings.fixed->input);
   filters::FixedMedian median(Extents(settings.window), extents, *settings.fixed,
                               {.mode = edges.mode, .pad = edges.pad, .padValue = edges.padValue.real()});
@@ -72,16 +72,16 @@ using Exact = std::conditional_t<std::is_integral_v<T>, std::conditional_t<sizeo
 template <class T>
 PadRange padRangeOf() {
   using Limits = std::numeric_limits<T>;
-  constexpr auto greatest = static_cast<double>(greatestWhole);
-  const auto least = static_cast<double>(Limits::lowest()), most = static_cast<double>(Limits::max());
-  if (!Limits::is_integer) return {least, most, false};
-  return {std::max(least, -greatest), std::min(most, greatest), true};
+  constexpr auto whole = static_cast<double>(maxWhole);
+  const auto min = static_cast<double>(Limits::lowest()), max = static_cast<double>(Limits::max());
+  if (!Limits::is_integer) return {min, max, false};
+  return {std::max(min, -whole), std::min(max, whole), true};
 }
 
 template <class T>
 void checkWhole(const T* elements, std::size_t count, ElementType type) {
   const auto beyond = std::count_if(elements, elements + count, [](T element) {
-    return std::cmp_greater(element, greatestWhole) || std::cmp_less(element, -greatestWhole);
+    return std::cmp_greater(element, maxWhole) || std::cmp_less(element, -maxWhole);
   });
   if (beyond == 0) return;
   throw std::runtime_error(std::to_string(beyond) + " of " + std::to_string(count) + " elements of type " +
@@ -136,8 +136,8 @@ FilteredImage medianImage(const Image& image, const MedianSettings& settings) {
     FixedPlaneFilter filter = makeFixed(settings, {image.width, image.height});
     return filterImageFixed(image, std::move(output), filter);
   }
-  const int greatest = image.isBilevel ? 1 : image.maximum();
-  checkPad(edges, {0, static_cast<double>(greatest), true},
+  const int maxSample = image.isBilevel ? 1 : image.maximum();
+  checkPad(edges, {0, static_cast<double>(maxSample), true},
            image.isBilevel ? "pictures of one bit" : "samples of " + std::to_string(image.bitDepth) + " bits");
   result.image = makeOutput(image, {width, height, edges.mode, edges.pad}, "window");
   result.image.isBilevel = image.isBilevel;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tool/file.h"
+#include "tool/file_kind.h"
 #include "tool/npy_header.h"
 #include "tool/text.h"
 
@@ -19,37 +20,22 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::string_view magic = "\x93NUMPY";
-constexpr std::size_t longestHeader = std::size_t{1} << 20;
+constexpr std::size_t maxHeaderSize = std::size_t{1} << 20;
 
-/// Appends up to `count` bytes of `file` to `bytes`, block by block, so that what a header promises is not made room
-/// for before it is there. Returns how many there were.
-std::size_t append(Bytes& bytes, const File& file, std::size_t count) {
-  constexpr std::size_t blockSize = std::size_t{1} << 20;
-  const std::size_t before = bytes.size();
-  while (bytes.size() - before < count) {
-    const std::size_t at = bytes.size();
-    const std::size_t wanted = std::min(blockSize, count - (at - before));
-    bytes.resize(at + wanted);
-    const std::size_t got = std::fread(bytes.data() + at, 1, wanted, file.get());
-    bytes.resize(at + got);
-    if (got < wanted) break;
-  }
-  return bytes.size() - before;
-}
-
-/// The next `count` bytes, all of which must be there.
+/// The next `count` bytes; throws `problem` if the file has fewer.
 Bytes readBytes(const File& file, std::size_t count, const std::string& problem) {
   Bytes bytes;
-  if (append(bytes, file, count) != count) throw std::runtime_error(problem);
+  if (appendBytes(bytes, file.get(), count) != count) throw std::runtime_error(problem);
   return bytes;
 }
 
-/// Reads all that stands before the elements; `what` is the name of the file.
+/// Reads everything before the elements; `what` is the name of the file.
 NpyHeader readHeader(const File& file, const std::string& what) {
-  const Bytes start = readBytes(file, magic.size() + 2, what + " is not an NPY file");
-  if (!std::equal(magic.begin(), magic.end(), start.begin(),
-                  [](char a, std::uint8_t b) { return static_cast<std::uint8_t>(a) == b; })) {
-    throw std::runtime_error(what + " is not an NPY file");
+  Bytes start;
+  appendBytes(start, file.get(), magic.size() + 2);
+  const std::string_view text(reinterpret_cast<const char*>(start.data()), start.size());
+  if (!text.starts_with(magic) || start.size() < magic.size() + 2) {
+    throw std::runtime_error(what + " is not an NPY file" + otherKind(text));
   }
   const int major = start[magic.size()], minor = start[magic.size() + 1];
   if (major < 1 || major > 3 || minor != 0) {
@@ -60,12 +46,12 @@ NpyHeader readHeader(const File& file, const std::string& what) {
   const Bytes digits = readBytes(file, major == 1 ? 2 : 4, truncated);
   std::size_t length = 0;
   for (std::size_t i = digits.size(); i-- > 0;) length = length << 8 | digits[i];
-  if (length > longestHeader) {
+  if (length > maxHeaderSize) {
     throw std::runtime_error(what + ": damaged header: its length is " + std::to_string(length) + "; at most " +
-                             std::to_string(longestHeader) + " are allowed");
+                             std::to_string(maxHeaderSize) + " are allowed");
   }
-  const Bytes text = readBytes(file, length, truncated);
-  return parseNpyHeader({reinterpret_cast<const char*>(text.data()), text.size()}, what);
+  const Bytes dictionary = readBytes(file, length, truncated);
+  return parseNpyHeader({reinterpret_cast<const char*>(dictionary.data()), dictionary.size()}, what);
 }
 
 Bytes readElements(const File& file, const NpyHeader& header, const std::string& what) {
@@ -79,7 +65,7 @@ Bytes readElements(const File& file, const NpyHeader& header, const std::string&
   Bytes bytes;
   const std::int64_t fileSize = sizeOf(file);
   if (fileSize >= 0 && count <= static_cast<std::size_t>(fileSize)) bytes.reserve(count);
-  const std::size_t found = append(bytes, file, count);
+  const std::size_t found = appendBytes(bytes, file.get(), count);
   if (found < count) {
     throw std::runtime_error(what + " is truncated: " + shape + " needs " + std::to_string(count) + " bytes, but " +
                              std::to_string(found) + " follow the header");
@@ -90,7 +76,7 @@ Bytes readElements(const File& file, const NpyHeader& header, const std::string&
   return bytes;
 }
 
-/// Turns the bytes of each real or imaginary part around.
+/// Reverses the bytes of each real or imaginary part.
 void reverseByteOrder(Bytes& bytes, ElementType type) {
   const bool isComplex = type == ElementType::complex64 || type == ElementType::complex128;
   const std::size_t size = sizeOf(type) / (isComplex ? 2 : 1);
@@ -99,7 +85,7 @@ void reverseByteOrder(Bytes& bytes, ElementType type) {
   }
 }
 
-/// Elements in C order of those that lie in Fortran order.
+/// The elements in C order; `bytes` has them in Fortran order.
 Bytes inCOrder(const Bytes& bytes, const std::vector<std::int64_t>& shape, std::size_t size) {
   const std::size_t rank = shape.size();
   std::vector<std::size_t> steps(rank), index(rank, 0);  // steps in bytes from one element of an axis to the next
@@ -137,10 +123,10 @@ Array readNpy(const std::string& path) {
   return array;
 }
 
-void writeNpy(const std::string& path, const Array& array) {
-  if (array.extents.size() > highestNpyRank || array.bytes.size() != bytesOf(array.type, array.extents)) {
+void addNpy(OutputFiles& files, const std::string& path, const Array& array) {
+  if (array.extents.size() > maxNpyRank || array.bytes.size() != bytesOf(array.type, array.extents)) {
     throw std::invalid_argument("an array of " + std::to_string(array.extents.size()) + " dimensions and " +
-                                std::to_string(array.bytes.size()) + " bytes is none that NPY can hold");
+                                std::to_string(array.bytes.size()) + " bytes cannot be written as NPY");
   }
   const NpyHeader header{array.type, std::endian::little, false, {array.extents.rbegin(), array.extents.rend()}};
   std::string text = npyHeaderText(header);
@@ -153,12 +139,18 @@ void writeNpy(const std::string& path, const Array& array) {
                {1, 0, static_cast<std::uint8_t>(text.size()), static_cast<std::uint8_t>(text.size() >> 8)});
   start.insert(start.end(), text.begin(), text.end());
   if constexpr (std::endian::native == std::endian::little) {
-    replaceFile(path, start, array.bytes);
+    files.add(path, start, array.bytes);
   } else {
     Bytes turned = array.bytes;
     reverseByteOrder(turned, array.type);
-    replaceFile(path, start, turned);
+    files.add(path, start, turned);
   }
+}
+
+void writeNpy(const std::string& path, const Array& array) {
+  OutputFiles files;
+  addNpy(files, path, array);
+  files.commit();
 }
 
 void checkNpyName(const std::string& path) { checkFileName(path, ".npy"); }

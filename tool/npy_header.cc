@@ -1,6 +1,5 @@
 #include "tool/npy_header.h"
 
-#include <algorithm>
 #include <charconv>
 #include <stdexcept>
 
@@ -22,14 +21,6 @@ constexpr TypeCode typeCodes[] = {
     {"f4", ElementType::float32},    {"f8", ElementType::float64}, {"c8", ElementType::complex64},
     {"c16", ElementType::complex128}};
 
-/// Bytes of a file as part of a message: what is no printable character of ASCII becomes a question mark.
-std::string legible(std::string_view bytes) {
-  std::string text(bytes);
-  std::ranges::replace_if(
-      text, [](char c) { return c < ' ' || c > '~'; }, '?');
-  return inQuotes(text);
-}
-
 /// Reads the dictionary from its beginning to its end.
 class Dictionary {
  public:
@@ -40,10 +31,10 @@ class Dictionary {
     for (skipSpace(); !take('}'); skipSpace()) {
       readItem();
       skipSpace();
-      if (!take(',') && (rest.empty() || rest[0] != '}')) fail("a comma or '}' is missing behind a value");
+      if (!take(',') && (rest.empty() || rest[0] != '}')) fail("a comma or '}' is missing after a value");
     }
     skipSpace();
-    if (!rest.empty()) fail("more than spaces behind the dictionary");
+    if (!rest.empty()) fail("there is more than spaces after the dictionary");
     if (!hasType || !hasOrder || !hasShape) fail("it needs 'descr', 'fortran_order' and 'shape'");
     return header;
   }
@@ -87,7 +78,7 @@ class Dictionary {
 
   void readItem() {
     const std::string_view key = readQuoted("a key");
-    expect(':', "the colon behind " + legible(key));
+    expect(':', "the colon after " + inQuotes(key));
     skipSpace();
     if (key == "descr") {
       once(hasType, key);
@@ -100,12 +91,12 @@ class Dictionary {
       once(hasShape, key);
       readShape();
     } else {
-      fail("unknown key " + legible(key));
+      fail("unknown key " + inQuotes(key));
     }
   }
 
   void once(bool& seen, std::string_view key) const {
-    if (seen) fail(inQuotes(key) + " stands there twice");
+    if (seen) fail(inQuotes(key) + " is given twice");
     seen = true;
   }
 
@@ -121,7 +112,7 @@ class Dictionary {
       header.order = order == '<' ? std::endian::little : order == '>' ? std::endian::big : std::endian::native;
       return;
     }
-    unsupported(legible(descr));
+    unsupported(inQuotes(descr));
   }
 
   [[noreturn]] void unsupported(const std::string& type) const {
@@ -145,9 +136,9 @@ class Dictionary {
         fail("a comma or ')' is missing in 'shape'");
       }
     }
-    if (header.shape.size() > highestNpyRank) {
+    if (header.shape.size() > maxNpyRank) {
       throw std::runtime_error(what + " has " + std::to_string(header.shape.size()) + " axes; at most " +
-                               std::to_string(highestNpyRank) + " are allowed");
+                               std::to_string(maxNpyRank) + " are allowed");
     }
   }
 

@@ -1,34 +1,35 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include <string_view>
+#include <vector>
+
+#include "tool/operation.h"
 
 namespace BP::tool {
 
-// Each function adds operations to the command: a subcommand with its options, and as its callback the work itself,
-// which throws `std::runtime_error` with one line of text when it cannot be done.
+Operation convolveOperation();
+Operation correlateOperation();
+Operation separableOperation();
+Operation medianOperation();
+Operation matchOperation();
+Operation compareOperation();
+Operation kernelOperation();
+Operation chartOperation();
+Operation patchOperation();
+Operation planOperation();
+Operation listOperation();
+Operation helpOperation();
+Operation completionOperation();
+Operation manOperation();
+Operation referenceOperation();
 
-/// `convolve`, `correlate` and `separable`.
-void addConvolution(CLI::App& command);
+/// All operations, in the order in which texts list them.
+const std::vector<Operation>& operations();
 
-/// `compare`.
-void addCompare(CLI::App& command);
+/// The operation of this name, or null.
+const Operation* findOperation(std::string_view name);
 
-/// `kernel`.
-void addKernel(CLI::App& command);
-
-/// `chart`.
-void addChart(CLI::App& command);
-
-/// `median`.
-void addMedian(CLI::App& command);
-
-/// `plan`.
-void addPlan(CLI::App& command);
-
-/// `match`.
-void addMatch(CLI::App& command);
-
-/// `patch`.
-void addPatch(CLI::App& command);
+/// The operation of this name; throws `std::runtime_error` that suggests the nearest name, or lists all.
+const Operation& operationNamed(std::string_view name);
 
 }  // namespace BP::tool

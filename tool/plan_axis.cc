@@ -9,20 +9,20 @@ namespace BP::tool {
 
 namespace {
 
-/// A long run grows by a little each time that its count is four times as large.
+/// The length of a run in cells. A long run is one cell longer for each factor of four in its count.
 int shownLength(int count) {
-  constexpr int longest = 12;
-  if (count <= longest) return count;
-  return longest + static_cast<int>(std::bit_width(static_cast<unsigned>(count / longest)) + 1) / 2;
+  constexpr int maxCells = 12;
+  if (count <= maxCells) return count;
+  return maxCells + static_cast<int>(std::bit_width(static_cast<unsigned>(count / maxCells)) + 1) / 2;
 }
 
 }  // namespace
 
 PlanAxis::PlanAxis(const std::set<int>& breaks) {
   int offset = 0;
-  for (auto next = std::next(breaks.begin()); next != breaks.end(); ++next) {
-    const int first = *std::prev(next);
-    const int count = *next - first;
+  for (auto end = std::next(breaks.begin()); end != breaks.end(); ++end) {
+    const int first = *std::prev(end);
+    const int count = *end - first;
     runs.push_back({first, count, offset, shownLength(count)});
     offset += runs.back().length;
   }
@@ -35,8 +35,8 @@ bool PlanAxis::isShortened() const {
 }
 
 int PlanAxis::at(int position) const {
-  const auto behind = std::ranges::upper_bound(runs, position, {}, &Run::first);
-  const Run& run = *std::prev(behind);
+  const auto next = std::ranges::upper_bound(runs, position, {}, &Run::first);
+  const Run& run = *std::prev(next);
   const std::int64_t within = std::int64_t{position - run.first} * run.length * cell / run.count;
   return run.offset * cell + static_cast<int>(within);
 }

@@ -10,10 +10,11 @@
 #include <string_view>
 #include <vector>
 
-#include "tool/options.h"
+#include "tool/option_values.h"
 #include "tool/plan_axis.h"
 #include "tool/plan_text.h"
 #include "tool/svg.h"
+#include "tool/text.h"
 
 namespace BP::tool {
 
@@ -31,8 +32,8 @@ constexpr std::string_view style =
     ".boundary{fill:#94600f}.outside{fill:#6653a8}.unreached{fill:#20262e}.grid{stroke:#14181d}"
     ".sector,.number{stroke:#14181d}.frame,.window,.ring{stroke:#eef1f5}text{fill:#eef1f5}.quiet{fill:#a9b2bf}}";
 
-constexpr int left = 120;  // of the cells
-constexpr int top = 112;   // of the cells
+constexpr int left = 120;  // coordinates of the first cell
+constexpr int top = 112;
 constexpr int legendWidth = 400;
 
 /// A rectangle of positions; `last` is inclusive.
@@ -41,7 +42,7 @@ struct Area {
   std::array<int, 2> last;
 };
 
-/// Entry `d` of a vector, or what stands for a dimension that is not there.
+/// Entry `d` of a vector, or `otherwise` for a dimension that the vector lacks.
 int entry(const std::vector<int>& values, std::size_t d, int otherwise) {
   return d < values.size() ? values[d] : otherwise;
 }
@@ -56,18 +57,15 @@ Area areaOf(const PlanRegion& region) {
   return area;
 }
 
-std::string counted(std::int64_t count, const std::string& noun) {
-  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
-
 /// An output whose window the picture shows.
 struct Sample {
   SectorKind kind;
   std::array<int, 2> at;
 };
 
-/// One output for each kind that there is: the last one inside, the first of the boundary sector that crosses the most
-/// edges, and the last one of the first outside sector. Their windows lie apart unless all is small.
+/// One output for each kind of sector: the last one of the first inside sector, the first one of the boundary sector
+/// that crosses the most edges, and the last one of the first outside sector. Their windows lie apart unless the plan
+/// is small.
 std::vector<Sample> samplesOf(const PlanDescription& plan) {
   std::vector<Sample> samples;
   const PlanSector* boundary = nullptr;
@@ -86,9 +84,10 @@ std::vector<Sample> samplesOf(const PlanDescription& plan) {
 
 class Picture {
  public:
-  Picture(const PlanRequest& planRequest, const PlanDescription& description)
+  Picture(const PlanRequest& planRequest, const PlanDescription& description, const std::string& padText)
       : request(planRequest),
         plan(description),
+        pad(padText),
         input(areaOf({std::vector<int>(request.input.size(), 0), request.input})),
         samples(samplesOf(plan)),
         axes{makeAxis(0), makeAxis(1)} {
@@ -146,9 +145,9 @@ class Picture {
 
   void drawTitle() {
     svg.text("title", Svg::start, 16, 26, title());
-    const std::string edge = request.pad == PadTypeConstant ? "Beyond the edge: one constant value"
-                                                            : "Beyond the edge: elements of the input, " +
-                                                                  std::string(nameOf(padTypes, request.pad));
+    const std::string edge = "Beyond the edge: " + (request.pad != PadTypeConstant ? "elements of the input, " + pad
+                                                    : pad == "constant"            ? "one constant value"
+                                                                                   : "one value, " + pad);
     svg.text("quiet", Svg::start, 16, 46, edge);
   }
 
@@ -196,7 +195,7 @@ class Picture {
     }
   }
 
-  /// Codes and positions of the sections of dimension `d`, along the upper or the left side of the cells.
+  /// Draws codes and positions of the sections of dimension `d` along the upper or the left side of the cells.
   void drawSections(std::size_t d) {
     const bool across = d == 0;
     svg.text("quiet", Svg::end, left - 5, across ? top - 28 : top - 8,
@@ -223,7 +222,7 @@ class Picture {
     return reached < outputsOf(plan);
   }
 
-  /// An entry of the legend; `key` draws at the place that it is given.
+  /// Adds an entry to the legend; `key` draws its symbol at the given coordinates.
   template <class Key>
   void explain(const Key& key, std::initializer_list<std::string> lines) {
     const int x = left + axes[0].length() + 36;
@@ -282,6 +281,7 @@ class Picture {
 
   const PlanRequest& request;
   const PlanDescription& plan;
+  const std::string& pad;
   Area input;
   std::vector<Sample> samples;
   std::array<PlanAxis, 2> axes;
@@ -292,12 +292,12 @@ class Picture {
 
 }  // namespace
 
-std::string planPicture(const PlanRequest& request, const PlanDescription& plan) {
+std::string planPicture(const PlanRequest& request, const PlanDescription& plan, const std::string& pad) {
   if (request.input.size() > 2) {
     throw std::runtime_error("--svg: a plan of " + std::to_string(request.input.size()) +
                              " dimensions cannot be drawn; allowed are 1 and 2");
   }
-  return Picture(request, plan).draw();
+  return Picture(request, plan, pad).draw();
 }
 
 }  // namespace BP::tool

@@ -4,7 +4,9 @@
 #include <utility>
 #include <vector>
 
-#include "tool/options.h"
+#include "tool/edge_names.h"
+#include "tool/option_values.h"
+#include "tool/text.h"
 
 namespace BP::tool {
 
@@ -15,7 +17,7 @@ class TextTable {
  public:
   using Row = std::vector<std::string>;
 
-  /// `numbers` tells for each column whether it is flush right.
+  /// `numbers` is true for each column that is flush right.
   TextTable(Row head, std::vector<bool> numbers) : flushRight(std::move(numbers)) { add(std::move(head)); }
 
   void add(Row row) {
@@ -79,12 +81,11 @@ std::string sectorsText(const PlanDescription& plan) {
   return table.text();
 }
 
-std::string geometryText(const PlanRequest& request, const PlanDescription& plan) {
+std::string geometryText(const PlanRequest& request, const PlanDescription& plan, const std::string& pad) {
   const std::int64_t outputs = outputsOf(plan);
   std::string text = "input   " + extentsText(request.input) + "\nwindow  " + extentsText(request.window) +
                      ", centre " + listText(plan.centre) + "\nmode    " + std::string(modeName(request, plan)) +
-                     ", pad " + std::string(nameOf(padTypes, request.pad)) + ", reach " + std::to_string(plan.reach) +
-                     "\n";
+                     ", pad " + pad + ", reach " + std::to_string(plan.reach) + "\n";
   if (request.region) {
     text += "region  " + listText(request.region->first) + "," + extentsText(request.region->extents) + "\n";
   }
@@ -124,15 +125,16 @@ std::int64_t outputsOf(const PlanDescription& plan) {
 }
 
 std::string_view modeName(const PlanRequest& request, const PlanDescription& plan) {
-  return request.region && plan.reach == 2 ? "any" : nameOf(outputModes, request.mode);
+  if (request.region && plan.reach == 2) return "any";
+  return std::ranges::find(modeTable, request.mode, &ModeRow::number)->name;
 }
 
-std::string planText(const PlanRequest& request, const PlanDescription& plan) {
+std::string planText(const PlanRequest& request, const PlanDescription& plan, const std::string& pad) {
   std::int64_t reached = 0;
   for (const PlanSector& sector : plan.sectors) reached += outputsOf(sector);
-  return geometryText(request, plan) + "\n" + sectionsText(plan) + "\n" + sectorsText(plan) + "\n" +
-         std::to_string(plan.sectors.size()) + " sectors with " + std::to_string(reached) + " of " +
-         std::to_string(outputsOf(plan)) + " outputs\n";
+  return geometryText(request, plan, pad) + "\n" + sectionsText(plan) + "\n" + sectorsText(plan) + "\n" +
+         counted(static_cast<std::int64_t>(plan.sectors.size()), "sector") + " with " + std::to_string(reached) +
+         " of " + counted(outputsOf(plan), "output") + "\n";
 }
 
 }  // namespace BP::tool

@@ -13,36 +13,36 @@
 
 namespace BP::tool {
 
-/// Filters planes of one size, of elements T, each into a new array.
+/// A function that filters planes of elements T and of one size, each into a new array.
 template <class T>
 using PlaneFilter = std::function<filters::Array<T>(filters::ArrayView<const T>)>;
 
-/// A filter that sums in T: `float`, `double` or a complex type of theirs. Elements of the kernel are rounded to the
-/// precision of T. Planes may be of rank 1, as a line from left to right. Throws `std::invalid_argument` if settings
-/// and extents do not fit.
+/// A filter that sums in T: `float`, `double`, or a complex type of these. Elements of the kernel are rounded to the
+/// precision of T. A plane of rank 1 is a line from left to right. Throws `std::invalid_argument` if the kernels do not
+/// fit the extents.
 template <class T>
 PlaneFilter<T> makePlaneFilter(const FilterSettings& settings, const filters::Extents& extents);
 
-/// A filter in fixed point, and what has happened to its values by label.
+/// A filter in fixed point, with statistics of its values by label.
 class FixedPlaneFilter {
  public:
-  /// As `makePlaneFilter`, for the types in `settings.fixed`; kernels are cast into the filter's type.
+  /// A filter as of `makePlaneFilter`, for the types in `settings.fixed`; kernels are cast into the filter's type.
   FixedPlaneFilter(const FilterSettings& settings, const filters::Extents& extents, bool isComplex);
   /// A median over planes of the input's type.
   FixedPlaneFilter(filters::FixedMedian median, const filters::FixedMedianTypes& types);
 
-  /// Casts a plane into the input's type, filters it, and returns the values of the output. T is `double`, or
-  /// `std::complex<double>` if planes are complex.
+  /// Casts a plane into the input's type, filters it, and returns the values of the output. T is `double` for real
+  /// planes and `std::complex<double>` for complex ones.
   template <class T>
   filters::Array<T> run(filters::ArrayView<const T> plane);
 
-  /// What has happened, as `fixedTable`.
+  /// The statistics as a table (see `fixedTable`).
   std::string table() const;
 
  private:
   template <class Filter>
   void hold(Filter made);
-  filters::FixedArray cast(const Kernel& kernel, const filters::Extents& extents, const filters::FixedType& type);
+  filters::FixedArray cast(const FilterKernel& kernel, const filters::Extents& extents, const filters::FixedType& type);
 
   FixedRows rows;
   filters::FixedType inputType;

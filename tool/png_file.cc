@@ -2,16 +2,17 @@
 
 #include <png.h>
 
+#include <algorithm>
 #include <array>
 #include <csetjmp>
 #include <cstdio>
-#include <cstring>
 #include <limits>
 #include <new>
 #include <stdexcept>
 #include <vector>
 
 #include "tool/file.h"
+#include "tool/file_kind.h"
 #include "tool/text.h"
 
 namespace BP::tool {
@@ -30,8 +31,8 @@ void onWarning(png_structp /*png*/, png_const_charp /*text*/) {}
 
 /// Runs `body`, which calls libpng; false if libpng gave up in it.
 ///
-/// libpng leaves by longjmp, so nothing in `body` may have a destructor: what it works on belongs to the caller. This
-/// function holds the only frame that setjmp returns to, and nothing in it changes.
+/// libpng leaves by longjmp, so nothing in `body` may have a destructor; the caller owns what it works on. This
+/// function is the only frame that setjmp returns to, and nothing in it changes.
 template <class Body>
 bool succeeds(png_structp png, const Body& body) {
   if (setjmp(png_jmpbuf(png)) != 0) return false;
@@ -41,25 +42,34 @@ bool succeeds(png_structp png, const Body& body) {
 
 /// libpng's state for reading one file.
 struct Reader {
-  explicit Reader(std::FILE* file)
-      : png(png_create_read_struct(PNG_LIBPNG_VER_STRING, &message, onError, onWarning)),
+  explicit Reader(std::FILE* openFile)
+      : file(openFile),
+        png(png_create_read_struct(PNG_LIBPNG_VER_STRING, &message, onError, onWarning)),
         info(png == nullptr ? nullptr : png_create_info_struct(png)) {
     if (info == nullptr) {
       png_destroy_read_struct(&png, nullptr, nullptr);
       throw std::bad_alloc();
     }
-    png_set_read_fn(png, file, readBytes);
+    png_set_read_fn(png, this, readBytes);
   }
   ~Reader() { png_destroy_read_struct(&png, &info, nullptr); }
   Reader(const Reader&) = delete;
   Reader& operator=(const Reader&) = delete;
 
+  /// Gives libpng what was read ahead, then what is in the file.
   static void readBytes(png_structp png, png_bytep bytes, std::size_t count) {
-    if (std::fread(bytes, 1, count, static_cast<std::FILE*>(png_get_io_ptr(png))) != count) {
+    auto& reader = *static_cast<Reader*>(png_get_io_ptr(png));
+    const std::size_t known = std::min(count, reader.ahead.size() - reader.used);
+    std::copy_n(reader.ahead.begin() + static_cast<std::ptrdiff_t>(reader.used), known, bytes);
+    reader.used += known;
+    if (std::fread(bytes + known, 1, count - known, reader.file) != count - known) {
       png_error(png, "the file ends too early");
     }
   }
 
+  std::FILE* file;
+  std::vector<std::uint8_t> ahead;
+  std::size_t used = 0;  ///< of the bytes read ahead
   Message message{};
   png_structp png;
   png_infop info;
@@ -109,24 +119,28 @@ struct Writer {
 void checkSignature(const File& file, const std::string& path) {
   std::array<png_byte, 8> signature{};
   const std::size_t count = std::fread(signature.data(), 1, signature.size(), file.get());
-  if (count != signature.size() || png_sig_cmp(signature.data(), 0, signature.size()) != 0) {
-    throw std::runtime_error(inQuotes(path) + " is not a PNG file");
-  }
+  if (count == signature.size() && png_sig_cmp(signature.data(), 0, signature.size()) == 0) return;
+  throw std::runtime_error(inQuotes(path) + " is not a PNG file" +
+                           otherKind({reinterpret_cast<const char*>(signature.data()), count}));
 }
 
-/// Refuses what the core cannot index, and a file that is too short for what its header says before memory is taken.
+/// Refuses extents that the core cannot index, and a file that is too short for the extents in its header. The length
+/// of a pipe is not known; it must bring enough for one row, since libpng allocates whole rows.
 void checkExtents(Reader& reader, const File& file, const std::string& path) {
   const std::uint64_t width = png_get_image_width(reader.png, reader.info);
   const std::uint64_t height = png_get_image_height(reader.png, reader.info);
-  constexpr std::uint64_t most = std::numeric_limits<int>::max();
-  if (width * height > most) {
+  constexpr std::uint64_t maxPixels = std::numeric_limits<int>::max();
+  if (width * height > maxPixels) {
     throw std::runtime_error(inQuotes(path) + " has " + std::to_string(width) + "x" + std::to_string(height) +
-                             " pixels; at most " + std::to_string(most) + " are allowed");
+                             " pixels; at most " + std::to_string(maxPixels) + " are allowed");
   }
-  constexpr std::uint64_t bestCompression = 1032;  // a bound of the deflate format
+  constexpr std::uint64_t maxCompression = 1032;  // a bound of the deflate format
   const std::int64_t size = sizeOf(file);
-  const std::uint64_t plain = png_get_rowbytes(reader.png, reader.info) * height;
-  if (size >= 0 && plain / bestCompression > static_cast<std::uint64_t>(size)) {
+  const std::uint64_t rowSize = png_get_rowbytes(reader.png, reader.info);
+  const std::uint64_t needed = (size >= 0 ? rowSize * height : rowSize) / maxCompression;
+  const std::uint64_t found = size >= 0 ? static_cast<std::uint64_t>(size)
+                                        : appendBytes(reader.ahead, reader.file, static_cast<std::size_t>(needed));
+  if (needed > found) {
     damaged(path, "it is too short for " + std::to_string(width) + "x" + std::to_string(height) + " pixels");
   }
 }
@@ -134,15 +148,17 @@ void checkExtents(Reader& reader, const File& file, const std::string& path) {
 /// The bit depth of the file for an image.
 int bitsOf(const Image& image) { return image.isBilevel && image.channels == 1 ? 1 : image.bitDepth; }
 
-/// The stored bytes of one row, high byte first, to samples or back.
-void unpackRow(const png_byte* bytes, Image& image, int y) {
-  std::uint16_t* sample = &image.samples[image.at(0, y)];
+/// Appends one row to the samples, from bytes as PNG stores them, high byte first.
+void appendRow(Image& image, const png_byte* bytes) {
   const std::size_t count = image.rowSamples();
+  image.samples.resize(image.samples.size() + count);
+  std::uint16_t* sample = image.samples.data() + image.samples.size() - count;
   for (std::size_t i = 0; i < count; ++i) {
     sample[i] = image.bitDepth == 8 ? bytes[i] : static_cast<std::uint16_t>(bytes[2 * i] << 8 | bytes[2 * i + 1]);
   }
 }
 
+/// The bytes of one row as PNG stores them.
 void packRow(const Image& image, int y, png_byte* bytes) {
   const std::uint16_t* sample = &image.samples[image.at(0, y)];
   const std::size_t count = image.rowSamples();
@@ -161,6 +177,31 @@ std::size_t rowBytes(const Image& image) { return image.rowSamples() * static_ca
 
 int colourType(const Image& image) {
   return (image.colours() == 3 ? PNG_COLOR_MASK_COLOR : 0) | (image.hasAlpha() ? PNG_COLOR_MASK_ALPHA : 0);
+}
+
+/// Reads the rows one by one; `row` has room for one of them.
+void readPlainRows(png_structp png, Image& image, png_byte* row) {
+  for (int y = 0; y < image.height; ++y) {
+    png_read_row(png, row, nullptr);
+    appendRow(image, row);
+  }
+}
+
+/// Reads the rows of an interlaced file, which has some rows in each pass, and those of early passes several times,
+/// each time with more of their pixels.
+void readInterlacedRows(png_structp png, const Image& image, std::vector<std::vector<png_byte>>& rows) {
+  const auto height = static_cast<std::size_t>(image.height);
+  for (int pass = 0; pass < PNG_INTERLACE_ADAM7_PASSES; ++pass) {
+    for (std::size_t y = 0; y < height; ++y) {
+      if (!PNG_ROW_IN_INTERLACE_PASS(y, pass)) {
+        png_read_row(png, nullptr, nullptr);
+        continue;
+      }
+      rows.resize(std::max(rows.size(), y + 1));
+      rows[y].resize(rowBytes(image));
+      png_read_row(png, rows[y].data(), nullptr);
+    }
+  }
 }
 
 }  // namespace
@@ -186,29 +227,32 @@ Image readPng(const std::string& path) {
     png_read_update_info(reader.png, reader.info);
   });
   if (!prepared) damaged(path, reader.message.data());
-  Image image = makeImage(static_cast<int>(png_get_image_width(reader.png, reader.info)),
-                          static_cast<int>(png_get_image_height(reader.png, reader.info)),
-                          png_get_channels(reader.png, reader.info), png_get_bit_depth(reader.png, reader.info));
-  image.isBilevel = isBilevel;
-
-  // An interlaced file gives every row several times, each time with more of its pixels.
-  const std::size_t stride = passes == 1 ? 0 : rowBytes(image);
-  std::vector<png_byte> bytes(rowBytes(image) + stride * static_cast<std::size_t>(image.height - 1));
+  Image image{static_cast<int>(png_get_image_width(reader.png, reader.info)),
+              static_cast<int>(png_get_image_height(reader.png, reader.info)),
+              png_get_channels(reader.png, reader.info),
+              png_get_bit_depth(reader.png, reader.info),
+              {},
+              isBilevel};
+  // The header of a file agrees with the file's size. That of a pipe may promise anything.
+  constexpr std::size_t maxUnchecked = std::size_t{1} << 24;
+  const std::size_t promised = image.rowSamples() * static_cast<std::size_t>(image.height);
+  image.samples.reserve(sizeOf(file) >= 0 ? promised : std::min(promised, maxUnchecked));
+  std::vector<std::vector<png_byte>> rows(1, std::vector<png_byte>(rowBytes(image)));
   const bool finished = succeeds(reader.png, [&] {
-    for (int pass = 1; pass <= passes; ++pass) {
-      for (int y = 0; y < image.height; ++y) {
-        png_byte* row = bytes.data() + stride * static_cast<std::size_t>(y);
-        png_read_row(reader.png, row, nullptr);
-        if (pass == passes) unpackRow(row, image, y);
-      }
+    if (passes == 1) {
+      readPlainRows(reader.png, image, rows.front().data());
+    } else {
+      readInterlacedRows(reader.png, image, rows);
     }
     png_read_end(reader.png, nullptr);
   });
   if (!finished) damaged(path, reader.message.data());
+  if (passes == 1) return image;
+  for (const std::vector<png_byte>& row : rows) appendRow(image, row.data());
   return image;
 }
 
-void writePng(const std::string& path, const Image& image) {
+void addPng(OutputFiles& files, const std::string& path, const Image& image) {
   Writer writer;
   std::vector<png_byte> row(rowBytes(image));
   const bool written = succeeds(writer.png, [&] {
@@ -225,7 +269,13 @@ void writePng(const std::string& path, const Image& image) {
     png_write_end(writer.png, nullptr);
   });
   if (!written) throw std::runtime_error("cannot write " + inQuotes(path) + ": " + writer.message.data());
-  replaceFile(path, writer.bytes);
+  files.add(path, writer.bytes);
+}
+
+void writePng(const std::string& path, const Image& image) {
+  OutputFiles files;
+  addPng(files, path, image);
+  files.commit();
 }
 
 void checkPngName(const std::string& path) { checkFileName(path, ".png"); }

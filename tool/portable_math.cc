@@ -4,10 +4,11 @@
 
 namespace BP::tool {
 
-// Both reduce the argument to a small range and sum the Taylor series there from its smallest term on.
+// Both functions reduce the argument to a small range and sum the Taylor series there, beginning with its smallest
+// term.
 
 double exponential(double x) {
-  // ln 2 in two parts; the first has trailing zeros enough for its product with a small whole number to be exact.
+  // ln 2 in two parts. The first has enough trailing zeros that its product with a small whole number is exact.
   constexpr double ln2High = 0x1.62e42feep-1;
   constexpr double ln2Low = 0x1.a39ef35793c76p-33;
   if (x < -708) return 0;

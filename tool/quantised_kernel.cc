@@ -14,13 +14,13 @@ namespace BP::tool {
 namespace {
 
 void checkType(const filters::FixedType& type, const std::string& key) {
-  constexpr int mostBits = 32, mostFraction = 400;
-  if (type.word <= mostBits && std::abs(type.fraction) <= mostFraction) return;
+  constexpr int maxBits = 32, maxFraction = 400;
+  if (type.word <= maxBits && std::abs(type.fraction) <= maxFraction) return;
   throw std::runtime_error("--fixed: " + key + ": " + filters::toText(type) +
                            "; allowed here are word lengths of 1 to 32 and fraction lengths of -400 to 400");
 }
 
-/// a + b * c, refused where 64 bits end.
+/// a + b * c; a result of more than 64 bits is refused.
 std::int64_t sum(std::int64_t a, std::int64_t b, std::int64_t c) {
   std::int64_t result;
   if (!__builtin_mul_overflow(b, c, &result) && !__builtin_add_overflow(a, result, &result)) return result;
@@ -28,34 +28,35 @@ std::int64_t sum(std::int64_t a, std::int64_t b, std::int64_t c) {
 }
 
 struct Range {
-  std::int64_t least = 0;
-  std::int64_t greatest = 0;
+  std::int64_t min = 0;
+  std::int64_t max = 0;
 };
 
-/// The codes of a type of up to 32 bits; a symmetric one lacks the least.
+/// The codes of a type of up to 32 bits; symmetric saturation leaves the least code out.
 Range codesOf(const filters::FixedType& type, bool isSymmetric) {
   const std::int64_t half = std::int64_t{1} << (type.word - 1);
   return type.isSigned ? Range{isSymmetric ? 1 - half : -half, half - 1} : Range{0, 2 * half - 1};
 }
 
-/// The narrowest type, signed if it must be, that has all of `range`.
+/// The narrowest type with all of `range`; it is signed if the range has negative values.
 filters::FixedType narrowest(const Range& range, int fraction, bool isSymmetric) {
-  filters::FixedType type{1, fraction, range.least < 0};
-  const std::int64_t least = isSymmetric ? range.least - 1 : range.least;
+  filters::FixedType type{1, fraction, range.min < 0};
+  const std::int64_t min = isSymmetric ? range.min - 1 : range.min;
   const auto fits = [&] {
     const int bits = type.isSigned ? type.word - 1 : type.word;
-    return range.greatest >> bits == 0 && (!type.isSigned || least >> bits >= -1);
+    return range.max >> bits == 0 && (!type.isSigned || min >> bits >= -1);
   };
   while (!fits()) ++type.word;
   return type;
 }
 
-/// The sums of some or all products of the codes with inputs.
+/// The range of the sums of some or all products of codes with inputs.
 Range rangeOfSums(const std::vector<std::int64_t>& codes, const Range& input) {
   Range sums;
-  for (const std::int64_t code : codes) {  // the input's range holds 0, so the one end lowers sums, the other raises
-    sums.least = sum(sums.least, code, code < 0 ? input.greatest : input.least);
-    sums.greatest = sum(sums.greatest, code, code < 0 ? input.least : input.greatest);
+  // The input\'s range holds 0, so one of its ends lowers the sum and the other raises it.
+  for (const std::int64_t code : codes) {
+    sums.min = sum(sums.min, code, code < 0 ? input.max : input.min);
+    sums.max = sum(sums.max, code, code < 0 ? input.min : input.max);
   }
   return sums;
 }
@@ -67,7 +68,7 @@ std::string unitText(int fraction) {
   return "1/" + power;
 }
 
-std::string matrixText(const Kernel& kernel, const std::vector<std::int64_t>& codes) {
+std::string matrixText(const FilterKernel& kernel, const std::vector<std::int64_t>& codes) {
   std::size_t width = 0;
   for (const std::int64_t code : codes) width = std::max(width, std::to_string(code).size());
   std::string text;
@@ -81,7 +82,7 @@ std::string matrixText(const Kernel& kernel, const std::vector<std::int64_t>& co
 
 }  // namespace
 
-QuantisedKernel quantiseKernel(const Kernel& kernel, const KernelTypes& types) {
+QuantisedKernel quantiseKernel(const FilterKernel& kernel, const KernelTypes& types) {
   checkType(types.input, "input");
   checkType(types.filter, "filter");
   filters::FixedStatistics statistics;
@@ -92,36 +93,37 @@ QuantisedKernel quantiseKernel(const Kernel& kernel, const KernelTypes& types) {
   result.overflows = statistics.overflows;
   for (std::size_t i = 0; i < values.size(); ++i) {
     result.codes.push_back(static_cast<std::int64_t>(std::ldexp(values[i], types.filter.fraction)));
-    result.greatestError = std::max(result.greatestError, std::fabs(values[i] - kernel.elements[i]));
+    result.maxError = std::max(result.maxError, std::fabs(values[i] - kernel.elements[i]));
     result.sumBefore += kernel.elements[i];
     result.sumOfCodes += result.codes.back();
   }
-  if (!std::isfinite(std::ldexp(std::fabs(result.sumBefore) + result.greatestError, types.filter.fraction))) {
+  if (!std::isfinite(std::ldexp(std::fabs(result.sumBefore) + result.maxError, types.filter.fraction))) {
     throw std::runtime_error("--fixed: the kernel's sum is beyond 1.8e308 units of the filter's last bit");
   }
   const int fraction = types.filter.fraction + types.input.fraction;
   const bool isSymmetric = types.modes.overflow == filters::Overflow::symmetric;
   const Range sums = rangeOfSums(result.codes, codesOf(types.input, isSymmetric));
-  result.leastSum = std::ldexp(static_cast<double>(sums.least), -fraction);
-  result.greatestSum = std::ldexp(static_cast<double>(sums.greatest), -fraction);
+  result.minSum = std::ldexp(static_cast<double>(sums.min), -fraction);
+  result.maxSum = std::ldexp(static_cast<double>(sums.max), -fraction);
   result.accumulator = narrowest(sums, fraction, isSymmetric);
   return result;
 }
 
-std::string quantisedKernelText(const Kernel& kernel, const KernelTypes& types, const QuantisedKernel& quantised) {
+std::string quantisedKernelText(const FilterKernel& kernel, const KernelTypes& types,
+                                const QuantisedKernel& quantised) {
   const int fraction = types.filter.fraction;
   const double gain = std::ldexp(static_cast<double>(quantised.sumOfCodes), -fraction);
-  const std::string error = quantised.greatestError == 0
+  const std::string error = quantised.maxError == 0
                                 ? "none"
-                                : "up to " + roundedText(quantised.greatestError, 2) + ", " +
-                                      roundedText(std::ldexp(quantised.greatestError, fraction), 2) + " units";
+                                : "up to " + roundedText(quantised.maxError, 2) + ", " +
+                                      roundedText(std::ldexp(quantised.maxError, fraction), 2) + " units";
   const std::string lines[] = {filters::toText(types.filter) + ", " + std::to_string(kernel.width) + "x" +
                                    std::to_string(kernel.height) + ", in units of " + unitText(fraction) + "; " +
                                    std::to_string(quantised.overflows) + " overflows",
                                error,
                                numberText(gain) + ", " + std::to_string(quantised.sumOfCodes) + " units; before " +
                                    roundedText(quantised.sumBefore, 6),
-                               numberText(quantised.leastSum) + " to " + numberText(quantised.greatestSum) +
+                               numberText(quantised.minSum) + " to " + numberText(quantised.maxSum) +
                                    ", whatever the input in " + filters::toText(types.input),
                                filters::toText(quantised.accumulator) + " has them all"};
   std::string text = matrixText(kernel, quantised.codes);

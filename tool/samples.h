@@ -5,8 +5,8 @@
 
 namespace BP::tool {
 
-/// The samples of a picture, alpha too, as float64 elements: of grey without alpha one for each pixel, extents
-/// {width, height}; else extents {channels, width, height}, as NPY users know colours.
+/// The samples of a picture, alpha included, as float64 elements. Grey without alpha has the extents {width, height},
+/// other pictures have {channels, width, height}, which is NPY's usual layout of colours.
 Array samplesOf(const Image& image);
 
 }  // namespace BP::tool

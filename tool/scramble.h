@@ -4,7 +4,7 @@
 
 namespace BP::tool {
 
-/// A well mixed number that depends on nothing but `index` (splitmix64).
+/// A pseudo-random number that depends on `index` alone (splitmix64).
 inline std::uint64_t scramble(std::uint64_t index) {
   std::uint64_t z = (index + 1) * 0x9e3779b97f4a7c15u;
   z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9u;

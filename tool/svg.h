@@ -10,11 +10,11 @@ struct Box {
   int x, y, width, height;
 };
 
-/// An SVG document under construction. Each shape has a class, of which the style sheet says how it looks; texts must
-/// be free of the characters that XML reserves.
+/// An SVG document under construction. The style sheet gives the looks of each class of shapes. Texts must not contain
+/// characters that XML reserves.
 class Svg {
  public:
-  /// Which point of a text is given.
+  /// The point of a text that its coordinates give.
   enum Anchor { start, middle, end };
 
   void box(std::string_view kind, const Box& box);

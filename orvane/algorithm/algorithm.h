@@ -9,7 +9,7 @@
 
 namespace BP {
 
-/// Abstract root of the algorithms: what computes one output from one window, and knows nothing of sectors.
+/// Abstract root of the algorithms. An algorithm computes one output from one window.
 template <class AllocT>
 class Algorithm {
  public:
@@ -32,9 +32,9 @@ struct NoLanes {};
 
 /// Common set-up of algorithms that walk a filter over an input.
 ///
-/// At `setupStart` the pad output is cleared, so a processor that wants one computes it afterwards. At stages 2 to 4
-/// the filter's walk is set to all its indices, at 2 and 3 its strides and element count are worked out: a new filter
-/// size needs one of these. `filter` and `input` belong to the processor.
+/// `setupStart` clears the pad output, so a processor that needs one computes it afterwards. Stages 2 to 4 set the
+/// filter's range to all its indices. Stages 2 and 3 compute its strides and element count, so a new filter size needs
+/// one of these. The processor owns `filter` and `input`.
 template <class AllocT, class BlockT, class InputT>
 class WindowAlgorithm : public Algorithm<AllocT> {
  public:
@@ -82,8 +82,8 @@ class WindowAlgorithm : public Algorithm<AllocT> {
 
 /// Base of every algorithm of the two-dimensional kernels; scores are of type YT, inputs of type UT.
 ///
-/// A derived class gives the kernels, by name and not by virtual calls, `scoreAt` for windows wholly inside, and where
-/// its input can pad `boundaryAt` and `outsideAt`; each leaves its result in element 0 of a scratch output.
+/// Kernels call three functions of a derived class, none of them virtual: `scoreAt` for windows wholly inside and, if
+/// its input can pad, `boundaryAt` and `outsideAt`. Each leaves its result in element 0 of a scratch output.
 template <class AllocT, class BlockT, class InputT, class YT, class UT>
 class DistanceMetricAlgorithm : public WindowAlgorithm<AllocT, BlockT, InputT> {
  public:

@@ -3,11 +3,11 @@
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/element.h"
 
-/// Collectors remember the extreme of a stream of values. Emptying one is writing `hasValue` := false, which leaves
-/// value and index in place.
+/// Collectors remember the extreme of a stream of values. `setHasValue(false)` empties a collector, and leaves value
+/// and index in place.
 namespace BP {
 
-/// The kept value, and whether one has arrived.
+/// The value that is kept, and whether there is one.
 template <class AllocT, class T>
 class StatisticsCollector {
  public:
@@ -54,8 +54,8 @@ class MaxCollector : public StatisticsCollector<AllocT, T> {
   using StatisticsCollector<AllocT, T>::StatisticsCollector;
 };
 
-/// Feeds `collector` the value `v` found at (x, y). A kept value gives way to a strictly lesser one, so the first of
-/// equals stays, and a NaN that came first stays for good. Complex values compare by squared magnitude.
+/// Feeds `collector` the value `v` found at (x, y). A strictly lesser value replaces the one that is kept. So the first
+/// of equal values stays, and a NaN that came first stays for good. Complex values compare by squared magnitude.
 template <class AllocT, class T>
 inline void feed(MinIdxCollector<AllocT, T>& collector, T& v, int x, int y) {
   T& kept = elementAt(collector.getValue().ptr, 0);

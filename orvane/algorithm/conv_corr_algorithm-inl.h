@@ -46,7 +46,11 @@ void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise
     assign(elementAt(result, 0), elementAt(accumulator.ptr, 0));
     normaliseSample(elementAt(result, 0), energy.get());
   } else {
-    sumProducts(taps, [] {});
+    if constexpr (std::is_same_v<UT, Fixpt> && std::is_same_v<TapsT, InsideTaps<UT>>) {
+      sumFixedWindow(taps);
+    } else {
+      sumProducts(taps, [] {});
+    }
     assign(elementAt(result, 0), elementAt(accumulator.ptr, 0));
   }
 }
@@ -67,6 +71,19 @@ void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise
   });
 }
 
+/// The same for a fixed-point window wholly inside, which is one operation of the value library.
+template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
+void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise>::sumFixedWindow(
+    const InsideTaps<UT>& taps) {
+  const int* const end = this->filter->getEnd().ptr;
+  const int width = end[0] + 1, height = end[1] + 1;
+  HT& h = *this->filter->getData().ptr;
+  YT& sum = elementAt(accumulator.ptr, 0);
+  putZero(sum);
+  const KarnDSPFixpt::FixptWindow backwards{h, width * height - 1, -1, -width}, forwards{h, 0, 1, width};
+  sum.addProducts(taps.getWindow(), flipFilter != 0 ? backwards : forwards, width, height);
+}
+
 template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
 void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise>::addProduct(YT& sum, UT& tap, HT& h) {
   if constexpr (isBoolean) {
@@ -78,7 +95,7 @@ void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise
   }
 }
 
-/// sample := sample / (norm of the filter * norm of the window); an energy that is no number gives no number.
+/// sample := sample / (norm of the filter * norm of the window); an energy of NaN gives NaN.
 template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
 void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise>::normaliseSample(YT& sample,
                                                                                                    YT& energy) {
@@ -105,7 +122,8 @@ void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise
   this->allocator->allocateArray(reversedFilter, reversedCapacity, "filter");
 }
 
-/// The filter as the functions, which flip it, need it, its first plane if it has more; null if they cannot have it.
+/// The filter's first plane in the order that the vendor's functions need, which flip it; null if it is empty or has
+/// outgrown its reversed copy.
 template <class AllocT, class BlockT, class InputT, class YT, class HT, class UT, int flipFilter, int normalise>
 const HT* ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise>::vendorKernel() {
   const HT* const h = this->filter->getData().ptr;
@@ -122,7 +140,7 @@ bool ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise
   const auto& u = this->input->getBlock();
   const auto& y = result.getBlock();
   const int uPitch = u.getDims().ptr[0], yPitch = y.getDims().ptr[0];
-  if (std::max(uPitch, yPitch) > ZdFilterLoader::mostPitch) return false;
+  if (std::max(uPitch, yPitch) > ZdFilterLoader::maxPitch) return false;
   const int *const s = sector.getStart().ptr, *const e = sector.getEnd().ptr;
   const int *const hLoc = this->filter->getLoc().ptr, *const hDims = this->filter->getDims().ptr;
   int hCentre[2], offset[2];

@@ -48,7 +48,8 @@ class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT,
 
   /// The common set-up; the filter's norm is computed at `setupStart` and at `setupInvoke`, so that a tuned filter
   /// takes effect at once. Fixed point hands its statistics over at `setupFinish`. At `setupAttachWork` a correlation
-  /// that can go to the vendor's functions makes room for its reversed filter, once for the filter's extents of then.
+  /// that can use the vendor's functions allocates its reversed filter, for the extents that the filter has at that
+  /// time.
   void setup(setupModeT mode);
 
   /// The sample of a window wholly inside the input, whose first element has linear index `imageIndex`.
@@ -67,9 +68,9 @@ class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT,
     accumulate(OutsideTaps<UT, InputT>(*this->input, sector, windowOrigin), y1);
   }
 
-  /// Has the vendor's functions compute all outputs of `sector`; false, and nothing done, if they cannot: they are not
-  /// there, a row is too long for them, the filter's centre lies outside it, or it has outgrown the room for its
-  /// reversal.
+  /// Has the vendor's functions compute all outputs of `sector`. Returns false, and does nothing, if they cannot: they
+  /// are not there, a row is too long for them, the filter's centre lies outside the filter, or the filter has outgrown
+  /// its reversed copy.
   bool runWholeSector(const InsideSector& sector, Out& result) requires(usesVendor) {
     return loader.getAllLoaded() && sendToVendor(sector, result);
   }
@@ -89,6 +90,7 @@ class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT,
   void accumulate(TapsT taps, Out& y1);
   template <class TapsT, class ActionT>
   void sumProducts(TapsT& taps, ActionT&& beforeProduct);
+  void sumFixedWindow(const InsideTaps<UT>& taps);
   void addProduct(YT& sum, UT& tap, HT& h);
   void normaliseSample(YT& sample, YT& energy);
   void makeReversedFilter();

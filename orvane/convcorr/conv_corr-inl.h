@@ -20,7 +20,7 @@ ConvCorr<HT, UT, YT, AllocT>::ConvCorr(AllocT* alloc, int rank, CleverPtr<int>& 
   this->makePlan(isHgtU);
 }
 
-/// Chooses the classes: none for a pad type or an algorithm mode out of range.
+/// Makes input and algorithm, or neither for a pad type or an algorithm mode out of range.
 template <class HT, class UT, class YT, class AllocT>
 void ConvCorr<HT, UT, YT, AllocT>::build(AlgorithmModeEnum algorithmMode, NormEnum norm, PadTypeEnum padType) {
   visitPadType(padType, [&](auto pad) {

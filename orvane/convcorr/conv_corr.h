@@ -16,10 +16,11 @@ namespace BP {
 ///     y(p) = sum over j1, then j0, of u(p + hLoc + j) * h(f)
 ///
 /// with p the position of the filter's centre, hLoc minus the centre's index, and f running over the filter's elements
-/// from the last to the first for convolution and from the first to the last for correlation; optionally divided by the
-/// norms of filter and window (see `ConvCorrAlgorithm`). Each output is one sum in this order, with one rounding for
-/// each operation in the element type itself; but an application can have a vendor's functions compute interiors, see
-/// `ZdFilterLoader`. Modes, pads, arrays and ownership are those of `WindowProcessor`.
+/// from the last to the first for convolution and from the first to the last for correlation. With normalisation the
+/// sum is divided by the norms of filter and window (see `ConvCorrAlgorithm`). Each output is one sum in this order,
+/// with one rounding for each operation in the element type itself. An exception: an application can have a vendor's
+/// functions compute inside sectors (see `ZdFilterLoader`). Modes, pads, arrays and ownership are those of
+/// `WindowProcessor`.
 ///
 /// HT, UT and YT are the element types of filter, input and output. A pad type or an algorithm mode out of range builds
 /// a processor that does nothing.
@@ -33,14 +34,19 @@ class ORVANE_API ConvCorr : public WindowProcessor<AnyCorrelation, UT, YT, Alloc
            CleverPtr<int>& hCentre, CleverPtr<HT>& h, CleverPtr<UT>& u, CleverPtr<YT>& y,
            const Region* regionOfInterest = nullptr);
 
-  /// Works out what the filter makes of an input that is nothing but the pad value: the sum of the filter, then one
-  /// multiplication.
+  /// Computes the filter's response to an input of nothing but the pad value v:
+  ///
+  ///     (...((h(0) + h(1)) + h(2)) + ...) * v
+  ///
+  /// The sum starts with a copy of the first element and runs in storage order, for convolution and correlation alike,
+  /// with one rounding for each addition. One multiplication by v follows. All of this is in YT. The response of a
+  /// filter without elements is 0.
   void computePadOutput();
-  /// Whether there are an input and an algorithm: not so for a pad type or an algorithm mode out of range.
+  /// Whether there are an input and an algorithm. A pad type or an algorithm mode out of range has neither.
   bool getIsBuilt() const { return this->kernel != nullptr; }
-  /// What `computePadOutput` worked out; only if `getIsBuilt()`.
+  /// The result of `computePadOutput`; only if `getIsBuilt()`.
   const CleverPtr<YT>& getPadOutput();
-  /// Takes element 0 of `value` for the pad value, if the pad is constant.
+  /// Sets the pad value to element 0 of `value`, if the pad is constant.
   void setPadValue(const CleverPtr<UT>& value);
 
  private:

@@ -8,13 +8,14 @@
 namespace BP {
 
 /// Filtering with a separable filter: a column filter along dimension 0 into an intermediate array, then a row filter
-/// along dimension 1 from there into the output. Each pass is a `ConvCorr`, whose rules on sums, modes, pads and
-/// ownership hold for it; for the price of one array of YT a product of extents becomes a sum.
+/// along dimension 1 from there into the output. Each pass is a `ConvCorr`, with its rules on sums, modes, pads and
+/// ownership. An output then costs the sum of the two extents instead of their product, at the price of one array of
+/// YT.
 ///
 /// The intermediate has the element type of the output, so fixed point is quantised to that between the passes. It is
-/// made once, of extents `midMaxDims` (read in the constructor only); should an intermediate outgrow it, nothing is
-/// computed. A constant pad looks to the second pass like what the first pass makes of it far from the data: the first
-/// filter's sum times the value.
+/// allocated once, with extents `midMaxDims`, which only the constructor reads. A run whose intermediate would be
+/// larger computes nothing and leaves the output as it was. With a constant pad, the second pass pads with the first
+/// filter's response to the pad value (see `ConvCorr::computePadOutput`).
 template <class HT, class UT, class YT, class AllocT>
 class ORVANE_API ConvCorrSeparable : public AnyCorrelation {
  public:

@@ -105,8 +105,8 @@ void ConvCorrTolk<HT, UT, YT>::keepAllStatistics() {
   this->keepStatistics(this->y, true);
 }
 
-/// The largest extents that the intermediate array can come to have, for the first filter folded into a column: with
-/// sizes that vary, the smallest filter gives the largest valid output.
+/// The largest extents that the intermediate array can have, for the first filter folded into a column. If sizes vary,
+/// the smallest filter gives the largest valid output.
 template <class HT, class UT, class YT>
 void ConvCorrTolk<HT, UT, YT>::computeMidMaxDims(CleverPtr<int>& mid, const CleverPtr<int>& first) const {
   fillDims(mid, this->nDims, this->hostUDims, this->uNumDims);

@@ -12,11 +12,12 @@ namespace BP {
 
 /// Front of convolution and correlation: what a host holds for one block.
 ///
-/// The sum, its order, edges and extents are those of `ConvCorr`, or with two filters of `ConvCorrSeparable`; what the
-/// host gives and keeps, and the filter's centre, those of `WindowFront`. Of a separable filter the first is a column,
-/// all its elements along dimension 0, the second a row along dimension 1, whatever shape the host gives.
+/// The sum, its order, edges and extents are those of `ConvCorr`, or of `ConvCorrSeparable` if there are two filters.
+/// `WindowFront` says what the host gives and keeps, and where the filter's centre is. The first filter of a separable
+/// front is a column with all its elements along dimension 0, the second a row along dimension 1, whatever shapes the
+/// host gives.
 ///
-/// HT, UT and YT are the element types of filter, input and output, a triple of those that `ConvCorr` knows.
+/// HT, UT and YT are the element types of filter, input and output, one of the triples of `ConvCorr`.
 template <class HT, class UT, class YT>
 class ORVANE_API ConvCorrTolk : public WindowFront<AnyCorrelation, UT, YT> {
   using Base = WindowFront<AnyCorrelation, UT, YT>;
@@ -53,8 +54,8 @@ class ORVANE_API ConvCorrTolk : public WindowFront<AnyCorrelation, UT, YT> {
   void tune(void* first, void* second, void* third) override;
 
   using Base::setup;
-  /// The one-shot start of a block with one filter. `padValue` is one input element; of a complex one the imaginary
-  /// part is read only if `padIsComplex`.
+  /// The one-shot start of a block with one filter. `newPadValue` is one input element. The imaginary part of a complex
+  /// one is read only if `isComplex`.
   void setup(HT* filter, UT* input, YT* output, const void* newPadValue, bool isComplex);
   /// The one-shot start of a separable block.
   void setup(HT* filter, HT* secondFilter, UT* input, YT* output, const void* newPadValue, bool isComplex);

@@ -8,17 +8,17 @@
 
 namespace BP {
 
-/// Makes `out` the owner of a new array of `count` plain elements: complex elements are zero, others are not
-/// cleared. A count that no memory can hold, a negative one included, ends in `std::bad_alloc`.
+/// Makes `out` the owner of a new array of `count` plain elements. Complex elements are zero; others are not
+/// initialised. Throws `std::bad_alloc` if memory cannot hold that many or if `count` is negative.
 template <class T>
 void allocatePlain(CleverPtr<T>& out, int count) {
   out.ptr = new T[static_cast<std::size_t>(count)];
   out.owned = true;
 }
 
-/// The allocator of classes that live without a host: plain arrays, no state, no messages.
+/// The allocator of classes that work without a host. It makes plain arrays; it has no state and no messages.
 ///
-/// It takes the same calls as `AllocatorTolk`, so that one class template serves both. Role names are dropped.
+/// It has the functions of `AllocatorTolk`, so a class template works with either. It ignores role names.
 class ORVANE_API Allocator {
  public:
   /// Makes `out` the owner of a new array of `count` elements.
@@ -28,15 +28,15 @@ class ORVANE_API Allocator {
     allocatePlain(out, count);
   }
 
-  /// Without a host a work vector is an array like any other: makes `out` the owner of `width` elements.
+  /// Makes `out` the owner of `width` elements: without a host a work vector is an ordinary array.
   template <class T>
   void registerWorkVector(CleverPtr<T>& out, int width, const std::string& /*name*/, const std::string& /*roleName*/,
                           int /*count*/) {
     allocatePlain(out, width);
   }
 
-  /// There is no host whose vector could be attached: `out` loses its array, unreleased. Stand-alone classes never
-  /// issue the stage that calls this.
+  /// Sets `out` to null, because there is no host's vector to attach, and does not release its array. Stand-alone
+  /// classes never issue the stage that calls this.
   template <class T>
   void attachWorkVector(CleverPtr<T>& out) {
     out.ptr = nullptr;

@@ -33,7 +33,8 @@ AllocatorTolk::~AllocatorTolk() {
 }
 
 void AllocatorTolk::registerTypeName(std::string roleName, const DSPDataAttributesHandle& handle) {
-  // The copy comes first and, where the name is taken, stays with nobody: hosts rely on the order of copies.
+  // The copy is made before the name is looked up, because hosts rely on the order of copies. If the name is taken, no
+  // one owns the copy, and it is never destroyed.
   auto* copy = new DSPDataAttributesHandle(handle);
   if (!typeHandles.emplace(std::move(roleName), copy).second) {
     tolkSetErrorStatus(adaptor, "AllocatorTolk: attempted to register duplicate type name");

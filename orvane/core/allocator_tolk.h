@@ -19,10 +19,10 @@ using FixptLogMap = std::map<std::string, fxpBlockProperties*>;
 
 /// The allocator of classes that a host drives.
 ///
-/// Beside plain arrays it makes fixed-point arrays, whose data type it knows by the name of their role ("input",
-/// "output", "filter", "accumulator", "sqrt", "uint8"), and it asks the host for work vectors. Failures go to the
-/// host as messages, and execution goes on. For plain elements a role name has no effect; arrays of fixed type are
-/// asked for as "ignore" or "int32". One front object owns it, and one thread at a time uses it.
+/// It makes plain arrays and fixed-point arrays, and asks the host for work vectors. A fixed-point array has the data
+/// type that was registered for its role: "input", "output", "filter", "accumulator", "sqrt" or "uint8". A role name
+/// has no effect on plain elements; tables of integers have the role "ignore" or "int32". Failures go to the host as
+/// messages, and execution goes on. One front object owns the allocator, and one thread at a time uses it.
 class ORVANE_API AllocatorTolk {
  public:
   explicit AllocatorTolk(brekk::BrekkAdaptorTolk* adaptor);
@@ -30,16 +30,16 @@ class ORVANE_API AllocatorTolk {
   AllocatorTolk& operator=(const AllocatorTolk&) = delete;
   ~AllocatorTolk();
 
-  /// Lets arrays of role `roleName` have the type of `handle`, of which a copy is kept. The first registration of
-  /// a name stays; a further one is reported.
+  /// Gives arrays of role `roleName` the type of `handle`, and keeps a copy of it. The first registration of a name
+  /// counts; a further one is reported.
   void registerTypeName(std::string roleName, const KarnDSPFixpt::DSPDataAttributesHandle& handle);
 
   /// Makes `out` the owner of a new array of `count` values of the type of role `roleName`. A role that was not
-  /// registered is reported, and `out` stays as it is.
+  /// registered is reported, and `out` does not change.
   void createFixptArray(CleverPtr<KarnDSPFixpt::Fixpt>& out, int count, std::string roleName);
 
-  /// Makes `out` the owner of a new array of `count` elements; fixed-point arrays go by their role. The name of the
-  /// array is for the reader of the call.
+  /// Makes `out` the owner of a new array of `count` elements; a fixed-point array has the type of its role. The name
+  /// of the array only documents the call.
   template <class T>
   void allocateArray(CleverPtr<T>& out, int count, std::string roleName, const std::string& /*arrayName*/ = {}) {
     if constexpr (std::is_same_v<T, KarnDSPFixpt::Fixpt>) {
@@ -49,8 +49,8 @@ class ORVANE_API AllocatorTolk {
     }
   }
 
-  /// Asks the host for a work vector of `width` elements and lets `out` carry its name. A name that was given
-  /// before is made different by "_" and the number of records so far. T is `int` or `bool`.
+  /// Requests a work vector of `width` elements from the host and stores its name in `out`. A name that is taken gets
+  /// the suffix "_" and the number of records so far. T is `int` or `bool`.
   template <class T>
   void registerWorkVector(CleverPtr<T>& out, int width, std::string name, std::string roleName, int count);
 
@@ -63,17 +63,17 @@ class ORVANE_API AllocatorTolk {
   /// Asks the host for the address of each vector.
   void refreshWorkVectors();
 
-  /// Adds what was counted on `value` and on its subordinate values to the host's map, label by label. `useThis`
-  /// false leaves the value itself out. Without a map, or for a null value, nothing happens.
+  /// Adds the statistics of `value` and of its subordinate values to the host's map, by label. `useThis` false leaves
+  /// out `value` itself. Nothing happens without a map or for a null value.
   void mergeFixptLog(KarnDSPFixpt::Fixpt* value, bool useThis);
 
-  /// Sets the map in which statistics are gathered; null switches gathering off. The map stays the caller's, and must
-  /// be there for as long as it is set.
+  /// Sets the map that receives the statistics; null switches this off. The caller owns the map and must keep it while
+  /// it is set.
   void setFixptLogMap(FixptLogMap* map) { fixptLogMap = map; }
   FixptLogMap* getFixptLogMap() const { return fixptLogMap; }
 
   brekk::BrekkAdaptorTolk* getAdaptor() const { return adaptor; }
-  /// The work vectors asked for, by name; the host writes their numbers into the records.
+  /// The requests for work vectors, by name. The host writes the vectors' numbers into the records.
   const std::map<std::string, WorkVectorRecord*>& getWorkVectors() const { return workVectors; }
 
  private:

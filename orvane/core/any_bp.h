@@ -7,9 +7,9 @@ namespace BP {
 
 class AnyPlan;
 
-/// Abstract root of the processors: a filter over arrays that its maker owns.
+/// Abstract root of the processors. A processor filters arrays that its maker owns.
 ///
-/// `setup` takes one stage at a time; nothing remembers which stages have passed, and a stage can be repeated.
+/// `setup` runs one stage at a time. No object remembers which stages have run, and a stage can be repeated.
 class ORVANE_API AnyBP {
  public:
   AnyBP() = default;
@@ -21,8 +21,8 @@ class ORVANE_API AnyBP {
   virtual ~AnyBP();
   /// One run over the input as it stands.
   virtual void invoke() = 0;
-  /// Sets the value that the input yields beyond its edge. `value` points to one input element; for complex
-  /// elements, to two components, or with `isComplex` false to the real one alone.
+  /// Sets the value that the input yields beyond its edge. `value` points to one input element. A complex element has
+  /// two components; with `isComplex` false only the real one is read.
   virtual void assignPadValue(const void* value, bool isComplex) = 0;
   virtual const AnyBP* getBP() const;
 };

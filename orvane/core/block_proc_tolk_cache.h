@@ -11,8 +11,8 @@ namespace BP {
 /// Abstract root of the front classes: what a host holds for one block.
 ///
 /// Order of calls: constructor, the pointer-taking `setup` of the class, `computeOutputs` per step with `tune` and
-/// pointer updates between steps, `setup(setupFinish)`, destructor. All calls come from one thread at a time; two
-/// fronts share nothing. Arguments are not checked here.
+/// pointer updates between steps, `setup(setupFinish)`, destructor. One thread at a time uses a front; two fronts share
+/// nothing. Arguments are not checked here.
 class ORVANE_API BlockProcTolkCache {
  public:
   BlockProcTolkCache(const BlockProcTolkCache&) = delete;
@@ -28,8 +28,8 @@ class ORVANE_API BlockProcTolkCache {
   /// One run.
   virtual void computeOutputs() = 0;
   /// Sets the `FixptLogMap` into which fixed-point statistics are merged at `setup(setupFinish)` and once more by the
-  /// destructor; null switches that off. The map stays the caller's and must outlive this object, or be taken away by a
-  /// call with null before it ends.
+  /// destructor; null switches that off. The caller owns the map. It must outlive this object, or a call with null must
+  /// remove it first.
   virtual void setFixptLogMap(void* map);
 
  protected:

@@ -2,7 +2,8 @@
 
 namespace BP {
 
-/// The centre of an extent: its middle element, the lower one of the two of an even extent; -1 of an extent of 0.
+/// Index of the centre of an extent: its middle element, or the lower of the two middle ones if the extent is even. An
+/// extent of 0 gives -1.
 ///
 ///     extent   1  2  3  4  5
 ///     centre   0  0  1  1  2

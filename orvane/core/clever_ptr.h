@@ -7,12 +7,12 @@
 
 namespace BP {
 
-/// Owning-or-borrowing handle of an array, with a name that ties it to a work vector of the host.
+/// Handle of an array that it owns or borrows, with a name that connects it with a work vector of the host.
 ///
-/// Code reads `ptr` directly and rebinds it by assignment; that leaves `owned` and `name` alone. Handles are never
-/// copied: objects that share an array share the handle, and so all see a rebinding. There is no reference count
-/// and no bounds check. An owned array of plain elements is released by `delete[]`; an owned `Fixpt` is one object
-/// that carries a whole array of values, and is destroyed as such.
+/// Code reads `ptr` directly and rebinds it by assignment, which does not change `owned` and `name`. Handles are never
+/// copied: objects that share an array share the handle, so all of them see a rebinding. There is no reference count
+/// and no bounds check. An owned array of plain elements is released by `delete[]`; an owned `Fixpt` is one object that
+/// carries a whole array of values, and is destroyed as such.
 template <class T>
 class CleverPtr {
  public:
@@ -21,14 +21,14 @@ class CleverPtr {
   CleverPtr& operator=(const CleverPtr&) = delete;
   ~CleverPtr() { release(); }
 
-  /// Ends an owned array and lets go of a borrowed one; the handle is null and owns nothing afterwards.
+  /// Destroys an owned array and forgets a borrowed one. Afterwards the handle is null and owns nothing.
   void release();
 
   /// The debug name; "unnamed" unless the array was registered as a work vector.
   std::string getName() const { return name; }
 
   T* ptr = nullptr;              ///< first element, or null
-  bool owned = false;            ///< whether the handle ends the array
+  bool owned = false;            ///< whether the handle destroys the array
   std::string name = "unnamed";  ///< name of the work vector behind `ptr`
 };
 

@@ -7,17 +7,17 @@
 #include "orvane/core/clever_ptr.h"
 #include "orvane/platform/karn_fixpt_3.h"
 
-/// The one place where plain and fixed-point elements differ.
+/// Operations on elements: the one place where plain and fixed-point elements differ.
 ///
 /// A plain array is a row of values; a fixed-point array is one object with a cursor. Code that reaches elements
 /// through these functions is written once for both. A reference to a fixed-point element is the array itself with its
-/// cursor on the element, good until the cursor moves: never hold two elements of one array. Every sum and product
-/// rounds in the element type itself, one operation at a time.
+/// cursor on the element. It is valid until the cursor moves, so never hold two elements of one array. Every sum and
+/// product rounds in the element type itself, one operation at a time.
 namespace BP {
 
 using KarnDSPFixpt::Fixpt;
 
-/// Element `i` of an array; for fixed point the cursor goes there (component 2i of a complex array).
+/// Element `i` of an array. For fixed point this moves the cursor to it (to component 2i of a complex array).
 template <class T>
 inline T& elementAt(T* data, int i) {
   return data[i];
@@ -31,7 +31,7 @@ inline void putZero(T& x) {
 }
 inline void putZero(Fixpt& x) { x = 0; }
 
-/// to := from; fixed point is cast into the type of `to`, a real value into a complex element has imaginary part 0.
+/// to := from. Fixed point is cast into the type of `to`. A real value gives a complex element the imaginary part 0.
 template <class To, class From>
 inline void assign(To& to, const From& from) {
   to = from;
@@ -47,7 +47,7 @@ inline bool isGreater(const std::complex<T>& a, const std::complex<T>& b) {
   return a.real() * a.real() + a.imag() * a.imag() > b.real() * b.real() + b.imag() * b.imag();
 }
 
-/// a[i] > a[j], of one array; `spare` holds an element meanwhile where they cannot be had at once.
+/// a[i] > a[j], of one array. Where only one element can be referred to at a time, `spare` holds a copy of the other.
 template <class T>
 inline bool isGreaterElement(T* a, int i, int j, T* /*spare*/) {
   return isGreater(a[i], a[j]);
@@ -58,7 +58,7 @@ inline bool isGreaterElement(Fixpt* a, int i, int j, Fixpt* spare) {
   return first > elementAt(a, j);
 }
 
-/// Swaps a[i] and a[j]; `spare` holds two elements of the same type meanwhile.
+/// Swaps a[i] and a[j] through `spare`, which has room for two elements of the same type.
 template <class T>
 inline void swapElements(T* a, int i, int j, T* spare) {
   assign(elementAt(spare, 0), elementAt(a, i));
@@ -67,12 +67,12 @@ inline void swapElements(T* a, int i, int j, T* spare) {
   assign(elementAt(a, j), elementAt(spare, 0));
 }
 
-/// lower := mean of `lower` and `upper`, each halved before the sum, which so cannot overflow.
+/// lower := mean of `lower` and `upper`. Both are halved before they are added, so the sum cannot overflow.
 template <class T>
 inline void averageInto(T& lower, const T& upper) {
   lower = upper * T(0.5) + lower * T(0.5);
 }
-/// The sum is cast into the type of `lower`, its half again.
+/// The sum is cast into the type of `lower`, and then its half is.
 inline void averageInto(Fixpt& lower, const Fixpt& upper) {
   lower += upper;
   lower >>= 1;
@@ -88,7 +88,7 @@ template <class T>
 inline void multiplyAdd(std::complex<T>& sum, const std::complex<T>& tap, const T& h) {
   sum = {tap.real() * h + sum.real(), tap.imag() * h + sum.imag()};
 }
-/// A real tap is multiplied in full, with imaginary part 0, so that an infinite or NaN component reaches both parts.
+/// A real tap counts as complex with imaginary part 0, so an infinite or NaN component reaches both parts.
 template <class T>
 inline void multiplyAdd(std::complex<T>& sum, const T& tap, const std::complex<T>& h) {
   sum = {(tap * h.real() - h.imag() * T(0)) + sum.real(), sum.imag() + (tap * h.imag() + h.real() * T(0))};
@@ -101,7 +101,7 @@ inline void multiplyAdd(std::complex<T>& sum, const std::complex<T>& tap, const 
 /// The product is cast into the tap's product type, the sum into the type of `sum`.
 inline void multiplyAdd(Fixpt& sum, Fixpt& tap, Fixpt& h) { sum += tap * h; }
 
-/// product := a * b, for real elements and for complex ones in full.
+/// product := a * b; two complex elements take the full complex product.
 template <class T>
 inline void multiply(T& product, const T& a, const T& b) {
   product = a * b;
@@ -135,7 +135,7 @@ inline void addEnergy(std::complex<T>& energy, const std::complex<T>& x) {
 }
 inline void addEnergy(Fixpt& energy, Fixpt& x) { energy += x.norm(); }
 
-/// root := square root of x; of a complex x, of its real part.
+/// root := square root of x, or of the real part of a complex x.
 template <class T>
 inline void setRoot(T& root, const T& x) {
   root = std::sqrt(x);
@@ -177,11 +177,11 @@ inline void subtract(Fixpt& d, Fixpt& a, Fixpt& t) {
   d = a;
   d -= t;
 }
-/// Booleans differ by 1 or not at all.
+/// The difference of two booleans is 1 or 0.
 inline void subtract(Fixpt& d, bool a, bool t) { d = static_cast<int>(a != t); }
 
-/// d := the difference of a and t, the greater one (see `isGreater`) first; of equals a comes second. A difference of
-/// complex values stays complex, so it can have any sign.
+/// d := a - t if a > t (see `isGreater`), else t - a. A difference of complex values stays complex, so it can have any
+/// sign.
 template <class YT, class UT, class HT>
 inline void orientedDifference(YT& d, UT& a, HT& t) {
   bool aIsGreater;
@@ -203,7 +203,7 @@ inline void add(T& sum, const T& d) {
   sum += d;
 }
 
-/// sum := d * d + sum; of a complex d the complex square, without a conjugate.
+/// sum := d * d + sum. The square of a complex d is the complex one, without a conjugate.
 template <class T>
 inline void addSquare(T& sum, const T& d) {
   sum = d * d + sum;
@@ -214,8 +214,8 @@ inline void addSquare(std::complex<T>& sum, const std::complex<T>& d) {
 }
 inline void addSquare(Fixpt& sum, Fixpt& d) { sum += d * d; }
 
-/// Sets `to` from host memory: one real element, or for complex elements a real part and, if `isComplex`, an imaginary
-/// one; for fixed point a `Fixpt`.
+/// Sets `to` from host memory, which holds one real element, a `Fixpt` for fixed point, or for a complex element a real
+/// part and, if `isComplex`, an imaginary part.
 template <class T>
 inline void assignFrom(T& to, const void* value, bool /*isComplex*/) {
   to = *static_cast<const T*>(value);
@@ -227,8 +227,8 @@ inline void assignFrom(std::complex<T>& to, const void* value, bool isComplex) {
 }
 inline void assignFrom(Fixpt& to, const void* value, bool /*isComplex*/) { to = *static_cast<const Fixpt*>(value); }
 
-/// The element that a loop adds into: plain elements are kept in a local until the loop ends, so that no store comes
-/// between two additions; fixed point adds in its own array.
+/// The element that a loop adds into. A plain element is kept in a local variable until the loop ends, so no store
+/// comes between two additions. Fixed point adds in its own array.
 template <class T>
 class RunningElement {
  public:
@@ -252,7 +252,7 @@ class RunningElement<Fixpt> {
   Fixpt* target;
 };
 
-/// One element that lives for one computation; fixed point takes the type of a role, through the allocator.
+/// One element that lives for one computation. For fixed point the allocator makes it, with the type of a role.
 template <class T, class AllocT>
 class TemporaryElement {
  public:

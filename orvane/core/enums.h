@@ -5,7 +5,7 @@
 #include "orvane/core/named.h"
 #include "orvane/core/pad_types.h"
 
-/// Enumerations that all processors share, with the names by which messages and the command call them (pad types: see
+/// Enumerations that all processors share, with the names that messages and the command use (pad types: see
 /// pad_types.h). Their numbers are part of the interface to the host.
 namespace BP {
 
@@ -30,18 +30,18 @@ enum AlgorithmModeEnum : int {
 inline constexpr std::array<Named<AlgorithmModeEnum>, 2> directions{
     {{"convolution", AlgorithmModeConvolution}, {"correlation", AlgorithmModeCorrelation}}};
 
-/// Normalisation of a convolution or correlation. Only zero and non-zero are told apart.
+/// Normalisation of a convolution or correlation. Every non-zero value means `NormWindowEnergy`.
 enum NormEnum : int {
   NormNone = 0,          ///< the plain sum of products
   NormWindowEnergy = 1,  ///< divided by the filter's norm and the norm of the window's values
 };
 inline constexpr std::array<Named<NormEnum>, 2> normalisations{{{"none", NormNone}, {"energy", NormWindowEnergy}}};
 
-/// The stages of set-up. Objects ask for ranges of them, so the order counts; 5 has no name and no effect.
+/// The stages of set-up. Objects test for ranges of stages, so their order matters. Stage 5 has no name and no effect.
 enum setupModeT : int {
   setupAttachWork = 0,  ///< tables take their storage from the host's work vectors
-  setupLinkTables = 1,  ///< tables that are slices of another find their place in it
-  setupResize = 2,      ///< extents are read anew and everything that follows from them is worked out
+  setupLinkTables = 1,  ///< tables that are slices of another one are pointed into it
+  setupResize = 2,      ///< extents are read again, and all that depends on them is computed
   setupStart = 3,       ///< the first start
   setupInvoke = 4,      ///< once in each run
   setupFinish = 6,      ///< the end: statistics are gathered

@@ -4,10 +4,11 @@
 
 #include "orvane/core/clever_ptr.h"
 
-/// How front classes hold what a host hands over: plain arrays stay the host's, `Fixpt` objects become the front's.
+/// How fronts hold the data that a host passes: the host keeps its plain arrays, and the front takes over `Fixpt`
+/// objects.
 namespace BP {
 
-/// Points `handle` at `data`. A `Fixpt` is owned from here on, and one that was owned before is destroyed.
+/// Points `handle` at `data`. The handle takes over a `Fixpt` and destroys the one that it owned before.
 template <class T>
 void adoptData(CleverPtr<T>& handle, T* data) {
   if constexpr (std::is_same_v<T, KarnDSPFixpt::Fixpt>) {
@@ -17,8 +18,8 @@ void adoptData(CleverPtr<T>& handle, T* data) {
   handle.ptr = data;
 }
 
-/// Points `handle` at other values between runs; a `Fixpt` stays and takes them for its storage. Null changes nothing,
-/// nor does a `Fixpt` handle without an object, as before the start or of a result that was not asked for.
+/// Points `handle` at other values between runs. A `Fixpt` object stays and uses `data` as its storage. Nothing changes
+/// if `data` is null, or if a `Fixpt` handle has no object: before the start, or for a result that was not requested.
 template <class T>
 void rebindData(CleverPtr<T>& handle, void* data) {
   if (data == nullptr) return;
@@ -29,7 +30,8 @@ void rebindData(CleverPtr<T>& handle, void* data) {
   }
 }
 
-/// Stores a pad value; of input elements `Fixpt` it is an object that the front owns, and the old one is destroyed.
+/// Stores a pad value. For input elements `Fixpt` it is an object that the front takes over, and the old one is
+/// destroyed.
 template <class UT>
 void replacePadValue(const void*& padValue, const void* value) {
   if constexpr (std::is_same_v<UT, KarnDSPFixpt::Fixpt>) {

@@ -12,7 +12,7 @@
 /// The pad types, or edge rules: what an input yields beyond its edge.
 ///
 /// The list below is the only one. The enumerators of the core and of the API for people, the names in messages and in
-/// the command, and the choice among template arguments all come from it. A rule's number, once given, stays.
+/// the command, and the choice among template arguments all come from it. A rule keeps its number for good.
 ///
 /// A further rule takes a line here, its formulas in `orvane/input/pad_redirector.h`, and the documents that
 /// `grep -rl "c b a" README.md docs examples` finds.
@@ -45,7 +45,8 @@ struct PadTypeEntry : Named<PadTypeEnum> {
 inline constexpr std::array padTypes{ORVANE_FOR_PAD_TYPES(ORVANE_ENTER)};
 #undef ORVANE_ENTER
 
-/// Calls `visit` with the `std::integral_constant` of `type`; false, and no call, for a number that is no pad type.
+/// Calls `visit` with the `std::integral_constant` of `type`. Returns false, without a call, for a number that is no
+/// pad type.
 template <class VisitT>
 bool visitPadType(int type, VisitT&& visit) {
   constexpr auto count = std::tuple_size_v<decltype(padTypes)>;

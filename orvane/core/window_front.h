@@ -18,26 +18,29 @@ namespace BP {
 
 /// What all fronts have in common: extents, pad, stages, run, end.
 ///
-/// Window and input have extents in arrays of the host's, dimension 0 (contiguous in memory) first; missing dimensions
-/// count as 1, and a one-dimensional signal is one line along dimension 0. The arrays are read again on every run if
-/// sizes vary. Windows have their centres in the middle (see centre.h). A constant pad value is used only where it can
-/// be read: not with `OutputModeValid`. Each run assigns it once, also where sizes vary: after the new extents are
-/// known, as a separable filter works its second pad value out from them.
+/// The host keeps the extents of window and input in its own arrays, dimension 0 (contiguous in memory) first. Missing
+/// dimensions count as 1; a one-dimensional signal is one line along dimension 0. If sizes vary, every run reads the
+/// arrays again. The centre of a window is its middle element (see centre.h). A constant pad value is used only where
+/// it can be read: not with `OutputModeValid`. Each run assigns it once. If sizes vary, it does so after it has read
+/// the extents, because a separable filter computes its second pad value from them.
 ///
-/// RootT is the root of the processors behind, `AnyCorrelation` or `AnyTemplateMatching`; UT and YT are the element
-/// types of input and output. Arrays and the pad value are borrowed and must outlive the object; but in the `Fixpt`
-/// form the `Fixpt` objects given to `setup` and `tune`, the pad value's included, become this object's. Nothing is
-/// checked; messages go to the adaptor.
+/// Some processors reserve memory once: `MedianFilter` for the values of a window, `ConvCorrSeparable` for the
+/// intermediate array. A run that would need more computes nothing and leaves the output as it was.
 ///
-/// A derived class adds its windows, opens the tables, makes the processor over them, and ends it in its destructor.
+/// RootT is the root of the processors, `AnyCorrelation` or `AnyTemplateMatching`; UT and YT are the element types of
+/// input and output. Arrays and the pad value are borrowed and must outlive the object. The `Fixpt` form differs: it
+/// takes over the `Fixpt` objects given to `setup` and `tune`, the pad value included. Nothing is checked; messages go
+/// to the adaptor.
+///
+/// A derived class adds its windows, opens the tables and makes the processor over them. Its destructor calls `end`.
 template <class RootT, class UT, class YT>
 class ORVANE_API WindowFront : public BlockProcTolkCache {
  public:
   /// One run over the input as it stands.
   void computeOutputs() override;
 
-  /// One stage of set-up. The last one runs twice; in between, fixed-point statistics are merged: of what came out of
-  /// operations on input and windows, and of the output.
+  /// Runs one stage of set-up. `setupFinish` runs twice, and fixed-point statistics are merged in between: those of
+  /// operations on input and windows, and those of the output.
   void setup(setupModeT mode);
 
   /// Reads the host's extents.
@@ -45,7 +48,7 @@ class ORVANE_API WindowFront : public BlockProcTolkCache {
   /// Whether a pad value can be read at all.
   bool useConstantPad() const { return padType == PadTypeConstant && outputMode != OutputModeValid; }
   PadTypeEnum getPadType() const { return padType; }
-  /// The allocator, through whose records the host learns which work vectors to provide.
+  /// The allocator. Its records tell the host which work vectors to provide.
   AllocatorTolk& getAllocator() { return *allocator; }
 
  protected:
@@ -63,14 +66,14 @@ class ORVANE_API WindowFront : public BlockProcTolkCache {
     CleverPtr<int> centre;       ///< owned
   };
 
-  /// `firstFill` is the stage of the start at which the host's extents are read.
+  /// `firstFill` is the stage of set-up at which the host's extents are read for the start.
   WindowFront(brekk::BrekkAdaptorTolk* adaptor, OutputModeEnum outMode, bool varSize,
               setupModeT firstFill = setupAttachWork)
       : BlockProcTolkCache(adaptor), outputMode(outMode), isVarSize(varSize), fillStage(firstFill) {}
 
   Window& addWindow(int hostNumDims, int* hostDims, int foldedAlong = unfolded);
-  /// Has the statistics of an array merged at the end: those of what came out of operations on its values and, with
-  /// `itself`, its own. Arrays without statistics are left alone. They are merged in the order of these calls.
+  /// Registers an array whose statistics are merged at the end: those of operations on its values and, with `itself`,
+  /// its own. Arrays are merged in the order of these calls. Plain arrays have no statistics and are ignored.
   template <class T>
   void keepStatistics(CleverPtr<T>& array, bool itself) {
     if constexpr (std::is_same_v<T, Fixpt>) keepers.push_back({&array, itself});
@@ -80,9 +83,9 @@ class ORVANE_API WindowFront : public BlockProcTolkCache {
   /// Whether `window`, as the host gives it, exceeds the input.
   bool exceedsInput(const Window& window) const;
 
-  /// The one-shot start; windows and outputs are bound already.
+  /// The one-shot start. The derived class has bound windows and outputs before.
   void start(UT* input, const void* newPadValue, bool isComplex);
-  /// Ends the processor, by the last stage of set-up, and the pad value.
+  /// Runs the last stage of set-up, then destroys the pad value and the processor.
   void end();
   void tunePadValue(const void* value);
 

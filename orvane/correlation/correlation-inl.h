@@ -40,7 +40,7 @@ Correlation<HT, UT, YT, InputT, AllocT>::Correlation(AllocT* alloc, int rank, Cl
 template <class HT, class UT, class YT, class InputT, class AllocT>
 Correlation<HT, UT, YT, InputT, AllocT>::~Correlation() = default;
 
-/// The order counts: the plan fits the output to what the processor and the kernel have worked out.
+/// The order matters: the plan fits the output to what the processor and the kernel have computed.
 template <class HT, class UT, class YT, class InputT, class AllocT>
 void Correlation<HT, UT, YT, InputT, AllocT>::setup(setupModeT mode) {
   if (mode == setupAttachWork) attachWork();

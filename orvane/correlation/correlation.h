@@ -27,16 +27,17 @@ namespace BP {
 ///
 /// with p the position of the filter's centre, hLoc minus the centre's index, and j running over the filter in storage
 /// order, dimension 0 fastest: one sum in this order, every operation rounded once in the element type. Dimension 0 is
-/// contiguous in each array; tables have `numDims` entries. Which positions have an output says the output mode (see
-/// `OutputModeEnum`), what the input yields beyond its edge the pad type of `InputT` (see `PadTypeEnum`). Any other
-/// output mode leaves the region of support to the caller, who writes it before `setup(setupStart)`; outputs whose
-/// window misses the input are then computed too, all as one response of the pad: that of the window at the position
-/// where the sector run last began.
+/// contiguous in each array; tables have `numDims` entries. The output mode says which positions have an output (see
+/// `OutputModeEnum`). The pad type of `InputT` says what the input yields beyond its edge (see `PadTypeEnum`). With any
+/// other output mode the caller writes the region of support before `setup(setupStart)`. Outputs whose windows miss the
+/// input are then computed too, and all of them get one value: the pad's response for the window at the first position
+/// of the sector that ran last.
 ///
-/// Filter, input and output are of one type, `float` or `double`, and belong to the caller, who may change their
-/// contents between runs. Calls: constructor, `setup(setupLinkTables)`, `setup(setupStart)` (again after a change of
-/// extents), then for each run `setup(setupInvoke)` and `invoke()`. A run allocates nothing. `setup(setupAttachWork)`
-/// is for hosts; it drops all tables, which nothing here can replace. Nothing is checked. One thread at a time.
+/// Filter, input and output are of one type, `float` or `double`. The caller owns them and may change their contents
+/// between runs. Calls: constructor, `setup(setupLinkTables)`, `setup(setupStart)` (again after a change of extents),
+/// then for each run `setup(setupInvoke)` and `invoke()`. A run allocates nothing. `setup(setupAttachWork)` is for
+/// hosts: it drops all tables, and nothing here can replace them. Nothing is checked. One thread at a time uses the
+/// object.
 template <class HT, class UT, class YT, class InputT, class AllocT>
 class ORVANE_API Correlation : public AnyCorrelation {
  public:
@@ -53,9 +54,9 @@ class ORVANE_API Correlation : public AnyCorrelation {
   void assignPadValue(const void* value, bool isComplex) override;
   virtual Plan& getPlan() const;
 
-  /// Works the region of support out from the extents.
+  /// Computes the region of support from the extents.
   void computeROS();
-  /// Places filter and input, and works the region of support out.
+  /// Places filter and input, and computes the region of support.
   void initializeParameters();
   /// Run all sectors of one kind.
   void invokeInside();

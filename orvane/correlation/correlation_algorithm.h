@@ -22,13 +22,14 @@ static_assert(FLT_EVAL_METHOD == 0, "sums must round to their own type after eve
 ///
 ///     y = (...((0 + u(0) * h(0)) + u(1) * h(1)) + ...)
 ///
-/// Each operation takes that iterator at the start of its walk (`beginWindow`), its first frame the filter's indices
-/// and its second the input's coordinates, walks it to its end, and leaves the sum in element 0 of the scratch output
-/// `y1`. Filter, input and sum are of type T; every product and every sum rounds once, in T. Nothing is normalised.
+/// Each operation takes that iterator at the start of its walk (`beginWindow`). The iterator's first frame has the
+/// filter's indices, its second the input's coordinates. The operation walks it to its end and leaves the sum in
+/// element 0 of the scratch output `y1`. Filter, input and sum are of type T; every product and every sum rounds once,
+/// in T. Nothing is normalised.
 template <class AllocT, class BlockT, class InputT, class T>
 class CorrelationAlgorithm : public WindowAlgorithm<AllocT, BlockT, InputT> {
  public:
-  /// Kernels of two-dimensional walks leave this algorithm alone.
+  /// Tells `TerminalKernel` that it has no two-dimensional walk for this algorithm.
   static constexpr bool walksByIterator = true;
   using Out = Output<T, AllocT>;
 
@@ -55,8 +56,8 @@ class CorrelationAlgorithm : public WindowAlgorithm<AllocT, BlockT, InputT> {
     sumProducts(window, y1, [&](const int* index) { return elementOf(u, u.getNumDims(), index); });
   }
 
-  /// The sum of a window that crosses an edge. The pad redirects the iterator's coordinates in place, which does not
-  /// matter to this form: a coordinate that was redirected stays where it is when read again.
+  /// The sum of a window that crosses an edge. The pad redirects the iterator's coordinates in place. This is harmless
+  /// here: a redirected coordinate lies in the input, so the next read leaves it alone.
   template <class It>
   void boundaryAt(const BoundarySector& sector, It& window, Out& y1) {
     const auto& u = this->input->getBlock();
@@ -64,9 +65,9 @@ class CorrelationAlgorithm : public WindowAlgorithm<AllocT, BlockT, InputT> {
                 [&](int* index) { return this->input->getPad().readBoundary(u, sector, u.getNumDims(), index); });
   }
 
-  /// The sum that stands for all windows beyond the edge: of a constant pad the products of its value, of others those
-  /// of the elements that the outside reads of `sector` give at the window. There a coordinate that the walk leaves as
-  /// it is between two taps is redirected once more at the second.
+  /// The sum for all windows beyond the edge. A constant pad takes the products with its value. Other pads take the
+  /// products with the elements that outside reads of `sector` give at the window. A coordinate that the walk does not
+  /// change between two taps is redirected again at the second tap.
   template <class It>
   void padResponseAt(const OutsideSector& sector, It& window, Out& y1) {
     const auto& u = this->input->getBlock();

@@ -14,14 +14,14 @@ namespace BP {
 /// of `Correlation`; T is `float` or `double`.
 ///
 /// Extents and filter centre have `numDims` entries, dimension 0 (contiguous in memory) first; the output has the
-/// extents of its mode (see `OutputModeEnum`). All arrays are the caller's and must outlive the object; their contents
-/// may change between runs, extents and centre only ahead of another `setup`. Calls: constructor, `setup`, then
-/// `invoke` as often as wanted. Nothing is checked, but a pad type out of range gives an object that does nothing. One
-/// thread at a time.
+/// extents of its mode (see `OutputModeEnum`). The caller owns all arrays, and they must outlive the object. Their
+/// contents may change between runs. After a change of extents or centre, `setup` is called again. Calls: constructor,
+/// `setup`, then `invoke` any number of times. Nothing is checked, but an object with a pad type out of range does
+/// nothing. One thread at a time uses the object.
 template <class T>
 class ORVANE_API CorrelationStandAlone {
  public:
-  /// `padValue` is read once, here; whatever the pad type, it is also written to standard output, in a line.
+  /// The constructor reads `padValue` once and, whatever the pad type, writes it to standard output in a line.
   CorrelationStandAlone(int numDims, int* hDims, int* uDims, PadTypeEnum padType, OutputModeEnum outputMode,
                         T* padValue, int* hCentre, T* h, T* u, T* y);
   /// The same with a pad value of 0 until `setPadValue`; writes nothing to standard output.
@@ -34,11 +34,11 @@ class ORVANE_API CorrelationStandAlone {
   /// One run over the input as it stands.
   virtual void invoke();
 
-  /// Prepares runs for the extents and the centre as they stand; at least once, ahead of the first run.
+  /// Prepares runs for the present extents and centre. It is called at least once, before the first run.
   void setup();
-  /// Takes other arrays of the same extents for input and output of the runs to come.
+  /// Sets other arrays of the same extents as input and output of the next runs.
   void setArrays(T* input, T* output);
-  /// Lets a constant pad read as `value` from the next run on.
+  /// Sets the value of a constant pad for the next runs.
   void setPadValue(T value);
   Allocator* getAllocator() { return allocator.get(); }
 

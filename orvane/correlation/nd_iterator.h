@@ -8,10 +8,10 @@
 
 /// Walks over index vectors of any number of dimensions.
 ///
-/// A walk has two frames: the one that it counts in, and the one in which the same position has another index vector.
-/// Over output positions these are the absolute positions of a sector and the indices of the output; over a filter at
-/// one position they are the filter's indices and the coordinates of the input elements under them. In each dimension
-/// the two differ by an offset that stays for the whole walk.
+/// A walk has two frames. It counts in the first, and the same position has another index vector in the second. For a
+/// walk over outputs the first frame has the absolute positions of a sector, the second the indices of the output. For
+/// a walk over a filter at one position the first frame has the filter's indices, the second the coordinates of the
+/// input elements under them. The frames differ by an offset in each dimension, which is constant during a walk.
 namespace BP {
 
 /// Abstract root of the ways to step.
@@ -27,7 +27,7 @@ class Traversal : public AnyTraversal {};
 /// A step of 1 in every dimension.
 class UnitStep {};
 
-/// Stepping by `UnitStepT`, which so far stands for its place in the type: `NDIterator` steps by 1.
+/// Steps of `UnitStepT`. `NDIterator` always steps by 1, so that type is only a name so far.
 template <class UnitStepT, class Alloc>
 class StepTraversal : public Traversal<Alloc> {
  public:
@@ -46,13 +46,13 @@ class StepTraversal : public Traversal<Alloc> {
   UnitStepT* step;
 };
 
-/// The sense of a walk.
+/// The direction of a walk.
 class Direction {
  public:
   virtual ~Direction() = default;
 };
 
-/// From first to last; `NDIterator` goes this way and no other.
+/// From first to last, the only direction of `NDIterator`.
 class ForwardDirection : public Direction {};
 
 /// Abstract root of the iterators.
@@ -64,7 +64,7 @@ class AnyIterator {
   virtual ~AnyIterator() = default;
 };
 
-/// The state of a walk: its range, the position in both frames, and whether it is over. Nothing else in it is virtual.
+/// The state of a walk: its range, the position in both frames, and whether it is over. Only its destructor is virtual.
 template <class Trav, class Dir, class Alloc>
 class Iterator : public AnyIterator {
  public:
@@ -72,7 +72,7 @@ class Iterator : public AnyIterator {
       : allocator(alloc), traversal(trav), direction(dir), numDims(rank) {
     const auto make = [&](CleverPtr<int>& table, const char* name) {
       allocator->allocateArray(table, numDims, "ignore", name);
-      std::fill_n(table.ptr, numDims, 0);  // a pad response is asked for at the present position, even before any walk
+      std::fill_n(table.ptr, numDims, 0);  // a pad response can be requested before any walk
     };
     make(tIdxA, "tIdxA");
     make(tIdxB, "tIdxB");
@@ -81,7 +81,7 @@ class Iterator : public AnyIterator {
     make(tOffset, "tOffset");
   }
 
-  /// Sets the range of the walks to come, both ends inclusive.
+  /// Sets the range of the next walks, both ends inclusive.
   void setRange(const CleverPtr<int>& first, const CleverPtr<int>& last) {
     rangeIsEmpty = false;
     for (int d = 0; d < numDims; ++d) {
@@ -98,14 +98,14 @@ class Iterator : public AnyIterator {
     restart();
   }
 
-  /// Begins a walk over `filter`, in the range set before, with the filter moved to `position`.
+  /// Moves `filter` to `position` and begins a walk over the range set before.
   void beginWindow(const Block& filter, const Block& input, const CleverPtr<int>& position) {
     std::copy_n(position.ptr, numDims, filter.getOrigin().ptr);
     traversal->fixFrame(filter, input, tOffset);
     restart();
   }
 
-  /// Lets go of the arrays, unreleased, as a host's work vectors would be.
+  /// Rebinds the tables to the allocator's work vectors, without releasing the old arrays.
   void attachWork() {
     for (CleverPtr<int>* table : {&tIdxA, &tIdxB, &tStart, &tEnd, &tOffset}) allocator->attachWorkVector(*table);
   }
@@ -113,7 +113,7 @@ class Iterator : public AnyIterator {
   bool getDone() const { return done; }
   /// The position in the frame that the walk counts in.
   CleverPtr<int>& getTIdxA() { return tIdxA; }
-  /// The same position in the other frame. What is changed here stays until the walk moves in that dimension.
+  /// The same position in the other frame. A change of an entry lasts until the walk moves in that dimension.
   CleverPtr<int>& getTIdxB() { return tIdxB; }
 
  protected:
@@ -142,14 +142,14 @@ class Iterator : public AnyIterator {
   bool rangeIsEmpty = false;
 };
 
-/// An odometer: the dimension that `travOrder` names first turns fastest. `travOrder` belongs to the maker.
+/// An odometer: the first dimension in `travOrder` changes fastest. The maker owns `travOrder`.
 template <class Trav, class Dir, class Alloc>
 class NDIterator : public Iterator<Trav, Dir, Alloc> {
  public:
   NDIterator(Alloc* alloc, Trav* trav, Dir* dir, int rank, CleverPtr<int>& order)
       : Iterator<Trav, Dir, Alloc>(alloc, trav, dir, rank), travOrder(&order) {}
 
-  /// Goes to the next position; after the last the walk is done, and the position is the first again.
+  /// Goes to the next position. After the last one the walk is done, and the position is the first one again.
   void next() {
     for (int i = 0; i < this->numDims; ++i) {
       const int d = travOrder->ptr[i];

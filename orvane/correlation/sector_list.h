@@ -10,10 +10,10 @@
 
 namespace BP {
 
-/// The sectors of one kind, all kept at a time. SectorT is `BoundarySector` or `OutsideSector`.
+/// All sectors of one kind. SectorT is `BoundarySector` or `OutsideSector`.
 ///
-/// Each of the four tables is one array for the whole list, which the first sector's handle owns; sector k has the N
-/// entries from kN on. Only `link` tells the further sectors where theirs are.
+/// Each of the four tables is one array for the whole list, owned by the first sector's handle. Sector k has the N
+/// entries from k * N on. `link` points the other sectors at their entries.
 template <class SectorT>
 class SectorList {
  public:
@@ -25,7 +25,8 @@ class SectorList {
     const char* postEdge;
   };
 
-  /// Room for `count` sectors of `rank` dimensions; none are made for 0. `std::bad_alloc` if no array can hold them.
+  /// Makes room for `count` sectors of `rank` dimensions; 0 makes none. Throws `std::bad_alloc` if no array can hold
+  /// them.
   template <class Alloc>
   SectorList(Alloc* allocator, int rank, int count, const Names& names) : numDims(rank) {
     if (count < 1) return;
@@ -76,7 +77,7 @@ class SectorList {
   };
 
   int numDims;
-  std::deque<Entry> entries;  // its elements stay where they are, as the sectors' references demand
+  std::deque<Entry> entries;  // a deque, because sectors refer to their entry's tables, which must not move
 };
 
 }  // namespace BP

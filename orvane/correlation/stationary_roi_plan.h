@@ -7,17 +7,18 @@
 
 namespace BP {
 
-/// The plan of processors whose region of support stays from one start to the next: all sectors are generated at
-/// set-up, into lists, and a run walks the lists in the order of generation.
+/// The plan of processors whose region of support does not change between starts. Set-up generates all sectors into
+/// lists, and a run walks the lists in the order of generation.
 ///
 /// `setupLinkTables` comes before the first `setupStart` or `setupResize`, which fill the lists. After these,
-/// `getInsideCount`, `getBoundaryCount` and `getOutsideCount` say how many sectors of each kind there are; lists may
-/// have more room, for what a filter that comes to exceed the input, or ceases to, brings. The boundary and the outside
-/// list exist if the first scope reaches them, or with `allocateAll`; a later scope must not reach further.
+/// `getInsideCount`, `getBoundaryCount` and `getOutsideCount` say how many sectors of each kind there are. The lists
+/// can have room for more, because other extents, with a filter that exceeds the input or no longer does, have other
+/// sectors. The boundary and the outside list exist if the first scope reaches them, or with `allocateAll`. A later
+/// scope must not reach further.
 ///
-/// Between two fillings the lists are only read. Memory: 4 N ints and a sector object for each place, of which an
-/// N-dimensional plan has up to 3^N for boundaries and 5^N for what lies outside; more than memory can hold ends in
-/// `std::bad_alloc`.
+/// Between two fillings the lists are only read. Memory: 4 N ints and a sector object for each place in a list; an
+/// N-dimensional plan has up to 3^N boundary places and 5^N outside places. Throws `std::bad_alloc` if memory cannot
+/// hold them.
 template <class U, class Y, class Alloc>
 class StationaryROIPlan : public Plan<U, Y, Alloc> {
  public:
@@ -39,7 +40,7 @@ class StationaryROIPlan : public Plan<U, Y, Alloc> {
   BoundarySector& getBoundarySector(int index) override { return boundarySectors[index]; }
   OutsideSector& getOutsideSector(int index) override { return outsideSectors[index]; }
 
-  /// Places in the lists.
+  /// Numbers of places in the lists.
   int getBoundaryRoom() const { return boundarySectors.size(); }
   int getOutsideRoom() const { return outsideSectors.size(); }
 

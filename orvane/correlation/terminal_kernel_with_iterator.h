@@ -8,9 +8,9 @@
 
 namespace BP {
 
-/// The kernel of an algorithm that walks its filter with an iterator, in any number of dimensions: it computes the
-/// element at one position into the scratch output. The nine operations on whole sectors are empty; a `LoopIterator`
-/// walks the positions. The iterator belongs to the maker, and its range is the filter's since the last start.
+/// The kernel of an algorithm that walks its filter with an iterator, in any number of dimensions. It computes the
+/// element at one position into the scratch output; a `LoopIterator` walks the positions. The nine operations on whole
+/// sectors are empty. The maker owns the iterator. Each start sets the iterator's range to the filter's.
 template <class Out, class Algo, class It, class Alloc>
 class TerminalKernelWithIterator : public TerminalKernel<Out, Algo, Alloc> {
  public:
@@ -46,7 +46,7 @@ class TerminalKernelWithIterator : public TerminalKernel<Out, Algo, Alloc> {
     copyElements(y1.getData().ptr, this->getAlgorithm().getInput().getPadOutput().ptr, y1.getNumElements());
   }
 
-  /// Works out the pad output: the response of the window at `position` when it reads as one in `sector`.
+  /// Computes the pad output: the response of the window at `position` with the outside reads of `sector`.
   void computePadOutput(const OutsideSector& sector, const CleverPtr<int>& position) {
     beginWindow(position);
     this->getAlgorithm().padResponseAt(sector, *iterator, *this->output);

@@ -18,11 +18,13 @@ class ORVANE_API AnyKernel {
   virtual ~AnyKernel();
 };
 
-/// Runs one sector: three kinds of sector by three uses of the results. Here all nine operations are empty.
+/// Runs one sector. There is an operation for each of three kinds of sector and three uses of the results; here all
+/// nine are empty.
 ///
 /// `run` stores a result at each position, `search` scores each position and keeps the best, `stepSearch` scores a
-/// shrinking pattern. `result` is the plan's output, `bestIndex` two entries that receive the best position. A sector
-/// must not be kept. `Out` is the `Output` class of results; the kernel's own one is a scratch output of one element.
+/// shrinking pattern. `result` is the plan's output. `bestIndex` has two entries and receives the best position. A
+/// kernel must not keep a sector. `Out` is the `Output` class of results; the kernel's own output is a scratch output
+/// of one element.
 template <class Out, class Alloc>
 class Kernel : public AnyKernel {
  public:

@@ -10,10 +10,10 @@
 #include "orvane/core/enums.h"
 #include "orvane/plan/sector.h"
 
-/// The loops over a sector, each written once: a scorer says what happens at a position, a walk which positions come.
+/// The loops over a sector. A scorer computes the result at one position; a walk visits positions in a certain order.
 ///
-/// All of it is two-dimensional: entries 0 and 1 of every table count, whatever the rank. A position (x, y) is an index
-/// into the output; the window's first input element lies at (x - shift[0], y - shift[1]).
+/// Everything here is two-dimensional: it uses entries 0 and 1 of every table, whatever the rank. A position (x, y) is
+/// an index into the output; the window's first input element lies at (x - shift[0], y - shift[1]).
 namespace BP {
 
 /// The numbers of one walk.
@@ -45,7 +45,7 @@ WalkGeometry walkGeometry(const Algo& algorithm, const Sector& sector, const Out
 template <class Algo, class Out>
 class InsideScorer {
  public:
-  /// How far above the last position a stepped search may go: it clips to the last position itself.
+  /// What a stepped search subtracts from the last position to get the one that it clips to.
   static constexpr int stepClip = 0;
 
   InsideScorer(Algo& algo, InsideSector& insideSector, Out& y1, const WalkGeometry& geometry)
@@ -54,7 +54,7 @@ class InsideScorer {
   void operator()(int x, int y) { algorithm.scoreAt(sector, scratch, indexOf(x, y)); }
 
   /// Whether all elements that the window at (x, y) addresses belong to the input. A stepped search can ask for windows
-  /// that run over the end of a row, which linear indexing allows, and for such that leave the array.
+  /// that run over the end of a row, which linear indexing allows, and for windows that leave the array.
   bool canScore(int x, int y) const {
     const int* hDims = algorithm.getFilter().getDims().ptr;
     const int first = indexOf(x, y);
@@ -71,8 +71,8 @@ class InsideScorer {
   const WalkGeometry& walk;
 };
 
-/// Scores a position whose window crosses an edge of the input or misses it: tap by tap through the pad, or, where no
-/// pad reads the input, by a copy of the pad output.
+/// Scores a position whose window crosses an edge of the input or misses it: tap by tap through the pad, or with a copy
+/// of the pad output where no pad reads the input.
 template <class Algo, class Out, class SectorT>
 class OuterScorer {
  public:
@@ -128,7 +128,7 @@ void runWalk(ScorerT&& score, const WalkGeometry& walk, Out& scratch, Out& resul
   }
 }
 
-/// Keeps the best of the positions that it is shown, in the algorithm's collector and in `bestIndex`.
+/// Keeps the best of the positions that it takes, in the algorithm's collector and in `bestIndex`.
 template <class Algo, class Out>
 class BestMatch {
  public:
@@ -157,7 +157,7 @@ void searchWalk(ScorerT&& score, const WalkGeometry& walk, BestT&& best) {
   }
 }
 
-/// Extent of the pattern's first round: half the sector, rounded down, in the dimension where it is less, halved again.
+/// The step of the first round: half the centre (see centre.h) of the sector's smaller extent, rounded down, plus 1.
 inline int firstStep(const WalkGeometry& walk) {
   int halfWidth[2];
   for (int d = 0; d < 2; ++d) halfWidth[d] = centreOf(walk.hi[d] - walk.lo[d] + 1);
@@ -167,9 +167,10 @@ inline int firstStep(const WalkGeometry& walk) {
 /// Scores a pattern of 3 by 3 positions around the best one and keeps the best, while the pattern shrinks by 1 each
 /// round.
 ///
-/// Kept as they are: the pattern runs upward from its clipped low corner, and only the points after the first of a row
-/// or column are clipped above, to the last position in an inside sector and to the one before it in others; the next
-/// centre is the best position plus the sector's first one, also where that is not 0.
+/// Results depend on these properties. The pattern starts at its low corner, which is clipped to the sector. Of a row
+/// or column of the pattern only the points after the first are clipped at the high end: to the last position in an
+/// inside sector, to the one before it in other sectors. The next centre is the best position plus the sector's first
+/// position, even where that is not 0.
 template <class ScorerT, class BestT>
 void stepSearchWalk(ScorerT&& score, const WalkGeometry& walk, BestT&& best, const CleverPtr<int>& bestIndex) {
   int centre[2], last[2];

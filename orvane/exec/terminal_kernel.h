@@ -8,12 +8,12 @@
 
 namespace BP {
 
-/// The kernel of an algorithm with scores at two-dimensional positions: each operation is one walk (see sector_walk.h)
+/// The kernel of an algorithm with scores at two-dimensional positions. Each operation is one walk (see sector_walk.h),
 /// compiled for the sector's kind, the use of the results, the pad and the algorithm, without a branch on any of them.
-/// With an algorithm that is walked by an iterator (it says so by `walksByIterator`) all operations are empty.
-/// An algorithm can refuse a sector, by `canRun`; nothing is read or written then. It can take an inside sector over,
-/// by `runWholeSector`, and it can have lane sums, which compute inside and boundary sectors line by line (see
-/// `LineWalk`); what these decline takes the walk.
+/// All operations are empty for an algorithm with a member `walksByIterator`. An algorithm can refuse to run, by
+/// `canRun`; nothing is read or written then. It can take over an inside sector, by `runWholeSector`, and it can have
+/// lane sums, which compute inside and boundary sectors line by line (see `LineWalk`). Sectors that these decline take
+/// the walk.
 template <class Out, class Algo, class Alloc>
 class TerminalKernel : public Kernel<Out, Alloc> {
  public:
@@ -86,7 +86,7 @@ class TerminalKernel : public Kernel<Out, Alloc> {
     return OuterScorer<Algo, Out, SectorT>(*algorithm, sector, *this->output, walk);
   }
 
-  /// Has `walk(scorer, geometry)` go over the sector, unless it is not to be run.
+  /// Calls `walk(scorer, geometry)` for the sector, unless the algorithm refuses.
   template <class SectorT, class WalkT>
   void walkOver(SectorT& sector, const Out& result, WalkT&& walk) {
     if constexpr (!isEmpty) {

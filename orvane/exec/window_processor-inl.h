@@ -6,7 +6,7 @@
 #include "orvane/exec/terminal_kernel.h"
 #include "orvane/exec/window_processor.h"
 
-/// What derived processors make their parts with.
+/// Functions with which derived processors make their parts.
 namespace BP {
 
 template <class RootT, class UT, class YT, class AllocT>

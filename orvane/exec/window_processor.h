@@ -21,18 +21,18 @@ namespace BP {
 
 /// What processors that slide one window over a padded input have in common: geometry, set-up, run.
 ///
-/// The output mode says which positions have an output (see `OutputModeEnum`), the pad type what the input yields
-/// beyond its edge (see `PadTypeEnum`). Element (i0, i1) of an array stands at i0 + i1 * extent[0]: dimension 0 is
-/// contiguous. Tables have an entry for each of `nDims` dimensions; with less than 2 a run does nothing. The walk
-/// covers dimensions 0 and 1: with more, the first plane of the input is filtered with the first plane of the window
-/// into the first plane of the output.
+/// The output mode says which positions have an output (see `OutputModeEnum`). The pad type says what the input yields
+/// beyond its edge (see `PadTypeEnum`). Element (i0, i1) of an array is at i0 + i1 * extent[0]: dimension 0 is
+/// contiguous. Tables have an entry for each of `nDims` dimensions. A run with fewer than 2 dimensions does nothing.
+/// The walk covers dimensions 0 and 1. With more dimensions, the first plane of the input is filtered with the first
+/// plane of the window into the first plane of the output.
 ///
-/// RootT is the root that the processor answers to, `AnyCorrelation` or `AnyTemplateMatching`; UT and YT are the
-/// element types of input and output. Arguments belong to the caller, may be rebound between runs, and must outlive the
-/// object. Nothing is checked; without an algorithm a processor does nothing. One thread at a time. After construction
-/// a run allocates small temporaries of sectors only.
+/// RootT is the base class, `AnyCorrelation` or `AnyTemplateMatching`; UT and YT are the element types of input and
+/// output. The caller owns the arguments and may rebind them between runs; they must outlive the object. Nothing is
+/// checked. A processor without an algorithm does nothing. One thread at a time uses a processor. After construction a
+/// run only allocates small temporaries for each sector.
 ///
-/// A derived class makes its window, an algorithm if it knows one for its arguments, and then the plan.
+/// A derived class makes its window, then an algorithm if its arguments name one, then the plan.
 template <class RootT, class UT, class YT, class AllocT>
 class ORVANE_API WindowProcessor : public RootT {
  public:
@@ -45,9 +45,9 @@ class ORVANE_API WindowProcessor : public RootT {
   /// hStart := 0, and hEnd := hStart + hDims - 1.
   void computeHStart() { tables.computeHStart(nDims); }
   void computeHEnd() { tables.computeHEnd(nDims, hDims); }
-  /// Works the region of support out from the extents.
+  /// Computes the region of support from the extents.
   void computeROS() { tables.computeROS(outputMode, nDims, hDims, uDims); }
-  /// Places window and input, and works the region of support out.
+  /// Places window and input, and computes the region of support.
   void initializeParameters();
   Output<YT, AllocT>& getY() { return *y; }
 
@@ -63,7 +63,7 @@ class ORVANE_API WindowProcessor : public RootT {
   WindowProcessor(AllocT* allocator, int nDims, CleverPtr<int>& hDims, CleverPtr<int>& uDims, OutputModeEnum outputMode,
                   CleverPtr<int>& hCentre, CleverPtr<UT>& u, CleverPtr<YT>& y, const Region* regionOfInterest);
 
-  /// Makes the window, a `TraversableBlock` or one with elements, which come last among its arguments.
+  /// Makes the window: a `TraversableBlock`, or a block with elements, which are its last arguments.
   template <class BlockT, class... ElementsT>
   BlockT* makeWindow(ElementsT&&... elements);
   template <class InputT>
@@ -71,12 +71,12 @@ class ORVANE_API WindowProcessor : public RootT {
   /// Makes algorithm `AlgoT` over `window`, which reads `in`, and the kernel that runs it.
   template <class AlgoT, class BlockT>
   void makeAlgorithm(BlockT* window, typename AlgoT::InputType* in);
-  /// Restricts the outputs to the positions of `region` too.
+  /// Restricts the outputs also to the positions of `region`.
   void restrictTo(const Region& region);
   void makePlan(bool isHgtU);
 
-  /// One pass: has `processor` run each sector of `target` within `targetScope`. With less than two dimensions there is
-  /// only the set-up, since kernels read the first two entries of every table.
+  /// One pass: has `processor` run each sector of `target` within `targetScope`. With fewer than two dimensions there
+  /// is only the set-up, because kernels read the first two entries of every table.
   template <class ProcessorT>
   void runPass(ProcessorT* processor, Out& target, const Scope& targetScope);
 

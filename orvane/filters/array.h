@@ -16,27 +16,28 @@
 namespace BP::filters {
 
 namespace detail {
-/// Throws `std::invalid_argument` unless `given` elements are what `extents` need.
+/// Throws `std::invalid_argument` unless `given` is the element count of `extents`.
 ORVANE_API void checkElementCount(std::size_t given, const Extents& extents);
-/// The element count as a size; throws `std::invalid_argument` for a negative extent.
+/// The element count. Throws `std::invalid_argument` for a negative extent.
 ORVANE_API std::size_t sizeOf(const Extents& extents);
 }  // namespace detail
 
-/// An array that somebody else owns: a pointer to its first element, and its extents. T may be const.
+/// A view of an array that it does not own: a pointer to the first element, and extents. T may be const.
 ///
-/// Elements are dense, dimension 0 first (see `Extents`). A view is cheap to copy, and good as long as the array is.
+/// Elements are dense, dimension 0 first (see `Extents`). A view is cheap to copy, and valid as long as the array.
 template <class T>
 class ArrayView {
  public:
   using element_type = T;
 
-  /// `data` must point to as many elements as the extents need; this cannot be checked.
+  /// `data` must point to as many elements as the extents have. This cannot be checked.
   ArrayView(T* data, const Extents& extents) : first(data), size(extents) {}
-  /// All of a vector, span or array. Throws `std::invalid_argument` if its length is not what the extents need.
+  /// A view of a whole vector, span or array. Throws `std::invalid_argument` if its length is not the element count of
+  /// the extents.
   ArrayView(std::span<T> data, const Extents& extents) : first(data.data()), size(extents) {
     detail::checkElementCount(data.size(), extents);
   }
-  /// A view to read from, made of one to write to.
+  /// A read-only view of the same array.
   template <class U>
   requires std::same_as<const U, T> ArrayView(const ArrayView<U>& view) : first(view.data()), size(view.extents()) {}
 
@@ -79,7 +80,7 @@ class Array {
   T* end() { return data() + count; }
   const T* begin() const { return data(); }
   const T* end() const { return data() + count; }
-  /// Element number `i` in memory.
+  /// Element `i` in the order of memory.
   T& operator[](std::size_t i) { return values[i]; }
   const T& operator[](std::size_t i) const { return values[i]; }
 

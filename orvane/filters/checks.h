@@ -13,38 +13,38 @@
 #include "orvane/filters/array.h"
 #include "orvane/filters/extents.h"
 
-/// Checks of arguments. Each throws `std::invalid_argument` whose text starts with the argument's name and its value,
-/// and says what is allowed.
+/// Checks of arguments. A failed check throws `std::invalid_argument`. The text has the argument's name, its value and
+/// the allowed values.
 namespace BP::filters::detail {
 
-/// The greatest index, extent and element count of the filters behind, whose index arithmetic is signed 32-bit.
-constexpr std::int64_t greatestIndex = std::numeric_limits<std::int32_t>::max();
+/// The greatest index, extent and element count. The library below this API computes indices in signed 32-bit numbers.
+constexpr std::int64_t maxIndex = std::numeric_limits<std::int32_t>::max();
 
-/// Throws: "ARGUMENT: VALUE; ALLOWED".
+/// Throws with the text "ARGUMENT: VALUE; ALLOWED".
 [[noreturn]] void refuse(std::string_view argument, const std::string& value, const std::string& allowed);
 
 /// The shortest text that reads back as `value`.
 std::string textOf(double value);
 
-/// Extents of 1 and more, of rank 1 to `greatestRank`, with no more than `most` elements.
-void checkExtents(std::string_view argument, const Extents& extents, std::int64_t most = greatestIndex,
-                  std::size_t greatestRank = 2);
+/// Checks a rank of 1 to `maxRank`, extents of at least 1, and at most `maxElements` elements.
+void checkExtents(std::string_view argument, const Extents& extents, std::int64_t maxElements = maxIndex,
+                  std::size_t maxRank = 2);
 
-/// Extents equal to `expected`, an array that is there.
+/// Checks that the extents are `expected` and that the pointer is not null.
 void checkArray(std::string_view argument, const void* data, const Extents& extents, const Extents& expected);
 template <class T>
 void checkArray(std::string_view argument, const ArrayView<T>& array, const Extents& expected) {
   checkArray(argument, array.data(), array.extents(), expected);
 }
 
-/// The elements of an array that passes `checkArray`.
+/// A copy of the elements of an array, after `checkArray`.
 template <class T>
 std::vector<T> copyOf(const char* argument, const ArrayView<const T>& array, const Extents& expected) {
   checkArray(argument, array, expected);
   return {array.data(), array.data() + elementCount(expected)};
 }
 
-/// An output that shares no byte with the input.
+/// Checks that the output shares no byte with the input.
 void checkDisjoint(const void* input, std::size_t inputBytes, const void* output, std::size_t outputBytes);
 template <class T, class U>
 void checkDisjoint(const ArrayView<T>& input, const ArrayView<U>& output) {
@@ -52,7 +52,7 @@ void checkDisjoint(const ArrayView<T>& input, const ArrayView<U>& output) {
                 static_cast<std::size_t>(elementCount(output.extents())) * sizeof(U));
 }
 
-/// A part of a pad value in the precision of the input; infinity only if it was asked for.
+/// A part of a pad value, rounded to the input's type T. A finite part must not become infinite.
 template <class T>
 T padPart(double part) {
   const T value = static_cast<T>(part);

@@ -26,7 +26,7 @@ UT padElement(std::complex<double> value) {
 
 }  // namespace
 
-/// One convolution with all that its front borrows: extents, filters, pad value, work vectors.
+/// One convolution with the memory that its front uses: extents, filters, pad value, work vectors.
 template <class UT, class HT>
 class ConvolutionJob {
  public:
@@ -71,11 +71,11 @@ class ConvolutionJob {
   const Extents& outputExtents() const { return geometry.outputExtents; }
 
  private:
-  /// Starts the front over these arrays, unless it was last run over them. Filters and pad value are read from their
-  /// places in every run.
+  /// Starts the front over these arrays, unless the last run used the same ones. Every run reads filters and pad value
+  /// from their fixed addresses.
   void bind(UT* input, YT* output) {
     if (input == boundInput && output == boundOutput) return;
-    constexpr bool isComplex = true;  // both parts of a complex pad value are there; a real one has no second
+    constexpr bool isComplex = true;  // a complex pad value has both parts; for a real one this is ignored
     if (geometry.isSeparable()) {
       front->setup(filter.data(), second.data(), input, output, &padValue, isComplex);
     } else {
@@ -92,23 +92,17 @@ class ConvolutionJob {
   UT* boundInput = nullptr;
   YT* boundOutput = nullptr;
   ReferenceHost host;
-  std::unique_ptr<ConvCorrTolk<HT, UT, YT>> front;  // ends before what it borrows
+  std::unique_ptr<ConvCorrTolk<HT, UT, YT>> front;  // destroyed before the memory that it uses
 };
 
 }  // namespace detail
 
 template <class UT, class HT>
-ConvolutionRunner<UT, HT>::ConvolutionRunner(std::unique_ptr<Job> newJob) : job(std::move(newJob)) {}
-template <class UT, class HT>
-ConvolutionRunner<UT, HT>::ConvolutionRunner(ConvolutionRunner&&) noexcept = default;
-template <class UT, class HT>
-ConvolutionRunner<UT, HT>& ConvolutionRunner<UT, HT>::operator=(ConvolutionRunner&&) noexcept = default;
-template <class UT, class HT>
-ConvolutionRunner<UT, HT>::~ConvolutionRunner() = default;
+ConvolutionRunner<UT, HT>::ConvolutionRunner(std::unique_ptr<Job> newJob) : job(std::move(newJob), "convolution") {}
 
 template <class UT, class HT>
 void ConvolutionRunner<UT, HT>::run(ArrayView<const UT> input, ArrayView<Output> output) {
-  detail::used(job).run(input, output);
+  job->run(input, output);
 }
 
 template <class UT, class HT>
@@ -120,12 +114,12 @@ auto ConvolutionRunner<UT, HT>::run(ArrayView<const UT> input) -> Array<Output> 
 
 template <class UT, class HT>
 void ConvolutionRunner<UT, HT>::setPadValue(std::complex<double> value) {
-  detail::used(job).setPadValue(value);
+  job->setPadValue(value);
 }
 
 template <class UT, class HT>
 const Extents& ConvolutionRunner<UT, HT>::outputExtents() const {
-  return detail::used(job).outputExtents();
+  return job->outputExtents();
 }
 
 template <class UT, class HT>
@@ -135,7 +129,7 @@ Convolution<UT, HT>::Convolution(ArrayView<const HT> filter, const Extents& inpu
 
 template <class UT, class HT>
 void Convolution<UT, HT>::setFilter(ArrayView<const HT> filter) {
-  detail::used(this->job).setFilter(filter);
+  this->job->setFilter(filter);
 }
 
 template <class UT, class HT>
@@ -146,7 +140,7 @@ SeparableConvolution<UT, HT>::SeparableConvolution(ArrayView<const HT> first, Ar
 
 template <class UT, class HT>
 void SeparableConvolution<UT, HT>::setFilters(ArrayView<const HT> first, ArrayView<const HT> second) {
-  detail::used(this->job).setFilters(first, second);
+  this->job->setFilters(first, second);
 }
 
 #define ORVANE_DEFINE(UT, HT)               \

@@ -9,8 +9,8 @@
 
 namespace BP::filters::detail {
 
-/// A front for `geometry`, which must outlive it, with work vectors of `host`; `types` are the fixed-point types of its
-/// roles, if any.
+/// Makes a front for `geometry`, which must outlive it, with work vectors of `host`. `types` are the fixed-point types
+/// of its roles, if any.
 template <class HT, class UT, class YT, class... Types>
 std::unique_ptr<ConvCorrTolk<HT, UT, YT>> makeFront(ReferenceHost& host, ConvolutionGeometry& geometry,
                                                     const Types&... types) {
@@ -19,7 +19,7 @@ std::unique_ptr<ConvCorrTolk<HT, UT, YT>> makeFront(ReferenceHost& host, Convolu
   int* const input = geometry.inputDims.data();
   int* const filter = geometry.filterDims.data();
   std::unique_ptr<Front> front;
-  if constexpr (sizeof...(Types) < 5) {  // the form with a root is there for one filter only
+  if constexpr (sizeof...(Types) < 5) {  // a separable filter has no form with a root type
     if (geometry.isSeparable()) {
       front = std::make_unique<Front>(host.getAdaptor(), rank, filter, rank, geometry.secondDims.data(), rank, input,
                                       geometry.pad, geometry.mode, geometry.algorithm, false, types...);

@@ -10,7 +10,7 @@ namespace BP::filters {
 
 namespace {
 
-using detail::greatestIndex;
+using detail::maxIndex;
 using detail::refuse;
 
 std::string extentText(std::int64_t extent, std::size_t dimension) {
@@ -21,9 +21,9 @@ std::int64_t outputExtent(std::int64_t u, std::int64_t h, OutputModeEnum mode) {
   return mode == OutputModeValid ? u - h + 1 : mode == OutputModeSame ? u : u + h - 1;
 }
 
-/// What comes out for `filter`, called `argument`, which is of the input's rank.
+/// The extents of the output. `filter` has the input's rank, and messages call it `argument`.
 Extents checkedOutput(std::string_view argument, const Extents& input, const Extents& filter, OutputModeEnum mode) {
-  std::array<std::int64_t, Extents::greatestRank> output{};
+  std::array<std::int64_t, Extents::maxRank> output{};
   for (std::size_t d = 0; d < input.rank(); ++d) {
     if (mode == OutputModeValid && filter[d] > input[d]) {
       refuse(argument, extentText(filter[d], d),
@@ -34,20 +34,20 @@ Extents checkedOutput(std::string_view argument, const Extents& input, const Ext
   return Extents(std::span(output.data(), input.rank()));
 }
 
-/// Checks that coordinates of a pass stay in 32 bits: the window goes over each edge by up to a filter's extent, and
-/// the symmetric rule works with twice the input's extent.
+/// Checks that coordinates of a pass stay in 32 bits. The window exceeds each edge by up to the filter's extent, and
+/// the symmetric rule uses twice the input's extent.
 void checkReach(std::string_view argument, const Extents& input, const Extents& filter, PadTypeEnum pad,
                 OutputModeEnum mode) {
   for (std::size_t d = 0; d < input.rank(); ++d) {
-    if (input[d] + 2 * filter[d] > greatestIndex) {
+    if (input[d] + 2 * filter[d] > maxIndex) {
       refuse(argument, extentText(filter[d], d),
              "for an input extent of " + std::to_string(input[d]) + ", at most " +
-                 std::to_string((greatestIndex - input[d]) / 2) + " is allowed");
+                 std::to_string((maxIndex - input[d]) / 2) + " is allowed");
     }
     const bool reflects = pad == PadTypeSymmetric || pad == PadTypeMirror;
-    if (reflects && mode != OutputModeValid && 2 * input[d] > greatestIndex) {
+    if (reflects && mode != OutputModeValid && 2 * input[d] > maxIndex) {
       refuse("input", extentText(input[d], d),
-             "with a symmetric or a mirror pad at most " + std::to_string(greatestIndex / 2) + " is allowed");
+             "with a symmetric or a mirror pad at most " + std::to_string(maxIndex / 2) + " is allowed");
     }
   }
 }
@@ -81,16 +81,16 @@ namespace detail {
 
 OutputModeEnum modeOf(OutputMode mode) { return chosen("mode", mode, outputModes); }
 
-PadTypeEnum padOf(Pad pad) { return chosen("pad", pad, padTypes); }
+PadTypeEnum padOf(PadRule pad) { return chosen("pad", pad, padTypes); }
 
 Extents checkedOutputExtents(const Extents& input, const Extents& filter, OutputModeEnum mode, PadTypeEnum pad,
-                             std::size_t greatestRank, std::int64_t mostElements, std::string_view filterName) {
-  checkExtents("input", input, mostElements, greatestRank);
-  checkExtents(filterName, filter, mostElements, greatestRank);
+                             std::size_t maxRank, std::int64_t maxElements, std::string_view filterName) {
+  checkExtents("input", input, maxElements, maxRank);
+  checkExtents(filterName, filter, maxElements, maxRank);
   checkSameRank(filterName, input, filter);
   const Extents output = checkedOutput(filterName, input, filter, mode);
   checkReach(filterName, input, filter, pad, mode);
-  checkExtents("output", output, mostElements, greatestRank);
+  checkExtents("output", output, maxElements, maxRank);
   return output;
 }
 
@@ -102,10 +102,10 @@ void ConvolutionGeometry::setChoices(const ConvolutionOptions& options) {
 }
 
 ConvolutionGeometry::ConvolutionGeometry(const Extents& input, const Extents& filter, const ConvolutionOptions& options,
-                                         std::int64_t mostElements, std::string_view filterName)
+                                         std::int64_t maxElements, std::string_view filterName)
     : inputExtents(input), filterExtents(filter) {
   setChoices(options);
-  outputExtents = checkedOutputExtents(input, filter, mode, pad, 2, mostElements, filterName);
+  outputExtents = checkedOutputExtents(input, filter, mode, pad, 2, maxElements, filterName);
   rank = static_cast<int>(input.rank());
   inputDims = dimsOf(input);
   filterDims = dimsOf(filter);
@@ -113,21 +113,21 @@ ConvolutionGeometry::ConvolutionGeometry(const Extents& input, const Extents& fi
 }
 
 ConvolutionGeometry::ConvolutionGeometry(const Extents& input, const Extents& first, const Extents& second,
-                                         const ConvolutionOptions& options, std::int64_t mostElements)
+                                         const ConvolutionOptions& options, std::int64_t maxElements)
     : inputExtents(input), filterExtents(first), secondExtents(second) {
   setChoices(options);
   if (norm != NormNone) refuse("normalise", "1 (energy)", "a separable convolution allows only 0 (none)");
-  checkExtents("input", input, mostElements);
+  checkExtents("input", input, maxElements);
   if (input.rank() != 2) refuse("input", "rank 1", "a separable convolution needs 2");
   checkLine("first filter", first);
   checkLine("second filter", second);
   const Extents along0{first[0], 1}, along1{1, second[0]};
   const Extents intermediate = checkedOutput("first filter", input, along0, mode);
   checkReach("first filter", input, along0, pad, mode);
-  checkExtents("intermediate array", intermediate, mostElements);
+  checkExtents("intermediate array", intermediate, maxElements);
   outputExtents = checkedOutput("second filter", intermediate, along1, mode);
   checkReach("second filter", intermediate, along1, pad, mode);
-  checkExtents("output", outputExtents, mostElements);
+  checkExtents("output", outputExtents, maxElements);
   rank = 2;
   inputDims = dimsOf(input);
   filterDims = dimsOf(along0);

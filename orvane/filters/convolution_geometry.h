@@ -13,36 +13,36 @@
 
 namespace BP::filters::detail {
 
-/// What the fronts call a choice; throws `std::invalid_argument` for a number that is none.
+/// The library's enumerator for a choice. Throws `std::invalid_argument` for an unknown number.
 OutputModeEnum modeOf(OutputMode mode);
-PadTypeEnum padOf(Pad pad);
+PadTypeEnum padOf(PadRule pad);
 
-/// What comes out for one filter over an input, both of ranks up to `greatestRank`, after all checks of extents: their
-/// element counts are held to `mostElements`, and coordinates to 32 bits; messages call the filter `filterName`. Throws
-/// `std::invalid_argument`.
+/// The extents of the output of one filter over an input, both of rank 1 to `maxRank`. Throws `std::invalid_argument`
+/// for bad extents, for more than `maxElements` elements, and for coordinates beyond 32 bits. Messages call the filter
+/// `filterName`.
 Extents checkedOutputExtents(const Extents& input, const Extents& filter, OutputModeEnum mode, PadTypeEnum pad,
-                             std::size_t greatestRank, std::int64_t mostElements = greatestIndex,
+                             std::size_t maxRank, std::int64_t maxElements = maxIndex,
                              std::string_view filterName = "filter");
 
-/// A convolution in the terms of the fronts, after all checks that do not depend on element types.
+/// A convolution in the terms of the library below, after all checks that do not depend on element types.
 ///
-/// A front keeps pointers to the tables of extents, so an object stays where it is while its front lives.
+/// A front keeps pointers to the tables of extents, so the object must not move while its front lives.
 struct ConvolutionGeometry {
-  /// For one filter, which messages call `filterName`. Element counts of all arrays are held to `mostElements`. Throws
+  /// For one filter, which messages call `filterName`. Each array may have at most `maxElements` elements. Throws
   /// `std::invalid_argument`.
   ConvolutionGeometry(const Extents& input, const Extents& filter, const ConvolutionOptions& options,
-                      std::int64_t mostElements = greatestIndex, std::string_view filterName = "filter");
+                      std::int64_t maxElements = maxIndex, std::string_view filterName = "filter");
   /// For a separable filter.
   ConvolutionGeometry(const Extents& input, const Extents& first, const Extents& second,
-                      const ConvolutionOptions& options, std::int64_t mostElements = greatestIndex);
+                      const ConvolutionOptions& options, std::int64_t maxElements = maxIndex);
 
   bool isSeparable() const { return secondExtents.rank() != 0; }
-  /// Whether a pad value can be read at all.
+  /// Whether the filter ever reads the pad value.
   bool usesPadValue() const { return pad == PadTypeConstant && mode != OutputModeValid; }
 
   Extents inputExtents;
-  Extents filterExtents;  ///< of a separable filter the first one's
-  Extents secondExtents;  ///< of rank 0 without one
+  Extents filterExtents;  ///< those of the first filter if it is separable
+  Extents secondExtents;  ///< of rank 0 without a second filter
   Extents outputExtents;
   int rank;
   std::array<int, 2> inputDims;
@@ -57,10 +57,10 @@ struct ConvolutionGeometry {
   void setChoices(const ConvolutionOptions& options);
 };
 
-/// As in "0.5 + 2i".
+/// The value as text, as in "0.5 + 2i".
 std::string textOf(std::complex<double> value);
 
-/// The message for a pad value with an imaginary part, which a real input cannot take. Throws `std::invalid_argument`.
+/// Throws `std::invalid_argument` for a pad value with an imaginary part if the input is real.
 void checkPadValue(std::complex<double> value, bool inputIsComplex);
 
 }  // namespace BP::filters::detail

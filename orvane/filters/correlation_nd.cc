@@ -9,11 +9,10 @@
 #include "orvane/correlation/correlation_stand_alone.h"
 #include "orvane/filters/checks.h"
 #include "orvane/filters/convolution_geometry.h"
-#include "orvane/filters/job.h"
 
 namespace BP::filters {
 
-/// One correlation with all that its front borrows.
+/// One correlation with the memory that its front uses.
 template <class T>
 class CorrelationND<T>::Job {
  public:
@@ -22,7 +21,7 @@ class CorrelationND<T>::Job {
         pad(detail::padOf(options.pad)),
         inputExtents(input),
         filterExtents(newFilter.extents()),
-        outputs(detail::checkedOutputExtents(input, filterExtents, mode, pad, Extents::greatestRank)),
+        outputs(detail::checkedOutputExtents(input, filterExtents, mode, pad, Extents::maxRank)),
         filter(detail::copyOf("filter", newFilter, filterExtents)),
         inputDims(dimsOf(input)),
         filterDims(dimsOf(filterExtents)),
@@ -53,7 +52,7 @@ class CorrelationND<T>::Job {
   const Extents& outputExtents() const { return outputs; }
 
  private:
-  using Dims = std::array<int, Extents::greatestRank>;
+  using Dims = std::array<int, Extents::maxRank>;
 
   static Dims dimsOf(const Extents& extents) {
     Dims dims{};
@@ -81,17 +80,11 @@ class CorrelationND<T>::Job {
 template <class T>
 CorrelationND<T>::CorrelationND(ArrayView<const T> filter, const Extents& inputExtents,
                                 const CorrelationNDOptions& options)
-    : job(std::make_unique<Job>(filter, inputExtents, options)) {}
-template <class T>
-CorrelationND<T>::CorrelationND(CorrelationND&&) noexcept = default;
-template <class T>
-CorrelationND<T>& CorrelationND<T>::operator=(CorrelationND&&) noexcept = default;
-template <class T>
-CorrelationND<T>::~CorrelationND() = default;
+    : job(std::make_unique<Job>(filter, inputExtents, options), "correlation") {}
 
 template <class T>
 void CorrelationND<T>::run(ArrayView<const T> input, ArrayView<T> output) {
-  detail::used(job, "correlation").run(input, output);
+  job->run(input, output);
 }
 
 template <class T>
@@ -103,17 +96,17 @@ Array<T> CorrelationND<T>::run(ArrayView<const T> input) {
 
 template <class T>
 void CorrelationND<T>::setFilter(ArrayView<const T> filter) {
-  detail::used(job, "correlation").setFilter(filter);
+  job->setFilter(filter);
 }
 
 template <class T>
 void CorrelationND<T>::setPadValue(double value) {
-  detail::used(job, "correlation").setPadValue(value);
+  job->setPadValue(value);
 }
 
 template <class T>
 const Extents& CorrelationND<T>::outputExtents() const {
-  return detail::used(job, "correlation").outputExtents();
+  return job->outputExtents();
 }
 
 template class CorrelationND<float>;

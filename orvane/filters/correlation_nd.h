@@ -1,9 +1,8 @@
 #pragma once
 
-#include <memory>
-
 #include "orvane/filters/array.h"
 #include "orvane/filters/extents.h"
+#include "orvane/filters/job_handle.h"
 #include "orvane/filters/options.h"
 #include "orvane/platform/export.h"
 
@@ -13,43 +12,41 @@ namespace BP::filters {
 ///
 ///     y(p) = sum over j of u(p + j - centre) * h(j)
 ///
-/// with j running over the filter's elements in the order of memory, dimension 0 fastest: one sum in this order, with
-/// one rounding for each multiplication and addition, in T: the same bits on every machine, and for ranks 1 and 2 those
-/// of `Convolution` with `Direction::correlation` in its own code. T is `float` or `double`.
+/// j runs over the filter's elements in the order of memory, dimension 0 fastest. Each output is one sum in this order,
+/// in T. Every multiplication and every addition rounds once. The result has the same bits on every machine. For ranks
+/// 1 and 2 they are those of `Convolution` with `FilterDirection::correlation`, without a vendor's library. T is
+/// `float` or `double`.
 ///
-/// One object is one job: make it once, run it for each input. It keeps a copy of the filter, allocates nothing in a
-/// run, and serves one thread at a time; different objects share nothing. It can be moved, and then only assigned to or
-/// destroyed; other use throws `std::logic_error`. Memory beside the filter: some hundred bytes for each of 3^rank
-/// sectors. There are at most 2^31 - 1 elements in each array, and the limits of extents are those of `Convolution`.
+/// An object is made once and run for each input. It keeps a copy of the filter, and a run allocates nothing. One
+/// thread at a time may use an object; different objects share nothing. An object can be moved. Its use after that
+/// throws `std::logic_error`, until another object is assigned to it. Beside the filter it takes some hundred bytes for
+/// each of 3^rank sectors. Each array has at most 2^31 - 1 elements. The limits of extents are those of `Convolution`.
 ///
-/// Bad arguments throw `std::invalid_argument` that names the argument, its value and what is allowed, and change
-/// nothing.
+/// A bad argument throws `std::invalid_argument` and changes nothing. The text has the argument, its value and the
+/// allowed values.
 template <class T>
 class ORVANE_API CorrelationND {
  public:
   CorrelationND(ArrayView<const T> filter, const Extents& inputExtents, const CorrelationNDOptions& options = {});
-  CorrelationND(CorrelationND&&) noexcept;
-  CorrelationND& operator=(CorrelationND&&) noexcept;
-  ~CorrelationND();
 
-  /// Filters `input` into `output`, all of whose elements are written; the two must not overlap.
+  /// Filters `input` into `output` and writes all elements of `output`. The two must not overlap.
   void run(ArrayView<const T> input, ArrayView<T> output);
   /// Filters `input` into a new array.
   Array<T> run(ArrayView<const T> input);
 
-  /// Takes the values of another filter of the same extents for the runs to come.
+  /// Copies the values of another filter of the same extents for later runs.
   void setFilter(ArrayView<const T> filter);
-  /// Takes another value for a constant pad for the runs to come.
+  /// Sets the value of a constant pad for later runs.
   void setPadValue(double value);
 
   const Extents& outputExtents() const;
 
  private:
   class Job;
-  std::unique_ptr<Job> job;
+  detail::JobHandle<Job> job;
 };
 
-/// Correlates `input` with `filter`, once: see `CorrelationND`. Both are an `Array` or an `ArrayView` of one type.
+/// Correlates `input` with `filter` once (see `CorrelationND`). Each is an `Array` or an `ArrayView` of the same type.
 template <class Input, class Filter>
 auto correlateND(const Input& input, const Filter& filter, const CorrelationNDOptions& options = {}) {
   using T = std::remove_const_t<typename Input::element_type>;

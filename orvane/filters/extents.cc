@@ -7,18 +7,18 @@
 namespace BP::filters {
 
 Extents::Extents(std::span<const std::int64_t> extents) : count(extents.size()) {
-  if (count > greatestRank) {
+  if (count > maxRank) {
     throw std::invalid_argument("extents: rank " + std::to_string(count) + "; allowed are 0 to " +
-                                std::to_string(greatestRank));
+                                std::to_string(maxRank));
   }
   std::ranges::copy(extents, values.begin());
 }
 
 std::int64_t elementCount(const Extents& extents) {
   if (std::ranges::any_of(extents, [](std::int64_t extent) { return extent < 1; })) return 0;
-  constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
+  constexpr std::int64_t maxCount = std::numeric_limits<std::int64_t>::max();
   std::int64_t count = 1;
-  for (const std::int64_t extent : extents) count = count > most / extent ? most : count * extent;
+  for (const std::int64_t extent : extents) count = count > maxCount / extent ? maxCount : count * extent;
   return count;
 }
 

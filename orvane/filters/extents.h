@@ -11,16 +11,16 @@
 
 namespace BP::filters {
 
-/// The extents of an array, dimension 0 first: the one whose neighbours are neighbours in memory.
+/// The extents of an array, dimension 0 first. Neighbours along dimension 0 are neighbours in memory.
 ///
-/// Element (i0, i1) of an array of extents {e0, e1} stands at i0 + i1 * e0, so a picture has extents {width, height}.
-/// Nothing but the number of dimensions is checked here; each filter says which extents it takes.
+/// Element (i0, i1) of an array of extents {e0, e1} has index i0 + i1 * e0, so a picture has extents {width, height}.
+/// This class checks only the number of dimensions. Each filter has its own limits of extents.
 class ORVANE_API Extents {
  public:
-  static constexpr std::size_t greatestRank = 8;
+  static constexpr std::size_t maxRank = 8;
 
   Extents() = default;
-  /// Throws `std::invalid_argument` for more than `greatestRank` dimensions.
+  /// Throws `std::invalid_argument` for more than `maxRank` dimensions.
   Extents(std::initializer_list<std::int64_t> extents) : Extents(std::span(extents.begin(), extents.size())) {}
   explicit Extents(std::span<const std::int64_t> extents);
 
@@ -32,14 +32,14 @@ class ORVANE_API Extents {
   bool operator==(const Extents&) const = default;
 
  private:
-  std::array<std::int64_t, greatestRank> values{};  // 0 beyond `count`
+  std::array<std::int64_t, maxRank> values{};  // 0 beyond `count`
   std::size_t count = 0;
 };
 
-/// The product of the extents, 1 without any; 0 if one is below 1; the greatest 64-bit number if it is beyond that.
+/// The product of the extents: 1 for rank 0, 0 if an extent is below 1, and 2^63 - 1 if the product exceeds that.
 ORVANE_API std::int64_t elementCount(const Extents& extents);
 
-/// As in "640 x 480".
+/// The extents as text, as in "640 x 480".
 ORVANE_API std::string toText(const Extents& extents);
 
 }  // namespace BP::filters

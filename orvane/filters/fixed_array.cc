@@ -15,11 +15,11 @@ using KarnDSPFixpt::DSPDataAttributesHandle;
 using KarnDSPFixpt::Fixpt;
 
 void checkValues(const void* data, const Extents& extents, bool isComplex) {
-  detail::checkExtents("values", extents, isComplex ? detail::mostComplexElements : detail::greatestIndex);
+  detail::checkExtents("values", extents, isComplex ? detail::maxComplexElements : detail::maxIndex);
   detail::checkArray("values", data, extents, extents);
 }
 
-/// An array of `type` alone, with no products to speak of.
+/// A handle for an array of `type` that is never multiplied.
 DSPDataAttributesHandle plainHandle(const FixedType& type, bool isComplex, const FixedModes& modes,
                                     brekk::BrekkAdaptorTolk* adaptor) {
   return detail::makeHandle({"value", type, type, type, isComplex}, detail::CoreModes(modes), adaptor);
@@ -60,15 +60,14 @@ void forEachValue(const FixedView& values, Take&& take) {
 namespace detail {
 
 int checkedContainerBits(std::string_view argument, const FixedType& type) {
-  constexpr int most = static_cast<int>(KarnDSPFixpt::greatestWord);
-  if (type.word < 1 || type.word > most) {
+  constexpr int maxWord = static_cast<int>(KarnDSPFixpt::maxWord);
+  if (type.word < 1 || type.word > maxWord) {
     refuse(argument, type.word == 0 ? "no type" : "word length " + std::to_string(type.word),
-           "allowed are word lengths of 1 to " + std::to_string(most));
+           "allowed are word lengths of 1 to " + std::to_string(maxWord));
   }
-  if (type.fraction < -detail::greatestFraction || type.fraction > detail::greatestFraction) {
-    refuse(
-        argument, "fraction length " + std::to_string(type.fraction),
-        "allowed are -" + std::to_string(detail::greatestFraction) + " to " + std::to_string(detail::greatestFraction));
+  if (type.fraction < -detail::maxFraction || type.fraction > detail::maxFraction) {
+    refuse(argument, "fraction length " + std::to_string(type.fraction),
+           "allowed are -" + std::to_string(detail::maxFraction) + " to " + std::to_string(detail::maxFraction));
   }
   int bits = 8;
   while (bits < type.word) bits *= 2;

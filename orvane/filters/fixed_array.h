@@ -16,41 +16,41 @@
 
 /// Arrays of fixed-point values.
 ///
-/// A value is an integer of `word` bits times 2^-fraction. It is stored in the narrowest of 8, 16, 32, 64 and 128 bits
-/// that hold the word (its *container*), so that an 8-bit picture is an array of type u8.0 as it stands; of a container
-/// only the bits of the word count. The two parts of a complex value are neighbours.
+/// A value is an integer of `word` bits times 2^-fraction. Its *container* is the narrowest of 8, 16, 32, 64 and 128
+/// bits that holds the word. An 8-bit picture is thus an array of type u8.0 without conversion. Bits of the container
+/// beyond the word are ignored. The two parts of a complex value are neighbours.
 namespace BP::filters {
 
-/// The type of a fixed-point value. The default is no type: a role that needs one is then refused.
+/// The type of a fixed-point value. The default is no type, which is an error where a type is needed.
 struct FixedType {
   int word = 0;          ///< bits, 1 to 128
-  int fraction = 0;      ///< bits of fraction, -1024 to 1024: negative, or more than the word, scale it beyond its bits
+  int fraction = 0;      ///< bits of fraction, -1024 to 1024; may be negative or exceed the word
   bool isSigned = true;  ///< in two's complement
 
   bool operator==(const FixedType&) const = default;
 };
 
-/// The type of a text such as "s16.12" (signed, 16 bits, 12 of them fraction) or "u8.0". Throws
-/// `std::invalid_argument` that says what is allowed.
+/// Reads a type from a text such as "u8.0" or "s16.12" (signed, 16 bits, 12 of them fraction). Throws
+/// `std::invalid_argument` with the allowed form.
 ORVANE_API FixedType fixedType(std::string_view text);
 ORVANE_API std::string toText(const FixedType& type);
 
-/// Which neighbour a cast takes for a value between two multiples of 2^-fraction.
+/// How a cast rounds a value that lies between two multiples of 2^-fraction.
 enum class Rounding {
-  ceiling,     ///< the greater one
-  convergent,  ///< the nearest one; of two as near the even one
-  floor,       ///< the smaller one
-  nearest,     ///< the nearest one; of two as near the greater one
-  round,       ///< the nearest one; of two as near the one away from zero
-  zero,        ///< the one towards zero
+  ceiling,     ///< up
+  convergent,  ///< to nearest, ties to even
+  floor,       ///< down
+  nearest,     ///< to nearest, ties up
+  round,       ///< to nearest, ties away from zero
+  zero,        ///< towards zero
 };
 
-/// What a cast does with a value beyond the range of its type.
+/// How a cast treats a value outside the range of its type.
 enum class Overflow {
-  wrap,       ///< keeps the low bits
-  saturate,   ///< takes the nearest end of the range
-  symmetric,  ///< the same, in a range without the least value of a signed type
-  zero,       ///< takes zero
+  wrap,       ///< it keeps the low bits
+  saturate,   ///< it gives the nearest end of the range
+  symmetric,  ///< it saturates to a range without the least value of a signed type
+  zero,       ///< it gives 0
 };
 
 /// How values are cast into a type.
@@ -59,39 +59,40 @@ struct FixedModes {
   Overflow overflow = Overflow::saturate;
 };
 
-/// What happened to the values of one label. The range is empty, its minimum above its maximum, without a cast.
+/// The counts of casts of one label. Without a cast the range is empty: its minimum exceeds its maximum.
 struct FixedStatistics {
   std::string label;
   std::uint64_t casts = 0;                                    ///< values cast into the label's type
-  std::uint64_t overflows = 0;                                ///< those that lay beyond its range
-  std::uint64_t lossy = 0;                                    ///< those whose rounding lost bits
-  double minimum = std::numeric_limits<double>::infinity();   ///< least and
+  std::uint64_t overflows = 0;                                ///< values outside the type's range
+  std::uint64_t lossy = 0;                                    ///< values whose rounding lost bits
+  double minimum = std::numeric_limits<double>::infinity();   ///< least value after the cast
   double maximum = -std::numeric_limits<double>::infinity();  ///< greatest value after the cast
 };
 
 namespace detail {
-/// Bits of a container of the type; throws `std::invalid_argument` unless the type is one.
+/// The number of bits of a container of the type. Throws `std::invalid_argument` if the type is out of range.
 ORVANE_API int checkedContainerBits(std::string_view argument, const FixedType& type);
-/// Throws `std::invalid_argument` unless elements of `bits` bits are containers of the type.
+/// Throws `std::invalid_argument` unless containers of the type have `bits` bits.
 ORVANE_API void checkContainer(int bits, const FixedType& type);
-/// Bytes of an array; throws as the constructor of `FixedArray`.
+/// The number of bytes of an array. Throws like the constructor of `FixedArray`.
 ORVANE_API std::size_t bytesOf(const Extents& extents, const FixedType& type, bool isComplex);
 }  // namespace detail
 
-/// A fixed-point array that somebody else owns. Memory may have any alignment. Void is `void` or `const void`.
+/// A view of a fixed-point array that it does not own. Memory may have any alignment. Void is `void` or `const void`.
 template <class Void>
 class BasicFixedView {
  public:
-  /// `data` must point to as many containers as there are values, twice as many if they are complex.
+  /// `data` must point to one container for each value, or to two for each complex value.
   BasicFixedView(Void* data, const Extents& extents, const FixedType& type, bool isComplex = false)
       : first(data), size(extents), kind(type), complex(isComplex) {}
-  /// Real values in an array of integers. Throws `std::invalid_argument` if these have not the size of a container.
+  /// Real values in an array of integers. Throws `std::invalid_argument` if an integer does not have the size of a
+  /// container.
   template <std::integral C>
   BasicFixedView(const ArrayView<C>& containers, const FixedType& type)
       : BasicFixedView(containers.data(), containers.extents(), type) {
     detail::checkContainer(static_cast<int>(8 * sizeof(C)), type);
   }
-  /// A view to read from, made of one to write to.
+  /// A read-only view of the same array.
   template <class Other>
   requires(std::same_as<const Other, Void>) BasicFixedView(const BasicFixedView<Other>& view)
       : BasicFixedView(view.data(), view.extents(), view.type(), view.isComplex()) {}
@@ -137,9 +138,9 @@ class ORVANE_API FixedArray {
   std::vector<std::byte> bytes;
 };
 
-/// Casts values into a fixed-point type; each is taken for the exact number it is, NaN for an overflow that gives 0.
-/// What happened is added to `statistics`, if given. Throws `std::invalid_argument` for null data, an empty array, and
-/// a type or mode out of range.
+/// Casts values into a fixed-point type. Each value is the exact number that the `double` represents. NaN is an
+/// overflow and gives 0. The counts are added to `statistics`, if given. Throws `std::invalid_argument` for null data,
+/// an empty array, and a type or mode out of range.
 ORVANE_API FixedArray quantise(ArrayView<const double> values, const FixedType& type, const FixedModes& modes = {},
                                FixedStatistics* statistics = nullptr);
 ORVANE_API FixedArray quantise(ArrayView<const std::complex<double>> values, const FixedType& type,
@@ -148,7 +149,8 @@ ORVANE_API FixedArray quantise(ArrayView<const std::complex<double>> values, con
 /// The values of a real array, each as the nearest `double`. Throws `std::invalid_argument` for a complex array, null
 /// data, or a type out of range.
 ORVANE_API Array<double> toDouble(const FixedView& values);
-/// The values of any array, each part as the nearest `double`; errors likewise.
+/// The values of any array, each part as the nearest `double`. Throws `std::invalid_argument` for null data or a type
+/// out of range.
 ORVANE_API Array<std::complex<double>> toComplex(const FixedView& values);
 
 }  // namespace BP::filters

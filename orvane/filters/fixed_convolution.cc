@@ -15,7 +15,7 @@ class FixedConvolutionJob : public FixedFilterJob {
  public:
   FixedConvolutionJob(const FixedView& newFilter, const Extents& inputExtents, const FixedTypes& types,
                       const ConvolutionOptions& options)
-      : FixedFilterJob({inputExtents, newFilter.extents(), options, mostElements(types, newFilter)}, types.modes),
+      : FixedFilterJob({inputExtents, newFilter.extents(), options, maxElements(types, newFilter)}, types.modes),
         roles(types, newFilter.type(), newFilter.isComplex(), geometry.norm != NormNone) {
     checkFixed("filter", newFilter, roles.filter, geometry.filterExtents);
     begin(options, newFilter, nullptr);
@@ -23,7 +23,7 @@ class FixedConvolutionJob : public FixedFilterJob {
 
   FixedConvolutionJob(const FixedView& first, const FixedView& newSecond, const Extents& inputExtents,
                       const FixedTypes& types, const ConvolutionOptions& options)
-      : FixedFilterJob({inputExtents, first.extents(), newSecond.extents(), options, mostElements(types, first)},
+      : FixedFilterJob({inputExtents, first.extents(), newSecond.extents(), options, maxElements(types, first)},
                        types.modes),
         roles(types, first.type(), first.isComplex(), false) {
     checkFixed("first filter", first, roles.filter, geometry.filterExtents);
@@ -44,15 +44,16 @@ class FixedConvolutionJob : public FixedFilterJob {
   }
 
  private:
-  static std::int64_t mostElements(const FixedTypes& types, const FixedView& filter) {
-    return types.inputIsComplex || filter.isComplex() ? mostComplexElements : greatestIndex;
+  static std::int64_t maxElements(const FixedTypes& types, const FixedView& filter) {
+    return types.inputIsComplex || filter.isComplex() ? maxComplexElements : maxIndex;
   }
 
   static void copyValues(const FixedView& from, Fixpt& to) {
     copyStored(*makeAlias(to.attributes(), from.data()), to, static_cast<int>(elementCount(from.extents())));
   }
 
-  /// Makes the front and hands it arrays: filters and pad value with copies of the values, input and output without.
+  /// Makes the front and gives it the arrays. Filters and pad value hold copies of their values. Input and output get
+  /// their memory in each run.
   void begin(const ConvolutionOptions& options, const FixedView& newFilter, const FixedView* newSecond) {
     Arrays arrays = makeArrays(roles.input, roles.output, options.padValue);
     auto made =
@@ -77,15 +78,15 @@ class FixedConvolutionJob : public FixedFilterJob {
   }
 
   FixedRoles roles;
-  Fixpt* filter = nullptr;  // the front's
+  Fixpt* filter = nullptr;  // owned by the front
   Fixpt* secondFilter = nullptr;
 };
 
 namespace {
 
-/// The job of a convolution, which no other object has made.
-FixedConvolutionJob& usedConvolution(const std::unique_ptr<FixedFilterJob>& job) {
-  return static_cast<FixedConvolutionJob&>(used(job));
+/// The job of a fixed-point convolution, which has no job of another class.
+FixedConvolutionJob& convolutionJob(const JobHandle<FixedFilterJob>& job) {
+  return static_cast<FixedConvolutionJob&>(*job);
 }
 
 }  // namespace
@@ -95,14 +96,14 @@ FixedConvolutionJob& usedConvolution(const std::unique_ptr<FixedFilterJob>& job)
 FixedConvolution::FixedConvolution(const FixedView& filter, const Extents& inputExtents, const FixedTypes& types,
                                    const ConvolutionOptions& options)
     : FixedRunner(std::make_unique<detail::FixedConvolutionJob>(filter, inputExtents, types, options)) {}
-void FixedConvolution::setFilter(const FixedView& filter) { detail::usedConvolution(job).setFilter(filter); }
+void FixedConvolution::setFilter(const FixedView& filter) { detail::convolutionJob(job).setFilter(filter); }
 
 FixedSeparableConvolution::FixedSeparableConvolution(const FixedView& first, const FixedView& second,
                                                      const Extents& inputExtents, const FixedTypes& types,
                                                      const ConvolutionOptions& options)
     : FixedRunner(std::make_unique<detail::FixedConvolutionJob>(first, second, inputExtents, types, options)) {}
 void FixedSeparableConvolution::setFilters(const FixedView& first, const FixedView& second) {
-  detail::usedConvolution(job).setFilters(first, second);
+  detail::convolutionJob(job).setFilters(first, second);
 }
 
 }  // namespace BP::filters

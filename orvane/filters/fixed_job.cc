@@ -79,23 +79,13 @@ void FixedFilterJob::start(std::unique_ptr<Front> newFront) {
 
 }  // namespace detail
 
-namespace {
+FixedRunner::FixedRunner(std::unique_ptr<detail::FixedFilterJob> newJob)
+    : job(std::move(newJob), "fixed-point filter") {}
 
-detail::FixedFilterJob& used(const std::unique_ptr<detail::FixedFilterJob>& job) {
-  return detail::used(job, "fixed-point filter");
-}
-
-}  // namespace
-
-FixedRunner::FixedRunner(std::unique_ptr<detail::FixedFilterJob> newJob) : job(std::move(newJob)) {}
-FixedRunner::FixedRunner(FixedRunner&&) noexcept = default;
-FixedRunner& FixedRunner::operator=(FixedRunner&&) noexcept = default;
-FixedRunner::~FixedRunner() = default;
-
-void FixedRunner::run(const FixedView& input, const MutableFixedView& output) { used(job).run(input, output); }
-FixedArray FixedRunner::run(const FixedView& input) { return used(job).run(input); }
-void FixedRunner::setPadValue(std::complex<double> value) { used(job).setPadValue(value); }
-const Extents& FixedRunner::outputExtents() const { return used(job).outputExtents(); }
-std::vector<FixedStatistics> FixedRunner::statistics() { return used(job).statistics(); }
+void FixedRunner::run(const FixedView& input, const MutableFixedView& output) { job->run(input, output); }
+FixedArray FixedRunner::run(const FixedView& input) { return job->run(input); }
+void FixedRunner::setPadValue(std::complex<double> value) { job->setPadValue(value); }
+const Extents& FixedRunner::outputExtents() const { return job->outputExtents(); }
+std::vector<FixedStatistics> FixedRunner::statistics() { return job->statistics(); }
 
 }  // namespace BP::filters

@@ -16,7 +16,7 @@
 
 namespace BP::filters::detail {
 
-/// What all fixed-point jobs have, whatever their fronts: a host, modes, arrays by role, totals of statistics.
+/// The common part of all fixed-point jobs: a host, modes, a way to make arrays, totals of statistics.
 class FixedJob {
  public:
   explicit FixedJob(const FixedModes& fixedModes) : modes(fixedModes) {}
@@ -26,13 +26,14 @@ class FixedJob {
     return makeHandle(role, modes, host.getAdaptor());
   }
 
-  /// A new array of a role with values of its own; with a count of 0 it waits for some that are not.
+  /// A new array of a role, which owns `count` values. With a count of 0 it uses other memory, which it gets later.
   std::unique_ptr<KarnDSPFixpt::Fixpt> makeOwn(const RoleDescription& role, std::int64_t count);
 
-  /// Throws unless `value` is one of the type of `input`.
+  /// Throws `std::invalid_argument` unless the type of `input` has `value`.
   void checkPad(std::complex<double> value, const RoleDescription& input);
 
-  /// Adds what `front` has counted since the last call to the totals: after each run, for a front counts in 32 bits.
+  /// Adds the counts of `front` since the last call to the totals. It is called after each run, because a front counts
+  /// in 32 bits.
   template <class Front>
   void gather(Front& front) {
     FixptLogMap counts;
@@ -44,11 +45,11 @@ class FixedJob {
     host.getAdaptor()->releaseKept();
   }
 
-  /// The totals of all labels with a cast.
+  /// The totals of all labels with at least one cast.
   std::vector<FixedStatistics> statistics() const;
 
  private:
-  /// Has a front log into a map for a while.
+  /// Makes a front write its statistics into a map during the object's lifetime.
   template <class Front>
   struct LogTo {
     LogTo(Front& logging, FixptLogMap& counts) : front(logging) { front.setFixptLogMap(&counts); }
@@ -63,7 +64,7 @@ class FixedJob {
   std::map<std::string, FixedStatistics> totals;
 };
 
-/// One filter with an input, an output and perhaps a pad value: its front, which owns the arrays below.
+/// A filter with an input, an output and a pad value, which may be unused. Its front owns these arrays.
 class FixedFilterJob : public FixedJob {
  public:
   virtual ~FixedFilterJob() = default;
@@ -78,7 +79,7 @@ class FixedFilterJob : public FixedJob {
   using Fixpt = KarnDSPFixpt::Fixpt;
   using Front = WindowFront<AnyCorrelation, Fixpt, Fixpt>;
 
-  /// Arrays on their way to a front.
+  /// The arrays, before the front owns them.
   struct Arrays {
     std::unique_ptr<Fixpt> input;
     std::unique_ptr<Fixpt> output;
@@ -88,9 +89,10 @@ class FixedFilterJob : public FixedJob {
   FixedFilterJob(const ConvolutionGeometry& newGeometry, const FixedModes& fixedModes)
       : FixedJob(fixedModes), geometry(newGeometry) {}
 
-  /// Input and output without values, and a pad value. Throws for one that the input's type does not have.
+  /// Makes input and output without values, and the pad value. Throws `std::invalid_argument` for a pad value that the
+  /// input's type does not have.
   Arrays makeArrays(const RoleDescription& newInput, const RoleDescription& newOutput, std::complex<double> newPad);
-  /// Keeps the front that these arrays have gone to.
+  /// Keeps the front, which now owns the arrays.
   void start(std::unique_ptr<Front> newFront);
 
   ConvolutionGeometry geometry;
@@ -98,7 +100,7 @@ class FixedFilterJob : public FixedJob {
  private:
   RoleDescription inputRole;
   RoleDescription outputRole;
-  std::unique_ptr<Front> front;  // ends before what it borrows
+  std::unique_ptr<Front> front;  // destroyed before the memory that it uses
   Fixpt* input = nullptr;
   Fixpt* output = nullptr;
   Fixpt* padValue = nullptr;

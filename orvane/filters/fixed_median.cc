@@ -16,9 +16,8 @@ class FixedMedianJob : public detail::FixedFilterJob {
  public:
   FixedMedianJob(const Extents& window, const Extents& inputExtents, const FixedMedianTypes& types,
                  const MedianOptions<double>& options)
-      : FixedFilterJob(
-            {inputExtents, window, {.mode = options.mode, .pad = options.pad}, detail::greatestIndex, "window"},
-            types.modes) {
+      : FixedFilterJob({inputExtents, window, {.mode = options.mode, .pad = options.pad}, detail::maxIndex, "window"},
+                       types.modes) {
     const detail::FixedMedianRoles roles(types);
     Arrays arrays = makeArrays(roles.input, roles.output, options.padValue);
     auto made = std::make_unique<MedianFilterTolk<Fixpt, Fixpt>>(

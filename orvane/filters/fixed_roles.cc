@@ -15,14 +15,14 @@ struct Factors {
   std::string_view name;
   const FixedType& a;
   const FixedType& b;
-  int moreBits = 0;  ///< for a sum of two such products
+  int moreBits = 0;  ///< 1 for a sum of two such products
 };
 
 /// The narrowest type that holds each of the products exactly.
 FixedType exactProduct(std::initializer_list<Factors> all) {
   FixedType product;
   product.isSigned = false;
-  int whole = -2 * static_cast<int>(KarnDSPFixpt::greatestWord) * greatestFraction;
+  int whole = -2 * static_cast<int>(KarnDSPFixpt::maxWord) * maxFraction;
   product.fraction = whole;
   for (const auto& [name, a, b, moreBits] : all) {
     whole = std::max(whole, a.word - a.fraction + b.word - b.fraction + moreBits);
@@ -33,23 +33,23 @@ FixedType exactProduct(std::initializer_list<Factors> all) {
   return product;
 }
 
-/// As above; throws if there is no such type.
+/// The same. Throws `std::invalid_argument` if there is no such type.
 FixedType checkedProduct(std::initializer_list<Factors> all, const std::string& wayOut) {
   const FixedType product = exactProduct(all);
-  if (product.word <= static_cast<int>(KarnDSPFixpt::greatestWord)) return product;
+  if (product.word <= static_cast<int>(KarnDSPFixpt::maxWord)) return product;
   std::string names;
   for (const Factors& factors : all) {
     names += (names.empty() ? "" : ", ") + std::string(factors.name) + " (" + toText(factors.a) + " and " +
              toText(factors.b) + ")";
   }
   refuse("product", std::to_string(product.word) + " bits for exact products of " + names,
-         "at most " + std::to_string(KarnDSPFixpt::greatestWord) + " are allowed: " + wayOut);
+         "at most " + std::to_string(KarnDSPFixpt::maxWord) + " are allowed: " + wayOut);
 }
 
 bool isSigned(const Factors& factors) { return factors.a.isSigned || factors.b.isSigned; }
 
-/// The type that products were given, or else the one that holds them exactly. The library signs a product if one of
-/// the factors is, so the type must be as those of `all`, of which the first says it for all.
+/// The given type of products, or the type that holds them exactly. A product is signed if one of its factors is, so a
+/// given type must have this sign. The first of `all` decides it.
 FixedType productOf(const std::optional<FixedType>& given, std::initializer_list<Factors> all) {
   if (!given) return checkedProduct(all, "a product type must be given");
   checkedContainerBits("product", *given);
@@ -67,7 +67,7 @@ FixedType checked(const char* argument, const FixedType& type) {
   return type;
 }
 
-/// What is never multiplied.
+/// The role of an array that is never multiplied.
 RoleDescription plainRole(const char* label, const FixedType& type, bool isComplex = false) {
   return {label, checked(label, type), type, type, isComplex};
 }
@@ -75,9 +75,9 @@ RoleDescription plainRole(const char* label, const FixedType& type, bool isCompl
 /// The narrowest type that holds the mean of any two values of `input`, and their sum.
 FixedType exactMean(const FixedType& input) {
   const FixedType mean{input.word + 2, input.fraction + 1, input.isSigned};
-  if (mean.word <= static_cast<int>(KarnDSPFixpt::greatestWord)) return mean;
+  if (mean.word <= static_cast<int>(KarnDSPFixpt::maxWord)) return mean;
   refuse("accumulator", std::to_string(mean.word) + " bits for the exact mean of two values of " + toText(input),
-         "at most " + std::to_string(KarnDSPFixpt::greatestWord) + " are allowed: its type must be given");
+         "at most " + std::to_string(KarnDSPFixpt::maxWord) + " are allowed: its type must be given");
 }
 
 }  // namespace
@@ -88,7 +88,7 @@ FixedRoles::FixedRoles(const FixedTypes& types, const FixedType& filterType, boo
   filter = {"filter", checked("filter", filterType), {}, {}, filterIsComplex};
   accumulator = {"accumulator", checked("accumulator", types.accumulator), {}, {}, isComplex};
   output = {"output", checked("output", types.output), {}, {}, isComplex, "second product"};
-  accumulator.product = accumulator.value;  // is never multiplied
+  accumulator.product = accumulator.value;  // an accumulator is never multiplied
   for (RoleDescription* role : {&input, &filter, &accumulator, &output}) role->sum = accumulator.value;
 
   const Factors taps{"input and filter", input.value, filter.value};
@@ -97,7 +97,7 @@ FixedRoles::FixedRoles(const FixedTypes& types, const FixedType& filterType, boo
   input.product = isNormalised ? productOf(types.product, {taps, squares}) : productOf(types.product, {taps});
   filter.product =
       checkedProduct({{"filter and filter", filter.value, filter.value, filterIsComplex ? 1 : 0}}, narrower);
-  // Of the output's type are the intermediate of a separable filter and what a pad value is multiplied into.
+  // The intermediate array of a separable filter and the products of a pad value have the output's type.
   output.product = checkedProduct(
       {{"output and filter", output.value, filter.value}, {"output and input", output.value, input.value}}, narrower);
   if (isNormalised != types.sqrt.has_value()) {

@@ -8,9 +8,9 @@
 
 namespace BP::filters::detail {
 
-/// What the arrays of a fixed-point convolution are, role by role.
+/// The descriptions of the arrays of a fixed-point convolution.
 struct FixedRoles {
-  /// Throws `std::invalid_argument` for a type that is missing, out of range or does not fit the others.
+  /// Throws `std::invalid_argument` for a type that is missing, out of range, or in conflict with another type.
   FixedRoles(const FixedTypes& types, const FixedType& filterType, bool filterIsComplex, bool isNormalised);
 
   RoleDescription input;
@@ -20,7 +20,7 @@ struct FixedRoles {
   RoleDescription sqrt;
 };
 
-/// What the arrays of a fixed-point median are.
+/// The descriptions of the arrays of a fixed-point median.
 struct FixedMedianRoles {
   /// Throws `std::invalid_argument` for a type that is missing or out of range.
   explicit FixedMedianRoles(const FixedMedianTypes& types);
@@ -30,9 +30,9 @@ struct FixedMedianRoles {
   RoleDescription output;
 };
 
-/// What the arrays of a fixed-point match are.
+/// The descriptions of the arrays of a fixed-point match.
 struct FixedMatchRoles {
-  /// Throws `std::invalid_argument` for a type that is missing, out of range or does not fit the others.
+  /// Throws `std::invalid_argument` for a type that is missing, out of range, or in conflict with another type.
   FixedMatchRoles(const FixedMatchTypes& types, const FixedType& patternType, bool patternIsComplex,
                   AlgorithmModeEnum metric);
 

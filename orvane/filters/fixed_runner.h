@@ -6,6 +6,7 @@
 
 #include "orvane/filters/extents.h"
 #include "orvane/filters/fixed_array.h"
+#include "orvane/filters/job_handle.h"
 #include "orvane/platform/export.h"
 
 namespace BP::filters {
@@ -14,11 +15,10 @@ namespace detail {
 class FixedFilterJob;
 }
 
-/// What `FixedConvolution`, `FixedSeparableConvolution` and `FixedMedian` have in common: all but what is laid over the
-/// input.
+/// The common base of `FixedConvolution`, `FixedSeparableConvolution` and `FixedMedian`: everything except the filters.
 ///
-/// Objects, overlap and errors are as those of `ConvolutionRunner`. Indices count the parts of complex values, so
-/// complex arrays have at most 2^30 elements.
+/// The rules for objects, overlap and errors are those of `ConvolutionRunner`. Complex arrays have at most 2^30
+/// elements, because indices count the two parts of each value.
 class ORVANE_API FixedRunner {
  public:
   /// Filters `input` into `output`, which must have the types and extents given at construction.
@@ -26,22 +26,22 @@ class ORVANE_API FixedRunner {
   /// Filters `input` into a new array.
   FixedArray run(const FixedView& input);
 
-  /// Takes another value for a constant pad for the runs to come. It must be a value of the input's type.
+  /// Sets the value of a constant pad for later runs. It must be a value of the input's type.
   void setPadValue(std::complex<double> value);
 
   const Extents& outputExtents() const;
 
-  /// What happened to values in all runs so far, in the order of labels; the filters say which there are. Within one
-  /// run, counts of a label are kept modulo 2^32.
+  /// The statistics of all runs so far, sorted by label. The documentation of each filter has its labels. Within one
+  /// run, counts are modulo 2^32.
   std::vector<FixedStatistics> statistics();
 
  protected:
   explicit FixedRunner(std::unique_ptr<detail::FixedFilterJob> newJob);
-  FixedRunner(FixedRunner&&) noexcept;
-  FixedRunner& operator=(FixedRunner&&) noexcept;
-  ~FixedRunner();
+  FixedRunner(FixedRunner&&) = default;
+  FixedRunner& operator=(FixedRunner&&) = default;
+  ~FixedRunner() = default;
 
-  std::unique_ptr<detail::FixedFilterJob> job;
+  detail::JobHandle<detail::FixedFilterJob> job;
 };
 
 }  // namespace BP::filters

@@ -14,7 +14,7 @@ namespace detail {
 
 using KarnDSPFixpt::Fixpt;
 
-/// Arrays of fixed-point elements. The fronts own one alias for each, which takes the values of a run for its own.
+/// Arrays of fixed-point elements. The fronts own one alias for each array, which uses the caller's memory in a run.
 class FixedMatchElements : public FixedJob {
  public:
   using ImageView = FixedView;
@@ -27,7 +27,7 @@ class FixedMatchElements : public FixedJob {
   FixedMatchElements(const FixedView& pattern, Metric metric, const FixedMatchTypes& types)
       : FixedJob(types.modes), roles(types, pattern.type(), pattern.isComplex(), metricOf(metric)) {}
 
-  std::int64_t mostElements() const { return roles.output.isComplex ? mostComplexElements : greatestIndex; }
+  std::int64_t maxElements() const { return roles.output.isComplex ? maxComplexElements : maxIndex; }
 
   void checkImage(const FixedView& image, const Extents& extents) const {
     checkFixed("image", image, roles.image, extents);
@@ -65,20 +65,14 @@ class FixedMatchElements : public FixedJob {
 
 FixedTemplateMatcher::FixedTemplateMatcher(const FixedView& pattern, const Extents& imageExtents,
                                            const FixedMatchTypes& types, const MatchOptions& options)
-    : job(std::make_unique<detail::MatchJob<detail::FixedMatchElements>>(pattern, imageExtents, options, types)) {}
-FixedTemplateMatcher::FixedTemplateMatcher(FixedTemplateMatcher&&) noexcept = default;
-FixedTemplateMatcher& FixedTemplateMatcher::operator=(FixedTemplateMatcher&&) noexcept = default;
-FixedTemplateMatcher::~FixedTemplateMatcher() = default;
+    : job(std::make_unique<detail::MatchJob<detail::FixedMatchElements>>(pattern, imageExtents, options, types),
+          "match") {}
 
-FixedMatch FixedTemplateMatcher::run(const FixedView& image) { return detail::used(job, "match").run(image); }
-void FixedTemplateMatcher::setTemplate(const FixedView& pattern) { detail::used(job, "match").setTemplate(pattern); }
-void FixedTemplateMatcher::setRegion(const std::optional<Region>& region) {
-  detail::used(job, "match").setRegion(region);
-}
-const Region& FixedTemplateMatcher::positions() const { return detail::used(job, "match").positions(); }
+FixedMatch FixedTemplateMatcher::run(const FixedView& image) { return job->run(image); }
+void FixedTemplateMatcher::setTemplate(const FixedView& pattern) { job->setTemplate(pattern); }
+void FixedTemplateMatcher::setRegion(const std::optional<Rectangle>& region) { job->setRegion(region); }
+const Rectangle& FixedTemplateMatcher::positions() const { return job->positions(); }
 
-std::vector<FixedStatistics> FixedTemplateMatcher::statistics() {
-  return detail::used(job, "match").getElements().statistics();
-}
+std::vector<FixedStatistics> FixedTemplateMatcher::statistics() { return job->getElements().statistics(); }
 
 }  // namespace BP::filters

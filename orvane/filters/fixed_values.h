@@ -8,23 +8,24 @@
 #include "orvane/filters/fixed_array.h"
 #include "orvane/platform/karn_fixpt_3.h"
 
-/// Fixed-point arrays in terms of the value library.
+/// Conversions between the fixed-point arrays of this API and those of the value library.
 namespace BP::filters::detail {
 
-/// Cursors count components of a complex array, and are signed 32-bit numbers.
-constexpr std::int64_t mostComplexElements = std::int64_t{1} << 30;
+/// The largest element count of a complex array. Cursors are signed 32-bit numbers, and count two components for each
+/// element.
+constexpr std::int64_t maxComplexElements = std::int64_t{1} << 30;
 
-/// The longest fraction, and the shortest negated: as much as the exponents of `double` reach.
-constexpr int greatestFraction = 1024;
+/// The greatest fraction length. Its negative is the least one. Exponents of `double` have the same range.
+constexpr int maxFraction = 1024;
 
-/// The modes in the library's terms; throws `std::invalid_argument` for others.
+/// The library's enumerators for the modes. Throws `std::invalid_argument` for unknown modes.
 struct CoreModes {
   explicit CoreModes(const FixedModes& modes);
   fxpModeRounding_tag rounding;
   fxpModeOverflow_tag overflow;
 };
 
-/// What arrays and results of one role are: types of values, products and their sums, and labels.
+/// The description of arrays and results of one role: types of values, products and their sums, and labels.
 struct RoleDescription {
   std::string label;
   FixedType value;
@@ -34,23 +35,23 @@ struct RoleDescription {
   std::string productLabel = label + " product";
 };
 
-/// A handle for `role`. Its statistics records are kept by `adaptor`.
+/// A handle for `role`. `adaptor` keeps its statistics records.
 KarnDSPFixpt::DSPDataAttributesHandle makeHandle(const RoleDescription& role, const CoreModes& modes,
                                                  brekk::BrekkAdaptorTolk* adaptor);
 
-/// An array whose values are those of `view`, read and written where they are.
+/// An array that uses the memory at `data` for its values.
 std::unique_ptr<KarnDSPFixpt::Fixpt> makeAlias(const KarnDSPFixpt::DSPDataAttributesHandle& handle, const void* data);
 
 /// Throws `std::invalid_argument` unless `view` is an array of the role's type and these extents.
 void checkFixed(const char* argument, const FixedView& view, const RoleDescription& role, const Extents& extents);
 
-/// Bytes of an array.
+/// The number of bytes of an array.
 std::size_t bytesOf(const FixedView& view);
 
-/// Copies `count` elements of one type, bit for bit and uncounted.
+/// Copies `count` elements of the same type, bit for bit. It is not counted as a cast.
 void copyStored(KarnDSPFixpt::Fixpt& from, KarnDSPFixpt::Fixpt& to, int count);
 
-/// Adds what was counted to the totals of a label.
+/// Adds the counts to the totals of a label.
 void addCounts(const fxpLogStruct_tag& counts, FixedStatistics& totals);
 
 }  // namespace BP::filters::detail

@@ -1,25 +1,24 @@
 #pragma once
 
-#include <memory>
 #include <stdexcept>
 #include <string>
 
 #include "orvane/host/reference_host.h"
 #include "orvane/vendor/zd_filter_loader.h"
 
-/// What the objects of this API share: each holds one job, made of a front of the library and what that borrows.
+/// Helpers of jobs. A job is a front of the library with the memory that the front uses.
 namespace BP::filters::detail {
 
-/// Throws what the host was told, behind `text`, as one `std::runtime_error`, if there is anything; the host forgets
-/// it.
+/// Throws `std::runtime_error` if `text` is not empty or the host has messages. The error has `text` and all messages.
+/// The host's list is then empty.
 inline void throwMessages(ReferenceHost& host, std::string text = {}) {
   for (const std::string& message : host.getMessages()) text += (text.empty() ? "" : "; ") + message;
   host.getAdaptor()->clearMessages();
   if (!text.empty()) throw std::runtime_error(text);
 }
 
-/// Runs `front`, of `host`; throws `std::runtime_error` if the host was told anything or a vendor's function failed. A
-/// bad status that somebody else's run left on this thread is dropped.
+/// Runs `front` of `host`. Throws `std::runtime_error` if the host received a message or a vendor's function failed. An
+/// error status from an earlier run on this thread is ignored.
 template <class Front>
 void runFront(Front& front, ReferenceHost& host) {
   ZdLoader::takeBadStatus(ZdFilterLoader::clientTag);
@@ -28,13 +27,6 @@ void runFront(Front& front, ReferenceHost& host) {
   throwMessages(host, status == 0 ? ""
                                   : "vendor filter function: error status " + std::to_string(status) +
                                         "; the output is not valid");
-}
-
-/// The object behind `job`; throws `std::logic_error`, which calls it `what`, if it was moved from.
-template <class Job>
-Job& used(const std::unique_ptr<Job>& job, const std::string& what = "convolution") {
-  if (!job) throw std::logic_error(what + ": the object was moved from; only assignment and destruction are left");
-  return *job;
 }
 
 }  // namespace BP::filters::detail

@@ -12,12 +12,12 @@
 
 namespace BP::filters::detail {
 
-/// One match with all that its fronts borrow: extents, template, region of interest, results in the making. There is
-/// one front for the search and one for the map.
+/// One match with the memory that its fronts use: extents, template, region of interest, results. One front does the
+/// search, and another one makes the map.
 ///
-/// Elements says what arrays are made of, and holds the host. It has the types of views, of the template's copy, of
-/// scores and results, and of the front; it checks and copies what is given, and makes fronts, scores, and *aliases*:
-/// the arrays that a front is set up with, null where it takes plain pointers in each run.
+/// Elements is a policy for the element types, and it holds the host. It defines the types of views, of the template's
+/// copy, of scores and results, and of the front. It checks and copies arguments, and makes fronts, scores and
+/// *aliases*. An alias is the array with which a front is set up, or null if the front gets plain pointers in each run.
 template <class Elements>
 class MatchJob {
  public:
@@ -26,11 +26,11 @@ class MatchJob {
   using Scores = typename Elements::Scores;
   using Result = typename Elements::Result;
 
-  /// What `more` there is to say about the elements goes to these.
+  /// `more` are further arguments for the constructor of Elements.
   template <class... More>
   MatchJob(const PatternView& newPattern, const Extents& image, const MatchOptions& options, const More&... more)
       : elements(newPattern, options.metric, more...),
-        geometry(image, newPattern.extents(), options, elements.mostElements()),
+        geometry(image, newPattern.extents(), options, elements.maxElements()),
         pattern(elements.copyOf(newPattern, geometry.patternExtents)) {
     if (options.best) searcher = makeFront(TMModeBestMatchNeighborhood);
     if (options.map) mapper = makeFront(TMModeMetric);
@@ -51,20 +51,20 @@ class MatchJob {
   }
 
   void setTemplate(const PatternView& newPattern) { pattern = elements.copyOf(newPattern, geometry.patternExtents); }
-  void setRegion(const std::optional<Region>& region) { geometry.setRegion(region); }
-  const Region& positions() const { return geometry.positions; }
+  void setRegion(const std::optional<Rectangle>& region) { geometry.setRegion(region); }
+  const Rectangle& positions() const { return geometry.positions; }
 
   const Elements& getElements() const { return elements; }
 
  private:
   using Front = typename Elements::Front;
 
-  /// The block of a search: that which was asked for, or else the one score at the best match.
+  /// The edge of the block of scores that the search returns: the neighbourhood, or 1 for the best score alone.
   int blockEdge() const { return std::max(geometry.edge, 1); }
 
   std::unique_ptr<Front> makeFront(TMModeEnum tmMode) {
     constexpr bool isVarSize = false, roiEnabled = true, roiValidEnabled = true;
-    // Scores read no pad value, so the front is given a pad that has none.
+    // Scores never read a pad value, so this pad needs none.
     auto front = elements.makeFront(elements.getHost().getAdaptor(), 2, geometry.patternDims.data(), 2,
                                     geometry.imageDims.data(), PadTypeReplicate, geometry.mode, geometry.metric, tmMode,
                                     isVarSize, roiEnabled, roiValidEnabled, geometry.search);
@@ -103,7 +103,7 @@ class MatchJob {
   std::array<int, 2> location{};
   bool blockIsValid = false;
   bool regionIsValid = false;
-  std::unique_ptr<Front> searcher;  // the fronts end before what they borrow
+  std::unique_ptr<Front> searcher;  // the fronts are destroyed before the memory that they use
   std::unique_ptr<Front> mapper;
 };
 

@@ -21,25 +21,25 @@ std::string textOf(const char* what, std::int64_t value, std::size_t dimension) 
   return std::string(what) + " " + std::to_string(value) + " in dimension " + std::to_string(dimension);
 }
 
-/// The front adds start and size in 32 bits, and subtracts a start from positions.
-void checkRegion(const Region& region) {
-  constexpr std::int64_t least = -greatestIndex / 2;
+/// Checks a region. The front adds start and size, and subtracts a start from positions, in 32 bits.
+void checkRegion(const Rectangle& region) {
+  constexpr std::int64_t least = -maxIndex / 2;
   for (std::size_t d = 0; d < 2; ++d) {
-    if (region.start[d] < least || region.start[d] > greatestIndex) {
+    if (region.start[d] < least || region.start[d] > maxIndex) {
       refuse("region", textOf("start", region.start[d], d),
-             "allowed are " + std::to_string(least) + " to " + std::to_string(greatestIndex));
+             "allowed are " + std::to_string(least) + " to " + std::to_string(maxIndex));
     }
-    const std::int64_t most = greatestIndex - std::max(region.start[d], std::int64_t{0});
-    if (region.size[d] < 0 || region.size[d] > most) {
+    const std::int64_t maxSize = maxIndex - std::max(region.start[d], std::int64_t{0});
+    if (region.size[d] < 0 || region.size[d] > maxSize) {
       refuse("region", textOf("size", region.size[d], d),
-             "with a start of " + std::to_string(region.start[d]) + ", allowed are 0 to " + std::to_string(most));
+             "with a start of " + std::to_string(region.start[d]) + ", allowed are 0 to " + std::to_string(maxSize));
     }
   }
 }
 
-/// What two regions have in common: of size 0, in both dimensions, if that is nothing.
-Region intersection(const Region& a, const Region& b) {
-  Region common;
+/// The intersection of two regions. If it is empty, its size is 0 in both dimensions.
+Rectangle intersection(const Rectangle& a, const Rectangle& b) {
+  Rectangle common;
   for (std::size_t d = 0; d < 2; ++d) {
     common.start[d] = std::max(a.start[d], b.start[d]);
     common.size[d] = std::min(a.start[d] + a.size[d], b.start[d] + b.size[d]) - common.start[d];
@@ -57,18 +57,18 @@ std::array<int, 2> dimsOf(const Extents& extents) {
 AlgorithmModeEnum metricOf(Metric metric) { return chosen("metric", metric, metrics); }
 
 MatchingGeometry::MatchingGeometry(const Extents& image, const Extents& pattern, const MatchOptions& options,
-                                   std::int64_t mostElements)
+                                   std::int64_t maxElements)
     : imageExtents(image), patternExtents(pattern) {
   mode = modeOf(options.mode);
   metric = metricOf(options.metric);
   search = chosen("search", options.search, searches);
-  // A three-step search can look at positions beyond an inside sector that does not start at the first position.
-  const std::int64_t mostForSteps = (mostElements + 1) / 4;
+  // If an inside sector does not start at the first position, a three-step search can visit positions beyond it.
+  const std::int64_t maxForSteps = (maxElements + 1) / 4;
   const bool leavesSectors = search == SearchMethodThreeStep && mode != OutputModeValid;
   if (image.rank() != 2) refuse("image", "rank " + std::to_string(image.rank()), "it must be 2");
-  checkExtents("image", image, leavesSectors ? mostForSteps : mostElements);
-  const Extents outputs = checkedOutputExtents(image, pattern, mode, PadTypeReplicate, 2, mostElements, "template");
-  checkNeighbourhood(options.neighbourhood, mostElements);
+  checkExtents("image", image, leavesSectors ? maxForSteps : maxElements);
+  const Extents outputs = checkedOutputExtents(image, pattern, mode, PadTypeReplicate, 2, maxElements, "template");
+  checkNeighbourhood(options.neighbourhood, maxElements);
   if (!options.best && !options.map) refuse("best", "false", "it must be true unless map is");
   if (!options.best && options.neighbourhood > 0) {
     refuse("neighbourhood", std::to_string(options.neighbourhood), "without best it must be 0");
@@ -84,26 +84,26 @@ MatchingGeometry::MatchingGeometry(const Extents& image, const Extents& pattern,
   setRegion(options.region);
 }
 
-void MatchingGeometry::checkNeighbourhood(std::int64_t size, std::int64_t mostElements) const {
-  auto most = static_cast<std::int64_t>(std::sqrt(static_cast<double>(mostElements)));
+void MatchingGeometry::checkNeighbourhood(std::int64_t size, std::int64_t maxElements) const {
+  auto maxEdge = static_cast<std::int64_t>(std::sqrt(static_cast<double>(maxElements)));
   for (std::size_t d = 0; d < 2; ++d) {
-    most = std::min(most, (greatestIndex - imageExtents[d] - 2 * patternExtents[d]) / 2);
+    maxEdge = std::min(maxEdge, (maxIndex - imageExtents[d] - 2 * patternExtents[d]) / 2);
   }
-  if (size >= 0 && size <= most) return;
-  refuse("neighbourhood", std::to_string(size), "allowed are 0 (none) to " + std::to_string(most));
+  if (size >= 0 && size <= maxEdge) return;
+  refuse("neighbourhood", std::to_string(size), "allowed are 0 (none) to " + std::to_string(maxEdge));
 }
 
-void MatchingGeometry::setRegion(const std::optional<Region>& region) {
+void MatchingGeometry::setRegion(const std::optional<Rectangle>& region) {
   if (region) checkRegion(*region);
   positions = region ? intersection(support, *region) : support;
-  const Region& asked = region ? *region : support;
+  const Rectangle& asked = region ? *region : support;
   for (std::size_t d = 0; d < 2; ++d) {
     roi[d] = static_cast<int>(asked.start[d]);
     roi[2 + d] = static_cast<int>(asked.size[d]);
   }
 }
 
-Region MatchingGeometry::windowAt(const std::array<std::int64_t, 2>& location) const {
+Rectangle MatchingGeometry::windowAt(const std::array<std::int64_t, 2>& location) const {
   return {{location[0] - centre(0), location[1] - centre(1)}, {patternExtents[0], patternExtents[1]}};
 }
 

@@ -11,28 +11,28 @@
 
 namespace BP::filters::detail {
 
-/// What the fronts call a metric; throws `std::invalid_argument` for a number that is none.
+/// The library's enumerator for a metric. Throws `std::invalid_argument` for an unknown number.
 AlgorithmModeEnum metricOf(Metric metric);
 
-/// A match in the terms of the fronts, after all checks that do not depend on element types.
+/// A match in the terms of the library below, after all checks that do not depend on element types.
 ///
-/// A front keeps pointers to the tables, so an object stays where it is while its front lives.
+/// A front keeps pointers to the tables, so the object must not move while its front lives.
 struct MatchingGeometry {
-  /// Element counts of all arrays are held to `mostElements`. Throws `std::invalid_argument`.
+  /// Each array may have at most `maxElements` elements. Throws `std::invalid_argument`.
   MatchingGeometry(const Extents& image, const Extents& pattern, const MatchOptions& options,
-                   std::int64_t mostElements = greatestIndex);
+                   std::int64_t maxElements = maxIndex);
 
-  /// Throws `std::invalid_argument`, and changes nothing then.
-  void setRegion(const std::optional<Region>& region);
+  /// Sets the region of interest. Throws `std::invalid_argument` for a bad one, and then changes nothing.
+  void setRegion(const std::optional<Rectangle>& region);
 
   bool hasPositions() const { return positions.size[0] > 0; }
-  Region windowAt(const std::array<std::int64_t, 2>& location) const;
+  Rectangle windowAt(const std::array<std::int64_t, 2>& location) const;
 
   Extents imageExtents;
   Extents patternExtents;
-  Region support;    ///< the positions of the mode
-  Region positions;  ///< those in the region of interest; of size 0 if there are none
-  int edge;          ///< of the neighbourhood
+  Rectangle support;    ///< the positions of the mode
+  Rectangle positions;  ///< the positions in the region of interest; of size 0 if there are none
+  int edge;             ///< the edge of the neighbourhood
   std::array<int, 2> imageDims;
   std::array<int, 2> patternDims;
   std::array<int, 4> roi;  ///< the region of interest, or the positions: start, then size
@@ -41,7 +41,7 @@ struct MatchingGeometry {
   SearchMethodEnum search;
 
  private:
-  void checkNeighbourhood(std::int64_t size, std::int64_t mostElements) const;
+  void checkNeighbourhood(std::int64_t size, std::int64_t maxElements) const;
   std::int64_t centre(std::size_t d) const { return centreOf(patternExtents[d]); }
 };
 

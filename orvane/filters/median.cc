@@ -9,12 +9,12 @@ namespace BP::filters {
 
 namespace detail {
 
-/// One median filter with all that its front borrows: extents, pad value, work vectors.
+/// One median filter with the memory that its front uses: extents, pad value, work vectors.
 template <class T>
 class MedianJob {
  public:
   MedianJob(const Extents& window, const Extents& input, const MedianOptions<T>& options)
-      : geometry(input, window, {.mode = options.mode, .pad = options.pad}, greatestIndex, "window"),
+      : geometry(input, window, {.mode = options.mode, .pad = options.pad}, maxIndex, "window"),
         padValue(options.padValue),
         front(host.getAdaptor(), geometry.rank, geometry.filterDims.data(), geometry.rank, geometry.inputDims.data(),
               geometry.pad, geometry.mode, false) {
@@ -34,7 +34,7 @@ class MedianJob {
   const Extents& outputExtents() const { return geometry.outputExtents; }
 
  private:
-  /// Starts the front over these arrays, unless it was last run over them. The pad value is read in every run.
+  /// Starts the front over these arrays, unless the last run used the same ones. Every run reads the pad value.
   void bind(T* input, T* output) {
     if (input == boundInput && output == boundOutput) return;
     front.setup(input, output, &padValue, false);
@@ -47,24 +47,18 @@ class MedianJob {
   T* boundInput = nullptr;
   T* boundOutput = nullptr;
   ReferenceHost host;
-  MedianFilterTolk<T, T> front;  // ends before what it borrows
+  MedianFilterTolk<T, T> front;  // destroyed before the memory that it uses
 };
 
 }  // namespace detail
 
 template <class T>
 Median<T>::Median(const Extents& window, const Extents& inputExtents, const MedianOptions<T>& options)
-    : job(std::make_unique<detail::MedianJob<T>>(window, inputExtents, options)) {}
-template <class T>
-Median<T>::Median(Median&&) noexcept = default;
-template <class T>
-Median<T>& Median<T>::operator=(Median&&) noexcept = default;
-template <class T>
-Median<T>::~Median() = default;
+    : job(std::make_unique<detail::MedianJob<T>>(window, inputExtents, options), "median") {}
 
 template <class T>
 void Median<T>::run(ArrayView<const T> input, ArrayView<T> output) {
-  detail::used(job, "median").run(input, output);
+  job->run(input, output);
 }
 
 template <class T>
@@ -76,12 +70,12 @@ Array<T> Median<T>::run(ArrayView<const T> input) {
 
 template <class T>
 void Median<T>::setPadValue(T value) {
-  detail::used(job, "median").setPadValue(value);
+  job->setPadValue(value);
 }
 
 template <class T>
 const Extents& Median<T>::outputExtents() const {
-  return detail::used(job, "median").outputExtents();
+  return job->outputExtents();
 }
 
 template class Median<float>;

@@ -4,19 +4,22 @@
 
 #include "orvane/core/pad_types.h"
 
-/// What there is to choose about a convolution.
+/// The options of a convolution.
 ///
-/// Words used here: the *window* is the stretch of input that lies under the filter; its *position* is where the
-/// filter's centre lies, the middle element, of an even extent the lower one of the two.
+/// Words used here:
+///
+/// - The *window* is the part of the input under the filter.
+/// - The *centre* is the filter's middle element. An even extent has two middle elements, and the lower one counts.
+/// - The *position* of a window is the position of the filter's centre.
 namespace BP::filters {
 
-/// Which way the filter is walked. Nothing is conjugated.
-enum class Direction {
+/// The direction in which the filter is walked. Nothing is conjugated.
+enum class FilterDirection {
   convolution,  ///< the window's first element meets the filter's last
   correlation,  ///< the window's first element meets the filter's first
 };
 
-/// At which positions there is an output. For an input of extent u and a filter of extent h in a dimension:
+/// The positions that have an output. In a dimension, let u be the input's extent and h the filter's extent:
 enum class OutputMode {
   valid,  ///< u - h + 1 outputs: the window lies wholly in the input
   same,   ///< u outputs: the position is an element of the input
@@ -31,23 +34,23 @@ enum class OutputMode {
 ///     circular   a b c | a b c | a b c        the input once more
 ///     mirror     d c b | a b c d | c b a      the input mirrored at its edge, which comes once; and back again
 #define ORVANE_ENUMERATE(number, enumerator, name, letters) name,
-enum class Pad { ORVANE_FOR_PAD_TYPES(ORVANE_ENUMERATE) };
+enum class PadRule { ORVANE_FOR_PAD_TYPES(ORVANE_ENUMERATE) };
 #undef ORVANE_ENUMERATE
 
-/// Whether each sum is divided.
+/// The divisor of each sum.
 enum class Normalisation {
-  none,    ///< the sum of products
-  energy,  ///< divided by the norms (roots of the sums of squares) of filter and window; 0 where that divisor is 0
+  none,    ///< the sum of products is not divided
+  energy,  ///< the product of the norms (root of the sum of squares) of filter and window; the result is 0 if this is 0
 };
 
-/// The choices of a convolution; each has a default. Made for designated initialisers:
+/// The choices of a convolution, for designated initialisers. Each has a default:
 ///
-///     ConvolutionOptions{.mode = OutputMode::same, .pad = Pad::replicate}
+///     ConvolutionOptions{.mode = OutputMode::same, .pad = PadRule::replicate}
 struct ConvolutionOptions {
-  Direction direction = Direction::convolution;
+  FilterDirection direction = FilterDirection::convolution;
   OutputMode mode = OutputMode::valid;
-  Pad pad = Pad::constant;
-  /// The value of a constant pad. It must be real for a real input, and is rounded to nearest if the input's elements
+  PadRule pad = PadRule::constant;
+  /// The value of a constant pad. It must be real for a real input. It is rounded to nearest if the input's elements
   /// are `float`.
   std::complex<double> padValue = 0;
   Normalisation normalise = Normalisation::none;
@@ -56,8 +59,8 @@ struct ConvolutionOptions {
 /// The choices of a correlation in any number of dimensions; each has a default.
 struct CorrelationNDOptions {
   OutputMode mode = OutputMode::valid;
-  Pad pad = Pad::constant;
-  double padValue = 0;  ///< of a constant pad; rounded to nearest if the elements are `float`
+  PadRule pad = PadRule::constant;
+  double padValue = 0;  ///< the value of a constant pad, rounded to nearest if the elements are `float`
 };
 
 }  // namespace BP::filters

@@ -125,7 +125,8 @@ class PlanScene {
     scope = std::make_unique<Scope>(first, second, code);
     plan = std::make_unique<PlanT>(&allocator, rank, &filter, false, input.get(), &output, scope.get());
     plan->setup(setupLinkTables);
-    plan->setup(setupInvoke);  // the extents stay unmultiplied, as regions far apart leave negative ones
+    // Not `setupStart`, which multiplies the output's extents: they can be far below 0 if regions lie far apart.
+    plan->setup(setupInvoke);
   }
 
   Allocator allocator;

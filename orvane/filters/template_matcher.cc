@@ -12,8 +12,8 @@ namespace BP::filters {
 
 namespace detail {
 
-/// Arrays of plain elements. Of booleans the scores are counts: fixed-point values of no fraction for the front, which
-/// are read and written where they are.
+/// Arrays of plain elements. The scores of booleans are counts. The front sees them as fixed-point values without
+/// fraction, in the memory of the plain array.
 template <class UT, class HT>
 class PlainMatchElements {
  public:
@@ -30,7 +30,7 @@ class PlainMatchElements {
   PlainMatchElements(const PatternView& /*pattern*/, Metric /*metric*/) {}
 
   ReferenceHost& getHost() { return host; }
-  std::int64_t mostElements() const { return greatestIndex; }
+  std::int64_t maxElements() const { return maxIndex; }
 
   void checkImage(const ImageView& image, const Extents& extents) const { checkArray("image", image, extents); }
   Pattern copyOf(const PatternView& pattern, const Extents& extents) const {
@@ -75,29 +75,24 @@ class PlainMatchElements {
 template <class UT, class HT>
 TemplateMatcher<UT, HT>::TemplateMatcher(ArrayView<const HT> pattern, const Extents& imageExtents,
                                          const MatchOptions& options)
-    : job(std::make_unique<detail::MatchJob<detail::PlainMatchElements<UT, HT>>>(pattern, imageExtents, options)) {}
-template <class UT, class HT>
-TemplateMatcher<UT, HT>::TemplateMatcher(TemplateMatcher&&) noexcept = default;
-template <class UT, class HT>
-TemplateMatcher<UT, HT>& TemplateMatcher<UT, HT>::operator=(TemplateMatcher&&) noexcept = default;
-template <class UT, class HT>
-TemplateMatcher<UT, HT>::~TemplateMatcher() = default;
+    : job(std::make_unique<detail::MatchJob<detail::PlainMatchElements<UT, HT>>>(pattern, imageExtents, options),
+          "match") {}
 
 template <class UT, class HT>
 auto TemplateMatcher<UT, HT>::run(ArrayView<const UT> image) -> Match<Score> {
-  return detail::used(job, "match").run(image);
+  return job->run(image);
 }
 template <class UT, class HT>
 void TemplateMatcher<UT, HT>::setTemplate(ArrayView<const HT> pattern) {
-  detail::used(job, "match").setTemplate(pattern);
+  job->setTemplate(pattern);
 }
 template <class UT, class HT>
-void TemplateMatcher<UT, HT>::setRegion(const std::optional<Region>& region) {
-  detail::used(job, "match").setRegion(region);
+void TemplateMatcher<UT, HT>::setRegion(const std::optional<Rectangle>& region) {
+  job->setRegion(region);
 }
 template <class UT, class HT>
-const Region& TemplateMatcher<UT, HT>::positions() const {
-  return detail::used(job, "match").positions();
+const Rectangle& TemplateMatcher<UT, HT>::positions() const {
+  return job->positions();
 }
 
 #define ORVANE_DEFINE(UT, HT) template class TemplateMatcher<UT, HT>;

@@ -27,8 +27,8 @@ class ORVANE_API ReferenceHost {
 
   brekk::BrekkAdaptorTolk* getAdaptor() { return &adaptor; }
 
-  /// Makes a cleared vector for each record of `allocator` and writes its number into the record.
-  /// Throws `std::invalid_argument` for a record of unknown type or negative width, before any is numbered.
+  /// Makes a cleared vector for each record of `allocator` and writes its number into the record. Throws
+  /// `std::invalid_argument`, before it numbers any record, for a record of unknown type or negative width.
   void provideWorkVectors(AllocatorTolk& allocator);
 
   /// Messages of all fronts so far, oldest first.

@@ -10,11 +10,11 @@
 #include "orvane/plan/sector.h"
 #include "orvane/platform/export.h"
 
-/// Pads: what a coordinate beyond the input's edge reads as.
+/// Pads: what a read beyond the input's edge yields.
 ///
-/// Both reads take the input's block, the sector being run, and the coordinates of a tap: `rank` entries, the sector's
-/// edge lists counting only below that. They return the element's address; for fixed point the array with its cursor
-/// set. No read makes a virtual call.
+/// `readBoundary` and `readOutside` take the input's block, the sector being run, and the `rank` coordinates of a tap.
+/// They ignore dimensions from `rank` on in the sector's edge lists. They return the element's address, or for fixed
+/// point the array with its cursor set. No read makes a virtual call.
 namespace BP {
 
 /// Base of the pads over elements UT.
@@ -47,8 +47,8 @@ class ORVANE_API ConstantPad : public Pad<UT, AllocT> {
  public:
   explicit ConstantPad(AllocT* alloc) : Pad<UT, AllocT>(alloc, false) { alloc->allocateArray(padValue, 1, "input"); }
 
-  /// The pad value if `index` lies beyond a listed edge, otherwise the element at `index`, which stays as it is. There
-  /// is no outside read: outputs whose window is all pad take the input's pad output.
+  /// The pad value if `index` lies beyond a listed edge, otherwise the element at `index`. It does not change `index`.
+  /// There is no outside read, because outputs whose windows miss the input take the input's pad output.
   UT* readBoundary(const TraversableDataBlock<UT, AllocT>& block, const OuterSector& sector, int rank, int* index) {
     bool isBeyond = false;
     forEachEdge(sector, rank, [&](int d, bool below) {
@@ -63,8 +63,8 @@ class ORVANE_API ConstantPad : public Pad<UT, AllocT> {
   CleverPtr<UT> padValue;
 };
 
-/// Another element of the input beyond every edge, chosen by a redirector. Reads change `index` in place, and a
-/// coordinate that the caller does not write anew enters its next read as it was left.
+/// An element of the input beyond every edge, chosen by a redirector. Reads redirect `index` in place. A coordinate
+/// that the caller does not write again enters its next read as the last read left it.
 template <class UT, class YT, class AllocT, int padType>
 class ORVANE_API DataBasedPad : public Pad<UT, AllocT> {
  public:
@@ -72,7 +72,7 @@ class ORVANE_API DataBasedPad : public Pad<UT, AllocT> {
 
   explicit DataBasedPad(AllocT* alloc) : Pad<UT, AllocT>(alloc, Redirector().getIsDistanceBased()) {}
 
-  /// Redirects what lies beyond a listed edge, and reads there.
+  /// Redirects the coordinates that lie beyond a listed edge, and reads there.
   UT* readBoundary(const TraversableDataBlock<UT, AllocT>& block, const OuterSector& sector, int rank, int* index) {
     redirectBoundary<Redirector>(block, sector, rank, index);
     return elementOf(block, rank, index);
@@ -80,9 +80,9 @@ class ORVANE_API DataBasedPad : public Pad<UT, AllocT> {
 
   /// Redirects every listed coordinate without a test, and reads there.
   ///
-  /// A coordinate that was redirected before, and not written anew since, can come out beyond the array under every
-  /// rule but replicate. `index` then keeps what the formula made of it, so that later reads go on from
-  /// there, while the element returned is the nearest one of the array: memory beyond it is never touched.
+  /// Under every rule but replicate, a coordinate that was redirected before and not written since can be moved out of
+  /// the array. `index` keeps the formula's result, and later reads start from it. The element returned is then the
+  /// nearest one of the array, so memory beyond it is never read.
   UT* readOutside(const TraversableDataBlock<UT, AllocT>& block, const OuterSector& sector, int rank, int* index) {
     redirectOutside<Redirector>(block, sector, rank, index);
     int linear = 0;

@@ -11,12 +11,12 @@
 
 namespace BP {
 
-/// What an input of a data-based pad type holds: the pad, and a pad value that no read uses, so that setting one is the
-/// same operation for all pad types.
+/// A data-based pad with a pad value that no read uses, so that setting a pad value is the same operation for all pad
+/// types.
 template <class UT, class YT, class AllocT, int padType>
-class PadRecord : public DataBasedPad<UT, YT, AllocT, padType> {
+class PadWithUnusedValue : public DataBasedPad<UT, YT, AllocT, padType> {
  public:
-  explicit PadRecord(AllocT* alloc) : DataBasedPad<UT, YT, AllocT, padType>(alloc) {
+  explicit PadWithUnusedValue(AllocT* alloc) : DataBasedPad<UT, YT, AllocT, padType>(alloc) {
     alloc->allocateArray(padValue, 1, "input");
   }
   CleverPtr<UT>& getPadValue() { return padValue; }
@@ -25,17 +25,18 @@ class PadRecord : public DataBasedPad<UT, YT, AllocT, padType> {
   CleverPtr<UT> padValue;
 };
 
-/// An input that reads as if it continued without end; `N` is a `PadTypeEnum` (see there for the rules).
+/// An input that can be read at any coordinate, as if it continued without end; `N` is a `PadTypeEnum` (see there for
+/// the rules).
 ///
-/// No padded copy of the array exists: windows wholly inside read the array, windows that cross an edge read tap by tap
-/// through the pad, and outputs whose window misses the array take the pad output (constant pad) or again go tap by
-/// tap.
+/// No padded copy of the array exists. Windows wholly inside read the array. Windows that cross an edge read tap by tap
+/// through the pad. Outputs whose window misses the array take the pad output if the pad is constant, and else read
+/// through the pad too.
 template <class UT, class YT, class AllocT, int N>
 class ORVANE_API PadExtendedInput : public Input<UT, YT, AllocT> {
  public:
   static constexpr int padType = N;
   static constexpr bool isConstant = N == PadTypeConstant;
-  using PadT = std::conditional_t<isConstant, ConstantPad<UT, YT, AllocT>, PadRecord<UT, YT, AllocT, N>>;
+  using PadT = std::conditional_t<isConstant, ConstantPad<UT, YT, AllocT>, PadWithUnusedValue<UT, YT, AllocT, N>>;
 
   PadExtendedInput(AllocT* alloc, int numDims, CleverPtr<int>& dims, CleverPtr<int>& origin, CleverPtr<int>& loc,
                    CleverPtr<UT>& data)

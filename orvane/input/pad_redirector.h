@@ -13,8 +13,8 @@
 ///     mirror     d c b | a b c d | c b a
 ///
 /// Each rule gives two formulas: for a coordinate below the first element, lo, and for one beyond the last, hi, of n
-/// elements. They hold however far the coordinate lies from the array; remainders truncate. n is at least 1: a plan has
-/// no sector that would redirect into an empty input.
+/// elements. They hold at any distance from the array; remainders truncate. n is at least 1: a plan has no sector that
+/// would redirect into an empty input.
 namespace BP {
 
 /// Base of the redirectors. `isDistanceBased` tells that a read beyond the edge yields an element of the input.
@@ -31,7 +31,8 @@ class ORVANE_API PadRedirector {
 /// The edge element, at any distance.
 class ORVANE_API ReplicatePadRedirector : public PadRedirector {
  public:
-  /// Its sectors in which outside and boundary mix go to the boundary loop, whose test comes first.
+  /// Marked as distance-based, so that sectors with both outside and boundary sections run as boundary sectors, which
+  /// test each coordinate before they redirect it.
   ReplicatePadRedirector() : PadRedirector(true) {}
   static int fromBelow(int /*i*/, int lo, int /*hi*/, int /*n*/) { return lo; }
   static int fromAbove(int /*i*/, int /*lo*/, int hi, int /*n*/) { return hi; }
@@ -44,7 +45,7 @@ class ORVANE_API DistanceBasedPadRedirector : public PadRedirector {
 };
 
 /// Reflection with the edge element repeated: the first n steps beyond an edge walk back through the array, the next n
-/// walk forth, and so on.
+/// walk forward again, and so on.
 class ORVANE_API SymmetricPadRedirector : public DistanceBasedPadRedirector {
  public:
   static int fromBelow(int i, int lo, int hi, int n) {
@@ -65,7 +66,7 @@ class ORVANE_API CircularPadRedirector : public DistanceBasedPadRedirector {
 };
 
 /// Reflection with the edge element once: the first n - 1 steps beyond an edge walk back through the array from the
-/// edge's neighbour, the next n - 1 walk forth, and so on. An array of one element gives that element.
+/// edge's neighbour, the next n - 1 walk forward again, and so on. An array of one element gives that element.
 class ORVANE_API MirrorPadRedirector : public DistanceBasedPadRedirector {
  public:
   static int fromBelow(int i, int lo, int hi, int n) {
@@ -120,7 +121,7 @@ inline void redirect(const TraversableBlock& block, int d, bool below, int* inde
 }
 
 /// Boundary form: redirects those coordinates of `index`, in place, that lie beyond a listed edge. The low edge is
-/// tested against 0, where every processor has its input begin.
+/// tested against 0, because the input begins there in every processor.
 template <class RedirectorT>
 inline void redirectBoundary(const TraversableBlock& block, const OuterSector& sector, int rank, int* index) {
   forEachEdge(sector, rank, [&](int d, bool below) {
@@ -129,8 +130,8 @@ inline void redirectBoundary(const TraversableBlock& block, const OuterSector& s
   });
 }
 
-/// Outside form: redirects every listed coordinate without a test. Applied to a coordinate that is already inside, the
-/// rules but replicate leave the array.
+/// Outside form: redirects every listed coordinate without a test. Every rule but replicate can move a coordinate that
+/// is already inside out of the array.
 template <class RedirectorT>
 inline void redirectOutside(const TraversableBlock& block, const OuterSector& sector, int rank, int* index) {
   forEachEdge(sector, rank, [&](int d, bool below) { redirect<RedirectorT>(block, d, below, index); });

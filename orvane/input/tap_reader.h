@@ -1,12 +1,14 @@
 #pragma once
 
+#include <concepts>
+
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/element.h"
 #include "orvane/plan/block.h"
 #include "orvane/plan/sector.h"
 
-/// Ways of reading the taps of a window, row by row: `beginRow(j)` once per row, `goTo(i)` once per tap, `read()` as
-/// often as the tap is wanted. Two-dimensional.
+/// Readers of the taps of a two-dimensional window, row by row: `beginRow(j)` once per row, `goTo(i)` once per tap,
+/// `read()` any number of times for a tap.
 namespace BP {
 
 /// Taps of a window wholly inside: straight from the array, without a test.
@@ -20,6 +22,8 @@ class InsideTaps {
   void beginRow(int j) { row = first + pitch * j; }
   void goTo(int i) { at = row + i; }
   UT& read() { return elementAt(data, at); }
+  /// All taps at once, in fixed point.
+  KarnDSPFixpt::FixptWindow getWindow() const requires std::same_as<UT, Fixpt> { return {*data, first, 1, pitch}; }
 
  private:
   UT* data;
@@ -29,8 +33,8 @@ class InsideTaps {
   int at = 0;
 };
 
-/// Taps that go through the input's pad. The pad may redirect coordinates in place: that of the row stays so until the
-/// next row begins, that of the tap until the next tap.
+/// Taps that go through the input's pad. The pad may redirect coordinates in place. A redirected row coordinate stays
+/// until the next row begins, a redirected tap coordinate until the next tap.
 template <class InputT>
 class PaddedTaps {
  public:
@@ -63,8 +67,8 @@ class OutsideTaps : public PaddedTaps<InputT> {
   UT& read() { return *this->input.getPad().readOutside(this->input.getBlock(), this->sector, 2, this->index); }
 };
 
-/// Brings `taps` to each tap of `window` in turn, dimension 1 outer and dimension 0 inner, and calls
-/// `visit(n)` at tap number n.
+/// Moves `taps` to each tap of `window` in turn, dimension 1 outer and dimension 0 inner, and calls `visit(n)` at tap
+/// number n.
 template <class TapsT, class VisitT>
 inline void forEachTap(TapsT& taps, const TraversableBlock& window, VisitT&& visit) {
   const int width = window.getEnd().ptr[0] + 1, height = window.getEnd().ptr[1] + 1;

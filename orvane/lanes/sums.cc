@@ -11,13 +11,6 @@ namespace {
 
 int packedRowsFor(FilterExtents extents) { return std::min(extents.rows, mostPackedRows); }
 
-bool isComplexInput(Elements elements) {
-  return elements == Elements::complexReal || elements == Elements::complexComplex;
-}
-bool isComplexFilter(Elements elements) {
-  return elements == Elements::realComplex || elements == Elements::complexComplex;
-}
-
 /// Values of one packed tap: for complex input and filter re, -im, im.
 std::ptrdiff_t packedTapSize(Elements elements) {
   return elements == Elements::complexComplex ? 3 : elements == Elements::realComplex ? 2 : 1;

@@ -30,6 +30,13 @@ namespace BP::lanes {
 /// neighbouring values of `T`; pointers to it are pointers to its real part. The sum is complex if either is.
 enum class Elements { realReal, complexReal, realComplex, complexComplex };
 
+inline bool isComplexInput(Elements elements) {
+  return elements == Elements::complexReal || elements == Elements::complexComplex;
+}
+inline bool isComplexFilter(Elements elements) {
+  return elements == Elements::realComplex || elements == Elements::complexComplex;
+}
+
 /// Extents of a filter. A window of more than three dimensions has the product of the further ones as its planes.
 struct FilterExtents {
   int planes = 1;

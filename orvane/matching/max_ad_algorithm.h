@@ -17,8 +17,8 @@ namespace BP {
 ///
 ///     score = greatest of (a - t where a > t, else t - a)
 ///
-/// Complex elements and differences compare by squared magnitude, and the score is the complex difference that is kept;
-/// the first of equals stays. Booleans give 1 if any element disagrees, else 0. Scores have type YT.
+/// Complex elements and differences compare by squared magnitude. The score is the greatest complex difference, the
+/// first one of equals. Booleans give 1 if any element disagrees, else 0. Scores have type YT.
 template <class AllocT, class BlockT, class InputT, class YT, class UT>
 class MaxADAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT, YT, UT> {
  public:
@@ -51,7 +51,7 @@ class MaxADAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT, YT
   void takeDifference(YT& score, UT& a, HT& t) {
     orientedDifference(score, a, t);
   }
-  /// Fixed point casts both values into the accumulator's type ahead of the comparison.
+  /// Fixed point casts both values into the accumulator's type before the comparison.
   void takeDifference(Fixpt& score, Fixpt& a, Fixpt& t) {
     Fixpt &image = elementAt(imageValue.ptr, 0), &pattern = elementAt(templateValue.ptr, 0);
     image = a;

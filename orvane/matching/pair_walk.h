@@ -4,9 +4,9 @@
 
 namespace BP {
 
-/// Calls `take(a, t)` for each element t of a template and the image element a over it, the window's first image
-/// element having linear index `imageIndex`. The template is read forward, dimension 0 fastest; dimensions 0 and 1 are
-/// walked.
+/// Calls `take(a, t)` for each element t of a template and the image element a under it. The window's first image
+/// element has linear index `imageIndex`. The walk covers dimensions 0 and 1 and reads the template forward, dimension
+/// 0 fastest.
 template <class InputBlockT, class FilterBlockT, class TakeT>
 inline void forEachPair(const InputBlockT& image, const FilterBlockT& filter, int imageIndex, TakeT&& take) {
   auto* const u = image.getData().ptr;

@@ -76,7 +76,7 @@ void TemplateMatching<HT, UT, YT, AllocT>::setup(setupModeT mode) {
   if (passMode == TMModeBestMatchNeighborhood && mode != setupInvoke) yNeighborhood->setup(mode);
 }
 
-/// At the start the neighbourhood stands nowhere yet. The shape of the location is for hosts.
+/// Places the neighbourhood at 0 until the first pass has found a position. `locationShape` is for hosts.
 template <class HT, class UT, class YT, class AllocT>
 void TemplateMatching<HT, UT, YT, AllocT>::placeNeighborhood() {
   for (int d = 0; d < this->nDims && hasNeighborhood(); ++d) {
@@ -107,9 +107,9 @@ void TemplateMatching<HT, UT, YT, AllocT>::clearNeighborhood() {
   for (int i = 0; i < count; ++i) putZero(elementAt(host.yNeighborhoodData.ptr, i));
 }
 
-/// The order of these statements is kept with care: `passMode` stays as the last pass left it until the ROI has been
-/// looked at. So after a call with a neighbourhood the location is no longer zeroed on entry, and an empty ROI then
-/// leaves location and neighbourhood as the call before wrote them.
+/// The order of these statements matters. Until the ROI has been tested, `passMode` is what the last pass left. So
+/// after a call with a neighbourhood the next call does not zero the location first, and with an empty ROI it leaves
+/// location and neighbourhood as the call before wrote them.
 template <class HT, class UT, class YT, class AllocT>
 void TemplateMatching<HT, UT, YT, AllocT>::invoke() {
   const Region &support = this->scope->getFirst(), &wanted = this->scope->getSecond();

@@ -29,7 +29,7 @@ enum SearchMethodEnum : int {
   SearchMethodThreeStep = 1,   ///< a shrinking pattern of 3 by 3 positions
 };
 
-/// The handles of region of interest and results; all belong to the caller, who may rebind them between runs.
+/// The handles of region of interest and results. The caller owns them and may rebind them between runs.
 template <class YT>
 struct MatchingHandles {
   CleverPtr<int>& roiLoc;  ///< region of interest
@@ -44,24 +44,24 @@ struct MatchingHandles {
 /// Slides a template over an image and scores each position.
 ///
 /// A *position* is the image coordinate on which the template's anchor lies. The region of support (ROS) is the set of
-/// positions that the output mode allows, the region of interest (ROI) what the caller wants of them. Scores come from
-/// one of the metrics `SADAlgorithm`, `SSDAlgorithm`, `MaxADAlgorithm` or, for the two modes of convolution, from the
-/// sum of products with the template walked backwards. Where the template does not lie wholly in the image the score is
-/// 0.
+/// positions that the output mode allows. The region of interest (ROI) is the set that the caller asks for. Scores come
+/// from one of the metrics `SADAlgorithm`, `SSDAlgorithm`, `MaxADAlgorithm` or, for the two modes of convolution, from
+/// the sum of products with the template walked backwards. Where the template does not lie wholly in the image, the
+/// score is 0.
 ///
-/// The best match is the least score, whatever the metric; complex scores compare by squared magnitude; of equals the
-/// position visited first stays: inside positions before those at the edges, row by row. A NaN score stays if it came
-/// first, otherwise it is ignored.
+/// The best match is the least score, whatever the metric. Complex scores compare by squared magnitude. The first one
+/// visited of equal scores stays; inside positions come before those at the edges, row by row. A NaN score stays if it
+/// came first; otherwise it is ignored.
 ///
-/// The matching is two-dimensional; a rank above 2 is not supported, and nothing checks for it; with a lower one
-/// nothing is scored. HT, UT and YT are the element types of template, image and scores. Geometry, set-up and run are
-/// those of `WindowProcessor`. Nothing is checked or reported; an algorithm mode out of range builds a processor that
-/// does nothing. One thread at a time.
+/// The matching is two-dimensional. A rank above 2 is not supported, and nothing checks for it. A lower rank scores
+/// nothing. HT, UT and YT are the element types of template, image and scores. Geometry, set-up and run are those of
+/// `WindowProcessor`. Nothing is checked or reported; an algorithm mode out of range builds a processor that does
+/// nothing. One thread at a time.
 template <class HT, class UT, class YT, class AllocT>
 class ORVANE_API TemplateMatching : public WindowProcessor<AnyTemplateMatching, UT, YT, AllocT> {
  public:
-  /// `isHgtU` tells that the template exceeds the image in some dimension. With `roiEnabled` the positions are those in
-  /// both regions; with `roiValidEnabled` each call tells in `roiValid` whether the ROI lies wholly in the ROS.
+  /// `isHgtU` tells that the template exceeds the image in some dimension. With `roiEnabled` only positions in both
+  /// regions are scored. With `roiValidEnabled` each call writes to `roiValid` whether the ROI lies wholly in the ROS.
   TemplateMatching(AllocT* allocator, int nDims, CleverPtr<int>& hDims, bool isHgtU, CleverPtr<int>& uDims,
                    OutputModeEnum outputMode, AlgorithmModeEnum algorithmMode, TMModeEnum tmMode, bool roiEnabled,
                    bool roiValidEnabled, SearchMethodEnum searchMethod, CleverPtr<int>& hCentre, CleverPtr<HT>& h,
@@ -72,7 +72,7 @@ class ORVANE_API TemplateMatching : public WindowProcessor<AnyTemplateMatching, 
   void setup(setupModeT mode) override;
   void invoke() override;
 
-  /// Places template, image and neighbourhood, and works the region of support out.
+  /// Places template, image and neighbourhood, and computes the region of support.
   void initializeParameters();
 
   /// Called by the plan: has the kernel run one sector in the way of the present pass.

@@ -15,13 +15,13 @@ namespace BP {
 
 /// Front of template matching: what a host holds for one block.
 ///
-/// Metrics, positions and results are those of `TemplateMatching`; what the host gives and keeps, and the template's
-/// anchor, those of `WindowFront`; but the extents are first read at `setupStart`. The best position lies in the
-/// neighbourhood block as the anchor does in the template. The region of interest is one array: the start of each
-/// dimension, then the size of each. No score reads the pad value.
+/// Metrics, positions and results are those of `TemplateMatching`. `WindowFront` says what the host gives and keeps,
+/// and where the template's anchor is; but here the extents are first read at `setupStart`. The best position is the
+/// centre of the neighbourhood block, as the anchor is the centre of the template. The region of interest is one array:
+/// the start of each dimension, then the size of each. No score reads the pad value.
 ///
-/// HT, UT and YT are the element types of template, image and scores, a row of those that `TemplateMatching` knows. The
-/// `Fixpt` objects of scores given to `setup` become this object's too.
+/// HT, UT and YT are the element types of template, image and scores, one of the rows of `TemplateMatching`. This
+/// object also takes over the `Fixpt` objects of scores given to `setup`.
 template <class HT, class UT, class YT>
 class ORVANE_API TemplateMatchingTolk : public WindowFront<AnyTemplateMatching, UT, YT> {
   using Base = WindowFront<AnyTemplateMatching, UT, YT>;
@@ -41,7 +41,7 @@ class ORVANE_API TemplateMatchingTolk : public WindowFront<AnyTemplateMatching, 
                        const Handle& output, const Handle& filter);
   ~TemplateMatchingTolk() override;
 
-  /// Swaps template and pad value between runs; null leaves one as it is, the second argument has no use.
+  /// Swaps template and pad value between runs; null leaves one as it is. The second argument is not used.
   void tune(void* first, void* second, void* third) override;
   /// Swaps image and template, in this order, between runs; null leaves one as it is.
   void updateInputPointers(void* first, void* second) override;

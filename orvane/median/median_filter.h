@@ -15,8 +15,9 @@ namespace BP {
 ///
 /// with p the position of the window's centre and hLoc minus the centre's index; see `MedianFilterAlgorithm` for even
 /// windows, `bool` and NaN. The window has extents and no coefficients. Modes, pads, arrays and ownership are those of
-/// `WindowProcessor`. The store of the window's values is sized at `setupAttachWork` only: start with the largest
-/// window; while the window is larger than the store, a run leaves the output alone.
+/// `WindowProcessor`. With more than two dimensions only the window's first plane counts. The store of the window's
+/// values is sized at `setupAttachWork` only, so start with the largest window. A run with a window larger than the
+/// store leaves the output as it was.
 ///
 /// UT and YT are the element types of input and output: both `double`, `float`, `bool` or `Fixpt`. A pad type out of
 /// range builds a processor that does nothing.
@@ -30,7 +31,7 @@ class ORVANE_API MedianFilter : public WindowProcessor<AnyCorrelation, UT, YT, A
                CleverPtr<YT>& y, const Region* regionOfInterest = nullptr);
 };
 
-/// Declares, or with nothing in front defines, a class template for the four pairs of input and output.
+/// Applies a macro to the four pairs of input and output elements.
 #define ORVANE_FOR_MEDIAN_PAIRS(APPLY) \
   APPLY(double, double)                \
   APPLY(float, float)                  \

@@ -25,13 +25,14 @@ namespace BP {
 ///              fixed point     (lower + upper) >> 1, summed in the type "accumulator" and rounded by its mode
 ///     bool     true if at least half of the values are: a tie gives true
 ///
-/// UT and YT are the element types of input and output, equal ones. The window covers dimensions 0 and 1. -0 and 0
-/// compare as equal: which of them is the middle one depends on the order of the values. A window that holds NaN gives
-/// one of its values, or the mean of two, of no certain rank, but the same one on every machine.
+/// UT and YT are the element types of input and output, equal ones. The window covers dimensions 0 and 1. With more
+/// than two dimensions n counts the elements of the walked plane only. -0 and 0 compare as equal: which of them is the
+/// middle one depends on the order of the values. A window that holds NaN gives one of its values, or the mean of two;
+/// their rank is not specified, but the result is the same on every machine.
 ///
-/// The store of the values is sized once, at `setupAttachWork`, for the window of then. A window that has outgrown it
-/// is not computed, nor is one without elements, of which there is no median (but of `bool`, which needs no store: no
-/// value at all is a tie).
+/// The store of the values is sized once, at `setupAttachWork`, for all elements that the window has at that time. A
+/// window that is larger than the store, or has no elements, is not computed, and the output stays as it was. `bool`
+/// needs no store and is always computed; a window without elements is a tie.
 template <class AllocT, class InputT, class YT, class UT>
 class MedianFilterAlgorithm : public DistanceMetricAlgorithm<AllocT, TraversableBlock, InputT, YT, UT> {
  public:
@@ -53,7 +54,7 @@ class MedianFilterAlgorithm : public DistanceMetricAlgorithm<AllocT, Traversable
     }
   }
 
-  /// Whether the window is one that can be computed; if not, kernels leave the output alone.
+  /// Whether the window can be computed. If not, kernels do not change the output.
   bool canRun() const {
     if constexpr (isCounting) return true;
     const std::int64_t n = count();
@@ -77,7 +78,7 @@ class MedianFilterAlgorithm : public DistanceMetricAlgorithm<AllocT, Traversable
  private:
   static constexpr bool isCounting = std::is_same_v<UT, bool>;
 
-  /// Number of values in the window as it is walked.
+  /// Number of values in the walked plane of the window.
   std::int64_t count() const {
     const int* end = this->filter->getEnd().ptr;
     const std::int64_t width = std::max(end[0] + 1, 0), height = std::max(end[1] + 1, 0);

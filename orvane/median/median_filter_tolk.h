@@ -11,12 +11,12 @@ namespace BP {
 
 /// Front of the median filter: what a host holds for one block.
 ///
-/// The median, edges and extents are those of `MedianFilter`; what the host gives and keeps, and the window's centre,
-/// those of `WindowFront`. Of the window the host gives extents only.
+/// The median, edges and extents are those of `MedianFilter`. `WindowFront` says what the host gives and keeps, and
+/// where the window's centre is. The host gives only the extents of the window.
 ///
-/// With sizes that vary, the window must hold its largest extents when `setup` starts the block (or at a
-/// `setup(setupAttachWork)`): the store of its values is sized then and never again. Smaller windows are welcome at any
-/// time. A run with a window of more elements than the store holds computes nothing and leaves the output as it was.
+/// If sizes vary, the window must have its largest extents when `setup` starts the block (or at a
+/// `setup(setupAttachWork)`), because the store of its values is sized only then. Later windows may be smaller. A run
+/// with a window of more elements than the store holds computes nothing and leaves the output as it was.
 ///
 /// UT and YT are the element types of input and output: both `double`, `float`, `bool` or `Fixpt`.
 template <class UT, class YT>
@@ -28,7 +28,7 @@ class ORVANE_API MedianFilterTolk : public WindowFront<AnyCorrelation, UT, YT> {
 
   MedianFilterTolk(brekk::BrekkAdaptorTolk* adaptor, int hNumDims, int* hDims, int uNumDims, int* uDims,
                    PadTypeEnum padType, OutputModeEnum outputMode, bool isVarSize);
-  /// With the fixed-point types of the three roles; sums of two middle values are formed in that of `accumulator`.
+  /// With the fixed-point types of the three roles; the two middle values are added in that of `accumulator`.
   MedianFilterTolk(brekk::BrekkAdaptorTolk* adaptor, int hNumDims, int* hDims, int uNumDims, int* uDims,
                    PadTypeEnum padType, OutputModeEnum outputMode, bool isVarSize, const Handle& input,
                    const Handle& output, const Handle& accumulator);

@@ -11,11 +11,11 @@ namespace BP {
 /// Elements are of type T, fixed point of the role "input". The order of comparisons and swaps is fixed, since it
 /// decides which of several equal values, such as zeros of both signs, ends where.
 ///
-/// The scans of a partition run without a bound: the pivot, at hi - 1, stops the one that goes up, and a[lo] the one
-/// that goes down, since the median of three leaves no a[lo] > pivot. That holds for NaN too, which is neither greater
-/// nor less than anything: the first step leaves no a[lo] > a[mid]; the second lowers a[lo] at most and leaves no
-/// a[lo] > a[hi]; the third at most brings that a[hi] to the middle. So NaN never leads outside the values and each
-/// partition leaves less to look at; only the rank of what comes out is then meaningless.
+/// The scans of a partition need no bound. The pivot, at hi - 1, stops the upward scan. a[lo] stops the downward scan,
+/// because the median of three never leaves a[lo] > pivot. This also holds with NaN, which is neither greater nor less
+/// than anything. After the first step, a[lo] > a[mid] is false. The second step can only lower a[lo], and after it
+/// a[lo] > a[hi] is false. The third step can only move that a[hi] to the middle. So scans stay within the values even
+/// with NaN, and each partition leaves fewer values. Only the rank of the result is then meaningless.
 template <class T>
 class SelectionWindow {
  public:
@@ -28,10 +28,10 @@ class SelectionWindow {
   }
 
   int getCapacity() const { return capacity; }
-  /// Value `i`; for fixed point good until the next access.
+  /// Value `i`. For fixed point the reference is valid until the next access.
   T& at(int i) { return elementAt(values.ptr, i); }
 
-  /// Brings to place `k` of the first `n` values the one that a sort would put there; n >= 1, 0 <= k < n.
+  /// Moves to place `k` of the first `n` values the one that a sort would put there; n >= 1, 0 <= k < n.
   void select(int k, int n) {
     int lo = 0, hi = n - 1;
     if (hi >= 2) {
@@ -51,7 +51,7 @@ class SelectionWindow {
     if (isGreaterElement(values.ptr, i, j, swapPair.ptr)) swap(i, j);
   }
 
-  /// Orders a[lo], a[mid] and a[hi], and takes the middle one for the pivot, at hi - 1.
+  /// Orders a[lo], a[mid] and a[hi], and puts the middle one at hi - 1 as the pivot.
   void medianOfThree(int lo, int hi) {
     const int mid = (lo + hi) >> 1;
     orderPair(lo, mid);
@@ -61,7 +61,7 @@ class SelectionWindow {
     assign(elementAt(pivot.ptr, 0), at(hi - 1));
   }
 
-  /// Brings values below the pivot to its left and those above to its right; returns its place. Equal values stop both
+  /// Moves values below the pivot to its left and those above to its right. Returns its place. Equal values stop both
   /// scans, which keeps the two sides balanced where many values are equal.
   int partition(int lo, int hi) {
     const T& middle = elementAt(pivot.ptr, 0);

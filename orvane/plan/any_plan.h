@@ -8,7 +8,7 @@ namespace BP {
 class Block;
 class Region;
 
-/// A plan as regions see it: something whose output they fit.
+/// A plan as regions know it: they fit its output.
 class ORVANE_API AnyPlan {
  public:
   AnyPlan() = default;
@@ -22,7 +22,7 @@ class ORVANE_API AnyPlan {
   virtual void restrictNone(AnyPlan& plan, const Region& second) = 0;
   /// Gives the output the extent and the place of `block`.
   virtual void restrictByBlock(const Block& block, const void* unused) = 0;
-  /// Gives the output the extent and the place of the meeting of two blocks.
+  /// Gives the output the extent and the place of the intersection of two blocks.
   virtual void restrictByBlocks(const Block& firstBlock, const Block& secondBlock) = 0;
 };
 

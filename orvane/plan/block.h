@@ -12,12 +12,12 @@
 ///
 ///     origin + loc + i
 ///
-/// of that frame. Tables of extents and places are arrays of 32-bit integers with an entry per dimension. They belong
-/// to the maker of the block, which refers to the maker's handles: a table that is rewritten or rebound moves every
-/// block that refers to it. Nothing is checked. Dimension 0 is contiguous in memory.
+/// of that frame. Tables of extents and places are arrays of 32-bit integers with an entry per dimension. The maker of
+/// a block owns them, and the block refers to the maker's handles. A table that is rewritten or rebound therefore moves
+/// every block that refers to it. Nothing is checked. Dimension 0 is contiguous in memory.
 namespace BP {
 
-/// The shape of something, and its place.
+/// An extent and a place in each dimension.
 class ORVANE_API Block {
  public:
   /// `rank` entries in each table.
@@ -53,7 +53,7 @@ class ORVANE_API Traversable {
   CleverPtr<int>& end;
 };
 
-/// A shape with a range in it.
+/// A block with an index range.
 class ORVANE_API TraversableBlock : public Block, public Traversable {
  public:
   TraversableBlock(int rank, CleverPtr<int>& extents, CleverPtr<int>& originTable, CleverPtr<int>& locTable,
@@ -61,17 +61,18 @@ class ORVANE_API TraversableBlock : public Block, public Traversable {
       : Block(rank, extents, originTable, locTable), Traversable(first, last) {}
   ~TraversableBlock() override;
 
-  /// Lets the range be the whole block: from `loc` to `loc` + extent - 1.
+  /// Sets the range to the whole block: from `loc` to `loc` + extent - 1.
   void traverseWhole();
 };
 
 /// strides[0] = 1, strides[d] = strides[d-1] * dims[d-1]; returns the product of all extents, 0 without dimensions.
 ORVANE_API int computeStrides(int numDims, const int* dims, int* strides);
 
-/// Product of the extents; 0 if one is below 1 or there is none, 2^31 if it is that or more: no array has so many.
+/// Product of the extents; 0 if an extent is below 1 or there is none. The result is at most 2^31, more than any array
+/// has.
 ORVANE_API std::int64_t elementCount(int numDims, const int* dims);
 
-/// The elements of a block of type T, and the steps in memory between them.
+/// The elements of a block, of type T, and their strides in memory.
 template <class T, class Alloc>
 class ElementStore {
  public:
@@ -96,7 +97,7 @@ class ElementStore {
   CleverPtr<T>& data;
 };
 
-/// A shape with elements.
+/// A block with elements.
 template <class T, class Alloc>
 class DataBlock : public Block, public ElementStore<T, Alloc> {
  public:
@@ -107,7 +108,7 @@ class DataBlock : public Block, public ElementStore<T, Alloc> {
   void computeStrides() { this->layOut(*this); }
 };
 
-/// A shape with elements and a range.
+/// A block with elements and an index range.
 template <class T, class Alloc>
 class TraversableDataBlock : public TraversableBlock, public ElementStore<T, Alloc> {
  public:
@@ -119,14 +120,14 @@ class TraversableDataBlock : public TraversableBlock, public ElementStore<T, All
   void computeStrides() { this->layOut(*this); }
 };
 
-/// Place in memory of the element with index vector `index`, of which the first `numDims` entries count.
+/// Linear index of the element with index vector `index`, of which the first `numDims` entries are used.
 inline int linearIndex(const int* strides, int numDims, const int* index) {
   int linear = 0;
   for (int d = 0; d < numDims; ++d) linear += strides[d] * index[d];
   return linear;
 }
 
-/// Place in memory of the element of `block` with index vector `index`; 0 for a block without dimensions.
+/// Linear index of the element of `block` with index vector `index`; 0 for a block without dimensions.
 template <class DataBlockT>
 int linearIndex(const DataBlockT& block, const CleverPtr<int>& index) {
   return linearIndex(block.getStrides().ptr, block.getNumDims(), index.ptr);

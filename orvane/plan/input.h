@@ -25,17 +25,17 @@ class ORVANE_API AnyInput {
   virtual UT* padValueAt(int i) = 0;
   /// The store of the pad value, through which a processor sets it.
   virtual CleverPtr<UT>& padValues() = 0;
-  /// Sets element `i` of the value that reads beyond the edge yield, if it is one fixed value.
+  /// Sets element `i` of the pad value, if the pad is constant.
   virtual void setPadValueAt(int i, const UT& v) = 0;
-  /// The same for element 0, taken from element 0 of `v`.
+  /// Sets element 0 of the pad value to element 0 of `v`, if the pad is constant.
   virtual void setPadValue(const CleverPtr<UT>& v) = 0;
 };
 
 /// View of the array that is filtered; elements UT, for a processor with output elements YT.
 ///
-/// It keeps the range of valid indices and two one-element stores for padding: the pad value, and the pad output, which
-/// an output takes when its whole window lies beyond the input. This class itself never pads; `PadExtendedInput` does.
-/// The range is set at `setupResize` and `setupStart` and stays. Data and tables belong to the maker.
+/// It keeps the range of valid indices and two stores of one element for padding: the pad value, and the pad output,
+/// which is the value of an output whose whole window lies beyond the input. This class itself never pads;
+/// `PadExtendedInput` does. `setupResize` and `setupStart` set the range. The maker owns data and tables.
 template <class UT, class YT, class AllocT>
 class ORVANE_API Input : public AnyInput<UT> {
  public:
@@ -51,7 +51,7 @@ class ORVANE_API Input : public AnyInput<UT> {
   void setPadValueAt(int /*i*/, const UT& /*v*/) override {}
   void setPadValue(const CleverPtr<UT>& /*v*/) override {}
 
-  /// At `setupResize` and `setupStart`, works out range, strides and element counts.
+  /// At `setupResize` and `setupStart`, computes range, strides and element counts.
   void setup(setupModeT mode);
 
   TraversableDataBlock<UT, AllocT>& getBlock() const { return *block; }

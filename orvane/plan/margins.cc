@@ -13,15 +13,15 @@ DimensionSections sectionsOf(const DimensionGeometry& g) {
   }
   const auto clamp = [&](int count) { return std::clamp(count, 0, g.outputExtent); };
 
-  // Outputs before the input's first element and behind its last, were the window one element wide.
+  // Numbers of outputs before the input's first element and behind its last one, for a window of one element.
   const int before = g.inputOrigin - g.outputOrigin;
   const int behind = g.outputEnd - g.inputEnd + g.outputOrigin;
   const int filterReach = g.filterLoc + g.filterEnd;  // the window's last element, relative to the position
 
   const int lowOut = clamp(before - filterReach);   // the window's last element lies below the input
-  const int lowAll = clamp(before - g.filterLoc);   // its first element does
+  const int lowAll = clamp(before - g.filterLoc);   // the window's first element lies below the input
   const int highOut = clamp(behind + g.filterLoc);  // counted from the top: the first element lies above the input
-  const int highAll = clamp(behind + filterReach);  // the last element does
+  const int highAll = clamp(behind + filterReach);  // the last element lies above the input
 
   const int lowStart = g.outputOrigin + lowOut;
   int lowWidth = lowAll - lowOut;

@@ -5,8 +5,8 @@
 
 namespace BP {
 
-/// The sections of a dimension: runs of output positions over which the window meets the input's edges alike.
-/// The codes run by how far processing must reach: 0 for the inside, 0 to 2 for boundaries, 0 to 4 for everything.
+/// The sections of a dimension: ranges of output positions at which the window meets the input's edges in the same way.
+/// A farther reach of processing needs more codes: 0 for the inside, 0 to 2 for boundaries, 0 to 4 for everything.
 ///
 ///     position     low --------------------------------------------------> high
 ///     section      LowOutside   LowBoundary   Centre   HighBoundary   HighOutside
@@ -18,8 +18,8 @@ namespace BP {
 ///                                                           [---]
 ///     input              |______________________________|
 ///
-/// Where the window is wider than the input, the two boundary runs overlap, and their overlap, in which the window
-/// crosses both edges, takes the place of the centre.
+/// Where the window is wider than the input, the two boundary ranges overlap. The window crosses both edges in the
+/// overlap, which takes the place of the centre.
 enum SectionCode : int {
   SectionCentre = 0,
   SectionLowBoundary = 1,
@@ -47,10 +47,10 @@ struct DimensionSections {
   bool overlap;  ///< low and high boundary overlap: the centre crosses both edges
 };
 
-/// Cuts the output of a dimension into its sections, which tile it. An output extent below 1 has five empty ones.
+/// Cuts the output of a dimension into its sections, which tile it. An output extent below 1 gives five empty sections.
 ORVANE_API DimensionSections sectionsOf(const DimensionGeometry& geometry);
 
-/// One section in every dimension, as tables of the plan's.
+/// One section in every dimension. The plan owns the tables.
 class ORVANE_API Margins {
  public:
   Margins(CleverPtr<int>& widthTable, CleverPtr<int>& locTable) : width(&widthTable), loc(&locTable) {}

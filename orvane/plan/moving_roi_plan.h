@@ -7,10 +7,10 @@
 
 namespace BP {
 
-/// The plan of the host's processors: nothing is kept between runs but the tables in the host's work vectors.
+/// The plan of processors with a host. It keeps nothing between runs except the tables in the host's work vectors.
 ///
-/// The region of support may move from run to run, so margins are worked out anew on every run. One sector object of
-/// each kind is filled for each candidate in turn, and is run before the next one overwrites it.
+/// The region of support may move from run to run, so every run computes the margins again. There is one sector object
+/// of each kind. It is filled for each candidate in turn, and is run before the next candidate overwrites it.
 template <class U, class Y, class Alloc>
 class MovingROIPlan : public Plan<U, Y, Alloc> {
  public:

@@ -18,8 +18,8 @@ class ORVANE_API AnyOutput {
 
 /// View of the array that is written; elements YT.
 ///
-/// Its range of indices is set anew on every run, since the plan may move the output; its strides at `setupResize` and
-/// `setupStart`. Data and tables belong to the maker.
+/// Every run sets its range of indices, because the plan may move the output. `setupResize` and `setupStart` set its
+/// strides. The maker owns data and tables.
 template <class YT, class AllocT>
 class ORVANE_API Output final : public AnyOutput {
  public:

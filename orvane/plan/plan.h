@@ -14,15 +14,15 @@
 
 namespace BP {
 
-/// Cuts the output of a filter into sectors and hands these out in a fixed order: inside, boundary, outside.
+/// Cuts the output of a filter into sectors and gives them out in a fixed order: inside, boundary, outside.
 ///
-/// Each dimension has five sections (see margins.h); a sector is one choice of section per dimension. Sectors in which
-/// an outside section meets a boundary section are boundary sectors if the pad's values come from the input, since a
-/// window there still reads it, and outside sectors if the pad is one value. The plan also fits the output's extent
-/// and place to the scope's two regions. Geometry that leaves no position yields no sector; nothing is reported.
+/// Each dimension has five sections (see margins.h); a sector is one choice of section per dimension. A sector with
+/// both outside and boundary sections is a boundary sector if the pad's values come from the input, because its windows
+/// still read the input. With a constant pad it is an outside sector. The plan also fits the output's extent and place
+/// to the scope's two regions. Geometry that leaves no position yields no sector and no message.
 ///
-/// U and Y are the element types of input and output, which the work behind, `PlanGeometry`, does not know. All
-/// arguments belong to the maker. Without an input there is no sector.
+/// U and Y are the element types of input and output. `PlanGeometry` does the work and does not depend on them. The
+/// maker owns all arguments. Without an input there is no sector.
 template <class U, class Y, class Alloc>
 class Plan : public AnyPlan {
  public:
@@ -51,8 +51,8 @@ class Plan : public AnyPlan {
   virtual BoundarySector& getBoundarySector(int index) = 0;
   virtual OutsideSector& getOutsideSector(int index) = 0;
 
-  /// Fills every sector in turn and has `processor` run it, by `runSector(sector)` for the sector's class, before the
-  /// next is filled. With null the sectors are filled and counted.
+  /// Fills one sector after the other. Before it fills the next it calls `processor->runSector(sector)`, with the
+  /// sector's own class. With null the sectors are only filled and counted.
   template <class ProcessorT>
   void forEachSector(ProcessorT* processor);
   void forEachSector(std::nullptr_t) { forEachSector(static_cast<NoProcessor*>(nullptr)); }
@@ -87,7 +87,7 @@ class Plan : public AnyPlan {
     void runSector(SectorT&) {}
   };
 
-  /// The plan's own sector objects, run by a processor.
+  /// Gives out the plan's own sector objects and has a processor run them.
   template <class ProcessorT>
   class ProcessorSink final : public SectorSink {
    public:

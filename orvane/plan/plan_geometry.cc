@@ -8,7 +8,7 @@ namespace BP {
 
 namespace {
 
-/// base^exponent by repeated squaring; the greatest `int` where that does not hold it.
+/// base^exponent by repeated squaring, at most the greatest `int`.
 int power(double base, int exponent) {
   double result = 1;
   for (; exponent > 0; exponent >>= 1, base *= base) {
@@ -17,7 +17,7 @@ int power(double base, int exponent) {
   return static_cast<int>(std::min<double>(result, std::numeric_limits<int>::max()));
 }
 
-/// a + b * c; the greatest `int` where that does not hold it.
+/// a + b * c, at most the greatest `int`.
 int saturatedSum(int a, int b, int c) {
   const auto sum = static_cast<std::int64_t>(a) + static_cast<std::int64_t>(b) * c;
   return static_cast<int>(std::min<std::int64_t>(sum, std::numeric_limits<int>::max()));
@@ -114,7 +114,7 @@ void PlanGeometry::computeCapacities() {
   outsideCapacity = outside;
 }
 
-/// Whether a window would have to take its values from an input that has none.
+/// Whether the pad would read an input that has no elements.
 bool PlanGeometry::readsEmptyInput(const Block& u) const {
   const int* uDims = u.getDims().ptr;
   return padUsesData && std::any_of(uDims, uDims + numDims, [](int extent) { return extent < 1; });

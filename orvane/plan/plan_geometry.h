@@ -10,7 +10,7 @@
 
 namespace BP {
 
-/// The most sectors that an N-dimensional plan of a given kind can have.
+/// Numbers of sectors of an N-dimensional plan for which there is room.
 struct SectorCapacities {
   int boundary;
   int outside;
@@ -22,25 +22,26 @@ struct SectorKinds {
   bool boundary;
   bool outside;
   bool padUsesData;  ///< reads beyond the edge yield elements of the input
-  bool all;          ///< room for every kind, whatever the others say
+  bool all;          ///< room for every kind, whatever the other flags are
 };
 
-/// 3^N boundary combinations, those of them mixed with outside sections, and the rest of 5^N.
+/// 3^N combinations of boundary and centre sections, N 2^N mixed ones if these are boundary sectors, and for outside
+/// sectors the rest of all 5^N. The all-centre combination is left out where it is the inside sector.
 ORVANE_API SectorCapacities capacitiesOf(int numDims, const SectorKinds& kinds);
 
-/// The most candidates that the generators of these kinds can turn out, whether or not the filter exceeds the input:
-/// 3^N boundary combinations, 3^N outside ones, and N 2^N mixed ones with the one or the other. No plan has more
-/// sectors; it can have more of a kind than its capacity says.
+/// The most candidates that the generators of these kinds can produce, also if the filter exceeds the input: 3^N
+/// boundary combinations, 3^N outside ones, and N 2^N mixed ones, which count as the one or the other. No plan has more
+/// sectors of a kind than this. It can have more than its capacity says.
 ORVANE_API SectorCapacities candidatesOf(int numDims, const SectorKinds& kinds);
 
 /// Gives `y` the extent and the place of `block`.
 ORVANE_API void fitToBlock(TraversableBlock& y, const Block& block);
 
-/// Gives `y` the extent and the place of the meeting of two blocks; where they do not meet, an extent below 1 and the
-/// place of the second.
+/// Gives `y` the extent and the place of the intersection of two blocks. If they do not intersect, `y` gets an extent
+/// below 1 and the place of the second.
 ORVANE_API void fitToBlocks(TraversableBlock& y, const Block& first, const Block& second);
 
-/// Where a plan gets sector objects from, and what becomes of the filled ones.
+/// Provides a plan with sector objects, and runs the filled ones.
 class ORVANE_API SectorSink {
  public:
   SectorSink() = default;
@@ -55,7 +56,8 @@ class ORVANE_API SectorSink {
   virtual void run(OutsideSector& sector) = 0;
 };
 
-/// The part of a plan that knows no element types: the sections of each dimension, and the sectors made of them.
+/// The part of a plan that does not depend on element types: the sections of each dimension, and the sectors made of
+/// them.
 ///
 /// `Plan` gives it the blocks of filter, input and output, and binds its tables.
 class ORVANE_API PlanGeometry {
@@ -66,16 +68,17 @@ class ORVANE_API PlanGeometry {
 
   /// Points the tables of sections 1 to 4 at their slices of those of section 0.
   void linkTables();
-  /// Begins a new planning: compares the filter with the input, and forgets where both edges are crossed.
+  /// The first step of planning: compares the filter with the input, and clears the marks of dimensions in which
+  /// windows cross both edges.
   void compareExtents(const Block& u);
   /// Cuts each dimension of output `y` into its sections.
   void computeMargins(const TraversableBlock& u, const TraversableBlock& y);
   /// Decides which kinds of sector are wanted for the reach of a scope.
   void chooseKinds(int reach);
   void computeCapacities();
-  /// Forgets the sectors that were counted.
+  /// Sets the counts of sectors to 0.
   void resetCounts();
-  /// Fills every sector in turn, counts it, and has `sink` run it before the next is filled.
+  /// Fills one sector after the other, counts it, and has `sink` run it before it fills the next.
   void generate(SectorSink& sink);
 
   SectorKinds getKinds() const { return {hasInside, hasBoundary, hasOutside, padUsesData, allocateAll}; }

@@ -6,7 +6,8 @@ namespace BP {
 
 namespace {
 
-/// Whether `inner` lies within `outer`, edges included; `loc` alone says where a region's block lies.
+/// Whether `inner` lies within `outer`, edges included. The place of a region's block is `loc` alone, without the
+/// origin.
 bool liesWithin(const Block& inner, const Block& outer) {
   bool within = true;
   for (int d = 0; d < inner.getNumDims(); ++d) {

@@ -4,10 +4,10 @@
 #include "orvane/plan/block.h"
 #include "orvane/platform/export.h"
 
-/// Where outputs may be produced.
+/// Regions: sets of positions at which outputs may be produced.
 ///
-/// A scope pairs two regions, and the plan asks the first to fit its output together with the second. Two hops of
-/// virtual dispatch then end in the one operation of the plan that serves the two kinds:
+/// A scope has two regions, and the plan asks the first one to fit the output to both. Two virtual calls, one of each
+/// region, then select the plan's operation for the two kinds:
 ///
 ///     first         second        plan operation
 ///     unrestricted  unrestricted  restrictNone
@@ -26,11 +26,11 @@ class ORVANE_API Region {
   Region& operator=(const Region&) = delete;
   virtual ~Region();
 
-  /// Second hop, behind an unrestricted first region; `second` is this region.
+  /// The second call, after an unrestricted first region. `second` is this region.
   virtual void restrictAfterUnrestricted(AnyPlan& plan, const Region& second) const;
-  /// Second hop, behind a first region that is `firstBlock`.
+  /// The second call, after a first region with the block `firstBlock`.
   virtual void restrictAfterRestricted(AnyPlan& plan, const Block& firstBlock) const;
-  /// First hop: fits the output of `plan` to this region and `second`.
+  /// The first call: fits the output of `plan` to this region and `second`.
   virtual void restrict(AnyPlan& plan, const Region& second) const;
   /// Whether all of `block` lies in this region.
   virtual bool containsBlock(const Block& block) const = 0;
@@ -41,7 +41,7 @@ class ORVANE_API Region {
   virtual bool isWithinRegion(const Region& other) const = 0;
 };
 
-/// One rectangle: extents `dims` at place `loc`, tables of the maker's that may be rewritten at any time.
+/// One rectangle, with extents `dims` at place `loc`. The maker owns both tables and may rewrite them at any time.
 class ORVANE_API RestrictedRegion : public Region {
  public:
   RestrictedRegion(int numDims, CleverPtr<int>& dims, CleverPtr<int>& loc);

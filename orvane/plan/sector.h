@@ -4,9 +4,9 @@
 #include "orvane/core/enums.h"
 #include "orvane/platform/export.h"
 
-/// Sectors: rectangles of output positions over which the window behaves the same way.
+/// Sectors: rectangles of output positions at which the window meets the same edges.
 ///
-/// The tables behind a sector belong to the plan. A kernel receives non-empty sectors only, and must not keep them.
+/// The plan owns a sector's tables. A kernel receives non-empty sectors only, and must not keep them.
 namespace BP {
 
 /// A rectangle of output positions; `start` and `end` are absolute and inclusive.
@@ -39,9 +39,9 @@ class ORVANE_API InsideSector : public Sector {
   using Sector::Sector;
 };
 
-/// A sector with the dimensions in which its windows leave the input: `preEdge` lists those where they can fall below
-/// the first element, `postEdge` those where they can pass the last one, both in ascending order. Where a window is
-/// wider than the input, its dimension stands in both.
+/// A sector whose windows can leave the input. `preEdge` lists the dimensions in which they can begin before the first
+/// element, `postEdge` those in which they can end behind the last one, both in ascending order. A dimension in which
+/// the window is wider than the input can be in both lists.
 class ORVANE_API OuterSector : public Sector {
  public:
   OuterSector(int rank, CleverPtr<int>& first, CleverPtr<int>& last, CleverPtr<int>& preEdges,

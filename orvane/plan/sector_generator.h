@@ -9,10 +9,10 @@ namespace BP {
 
 class Margins;
 
-/// The odometer that turns out the section combinations of one kind of sector, dimension 0 fastest.
+/// An odometer over the section combinations of one kind of sector; dimension 0 changes fastest.
 ///
-/// A combination is one section per dimension, read from the counters through a table. All four kinds are the same
-/// odometer with other numbers:
+/// A combination has one section per dimension: the entry of a table at the dimension's counter. The four kinds differ
+/// only in these numbers:
 ///
 ///     kind      table       counters start at                     step  carry at  reset to
 ///     inside    0 1 2 3 4   all 0                                  -     -         -        (one combination)
@@ -22,17 +22,18 @@ class Margins;
 class ORVANE_API SectorGenerator {
  public:
   static SectorGenerator inside(int numDims);
-  /// `withCentre`: begin with the combination of all centres, for a filter that exceeds the input.
+  /// `withCentre` begins with the combination of all centres, for a filter that exceeds the input.
   static SectorGenerator boundary(int numDims, bool withCentre);
   static SectorGenerator outside(int numDims);
-  /// One pass for each dimension, outside sections in that one and boundary sections in all others; `startPass` first.
+  /// One pass for each dimension, with outside sections in that one and boundary sections in all others. Call
+  /// `startPass` before each pass.
   static SectorGenerator mixed(int numDims);
   /// Begins the mixed pass of dimension `k`.
   void startPass(int k);
 
   /// Section code of dimension `d` in the present combination.
   int section(int d) const;
-  /// Goes to the next combination; false when there is none.
+  /// Goes to the next combination. Returns false if there is none.
   bool next();
 
  private:
@@ -45,11 +46,12 @@ class ORVANE_API SectorGenerator {
   int carry;
 };
 
-/// Writes the rectangle of the generator's present combination into `sector`; false, and nothing written, if it has
-/// no position. `margins` points to the first of five, one for each section code.
+/// Writes the rectangle of the generator's present combination into `sector`. Returns false, and writes nothing, if it
+/// has no position. `margins` points to the first of five, one for each section code.
 ORVANE_API bool fillSector(Sector& sector, const SectorGenerator& generator, const Margins* margins);
 
-/// The same with the edge lists; `overlaps[d]` tells where a centre section crosses both edges.
+/// The same with the edge lists. `overlaps[d]` tells that windows of the centre section cross both edges of dimension
+/// d.
 ORVANE_API bool fillSector(OuterSector& sector, const SectorGenerator& generator, const Margins* margins,
                            const bool* overlaps);
 

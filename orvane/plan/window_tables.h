@@ -10,9 +10,9 @@ namespace BP {
 
 /// The tables of a processor that slides a window `h` over an input `u` into an output `y`, an entry per dimension.
 ///
-/// They say where the three lie in the frame whose zero is the input's first element (see block.h), and which
-/// positions of the window's centre have an output: the region of support, `ros`. `y1` is the scratch output of one
-/// element. Extents of window and input, and the window's centre, belong to the processor's maker.
+/// They say where the three lie in the frame whose zero is the input's first element (see block.h), and which positions
+/// of the window's centre have an output: the region of support, `ros`. `y1` is the scratch output of one element. The
+/// processor's maker owns the extents of window and input, and the window's centre.
 struct ORVANE_API WindowTables {
   CleverPtr<int> rosLoc, rosDims;
   CleverPtr<int> hOrigin, hLoc, hStart, hEnd;
@@ -43,13 +43,14 @@ struct ORVANE_API WindowTables {
     make(y1Dims, "y1Dims");
   }
 
-  /// Window, input and scratch output at their places: the window's centre on the position, all else at 0.
+  /// Places window, input and scratch output: the window's centre on the position, all else at 0.
   void place(int nDims, const CleverPtr<int>& hCentre);
   /// hStart := 0, hEnd := hStart + hDims - 1.
   void computeHStart(int nDims);
   void computeHEnd(int nDims, const CleverPtr<int>& hDims);
 
-  /// The region of support of an output mode; any other value leaves it as it is. With t = uLoc - hLoc, the centre:
+  /// Computes the region of support of an output mode; any other value does not change it. With t = uLoc - hLoc, the
+  /// centre:
   ///
   ///     valid  starts at t             extent u - h + 1   the window lies wholly in the input
   ///     same   starts at uLoc          extent u           the centre lies on each input element

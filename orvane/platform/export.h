@@ -1,4 +1,4 @@
 #pragma once
 
-/// Marks what a shared library of this project shows to its users; everything else stays hidden.
+/// Marks a class or function that a shared library of this project exports. Everything else stays hidden.
 #define ORVANE_API __attribute__((visibility("default")))

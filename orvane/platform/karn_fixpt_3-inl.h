@@ -4,30 +4,31 @@
 #include <bit>
 #include <cstring>
 
-#include "orvane/platform/karn_fixpt_3.h"
+#include "orvane/platform/karn_fixpt_3_value.h"
 
-/// The operations on narrow values, which take a few nanoseconds; everything else leaves through a function call.
+/// The operations on narrow values take a few nanoseconds; everything else leaves through a function call.
+///
+/// They must be inlined. The compiler would otherwise choose calls, since they have many users, and a call into a
+/// shared library goes through a table.
 namespace KarnDSPFixpt {
 
 static_assert(std::endian::native == std::endian::little, "components are written by their low bytes");
 
-inline std::int64_t Fixpt::loadNarrow(int component) const {
-  const auto read = [this, component]<class T>(T v) {
-    std::memcpy(&v, values_ + static_cast<std::ptrdiff_t>(component) * static_cast<std::ptrdiff_t>(sizeof v), sizeof v);
-    return static_cast<std::int64_t>(v);
+[[gnu::always_inline]] inline std::int64_t Fixpt::loadNarrow(int component) const {
+  const auto read = [this, component](auto bits) {
+    std::memcpy(&bits, values_ + static_cast<std::ptrdiff_t>(component) * static_cast<std::ptrdiff_t>(sizeof bits),
+                sizeof bits);
+    return range_.reduce(static_cast<std::int64_t>(bits));
   };
-  // In the order of what is common; a chain of branches is quicker here than the jump table of a switch.
-  if (access_ == Access::s16) return read(std::int16_t{});
-  if (access_ == Access::s32) return read(std::int32_t{});
-  if (access_ == Access::s64) return read(std::int64_t{});
-  if (access_ == Access::u8) return read(std::uint8_t{});
-  if (access_ == Access::s8) return read(std::int8_t{});
-  if (access_ == Access::u16) return read(std::uint16_t{});
-  if (access_ == Access::u32) return read(std::uint32_t{});
-  return loadReduced(component);
+  switch (bytesLog_) {
+    case 0: return read(std::uint8_t{});
+    case 1: return read(std::uint16_t{});
+    case 2: return read(std::uint32_t{});
+    default: return read(std::uint64_t{});
+  }
 }
 
-inline void Fixpt::storeNarrow(int component, std::int64_t v) {
+[[gnu::always_inline]] inline void Fixpt::storeNarrow(int component, std::int64_t v) {
   const auto write = [this, component](auto bits) {
     std::memcpy(values_ + static_cast<std::ptrdiff_t>(component) * static_cast<std::ptrdiff_t>(sizeof bits), &bits,
                 sizeof bits);
@@ -40,7 +41,8 @@ inline void Fixpt::storeNarrow(int component, std::int64_t v) {
   }
 }
 
-inline void Fixpt::putNarrow(int component, std::int64_t exact, const detail::Rounder<std::int64_t>& rounder) {
+[[gnu::always_inline]] inline void Fixpt::putNarrow(int component, std::int64_t exact,
+                                                    const detail::Rounder<std::int64_t>& rounder) {
   const detail::Cast<std::int64_t> cast = detail::castInto(exact, rounder, range_);
   storeNarrow(component, cast.value);
   if (!counting_) return;
@@ -55,34 +57,34 @@ inline void Fixpt::putNarrow(int component, std::int64_t exact, const detail::Ro
 }
 
 // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): a value of the array itself is like any other
-inline Fixpt& Fixpt::operator=(const Fixpt& v) {
+[[gnu::always_inline]] inline Fixpt& Fixpt::operator=(const Fixpt& v) {
   if (v.key_ != assignPlan_.key) [[unlikely]]
     return assignAny(v);
   putNarrow(cursor_, v.loadNarrow(v.cursor_) << assignPlan_.append, assignPlan_.rounder);
   return *this;
 }
 
-inline void Fixpt::addNarrow(int component, const Fixpt& v, int other, bool subtracts) {
+[[gnu::always_inline]] inline void Fixpt::addNarrow(int component, const Fixpt& v, int other, bool subtracts) {
   const std::int64_t a = loadNarrow(component) << sumPlan_.append;
   const std::int64_t b = v.loadNarrow(other) << sumPlan_.otherAppend;
   putNarrow(component, subtracts ? a - b : a + b, sumPlan_.rounder);
 }
 
-inline Fixpt& Fixpt::operator+=(const Fixpt& v) {
+[[gnu::always_inline]] inline Fixpt& Fixpt::operator+=(const Fixpt& v) {
   if (v.key_ != sumPlan_.key) [[unlikely]]
     return addAny(v, false);
   addNarrow(cursor_, v, v.cursor_, false);
   return *this;
 }
 
-inline Fixpt& Fixpt::operator-=(const Fixpt& v) {
+[[gnu::always_inline]] inline Fixpt& Fixpt::operator-=(const Fixpt& v) {
   if (v.key_ != sumPlan_.key) [[unlikely]]
     return addAny(v, true);
   addNarrow(cursor_, v, v.cursor_, true);
   return *this;
 }
 
-inline Fixpt& Fixpt::operator*(const Fixpt& v) const {
+[[gnu::always_inline]] inline Fixpt& Fixpt::operator*(const Fixpt& v) const {
   if (v.key_ != productPlan_.key) [[unlikely]]
     return productAny(v);
   Fixpt& product = *subordinates_[0];
@@ -91,7 +93,7 @@ inline Fixpt& Fixpt::operator*(const Fixpt& v) const {
   return product;
 }
 
-inline Fixpt& Fixpt::norm() const {
+[[gnu::always_inline]] inline Fixpt& Fixpt::norm() const {
   if (key_ != normPlan_.key) [[unlikely]]
     return normAny();
   Fixpt& square = *subordinates_[2];
@@ -108,7 +110,7 @@ inline int Fixpt::compare(const Fixpt& v) const {
   return (a > b) - (a < b);
 }
 
-inline void Fixpt::clear() {
+[[gnu::always_inline]] inline void Fixpt::clear() {
   if (!isNarrow_) return clearAny();
   storeNarrow(cursor_, 0);
   if (isComplex_) storeNarrow(cursor_ + 1, 0);

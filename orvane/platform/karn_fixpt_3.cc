@@ -54,7 +54,7 @@ Fixpt* FixptFactory::createFixpt(const DSPDataAttributesHandle& handle, int coun
   return new Fixpt(handle, count, true);
 }
 
-/// Takes over a type; what was prepared for the former one is void, what was counted stays.
+/// Changes the type. All prepared plans become invalid; the counts stay.
 void Fixpt::adoptType(const DSPDataAttributesHandle& attributes) {
   attributes_ = attributes;
   key_ = keyOf(attributes);
@@ -63,27 +63,14 @@ void Fixpt::adoptType(const DSPDataAttributesHandle& attributes) {
   const bool fits = !attributes.isFloating() && detail::signedBits(attributes.type()) <= detail::narrowBits;
   range_ = fits ? detail::makeRange<std::int64_t>(attributes.type(), attributes.overflowMode()) : decltype(range_){};
   isNarrow_ = fits;
-  access_ = accessOf(values_ == nullptr || values_ == few_.data() || values_ == many_.get());
   assignPlan_ = integerPlan_ = sumPlan_ = productPlan_ = normPlan_ = Plan{};
   preparedFor_ = 0;
-}
-
-/// How to read narrow components. Own memory holds values of the word only; of others' memory the word counts.
-Fixpt::Access Fixpt::accessOf(bool isOwn) const {
-  const FixptType type = attributes_.type();
-  const bool fills = (8U << bytesLog_) == type.word;
-  if (!isOwn && !fills) return Access::byWord;
-  const auto index = static_cast<unsigned>(bytesLog_) + (type.isSigned ? 0U : 4U);
-  return index < static_cast<unsigned>(Access::byWord) ? static_cast<Access>(index) : Access::byWord;
 }
 
 void Fixpt::setValPtr(void* p) {
   values_ = static_cast<std::byte*>(p);
   many_.reset();
-  access_ = accessOf(false);
 }
-
-std::int64_t Fixpt::loadReduced(int component) const { return load<std::int64_t>(component); }
 
 Fixpt& Fixpt::subordinateAs(std::size_t i, const DSPDataAttributesHandle& attributes) const {
   auto& value = subordinates_[i];
@@ -143,7 +130,7 @@ Int128 Fixpt::stored() const { return static_cast<Int128>(load<Wide>(cursor_).lo
 
 void Fixpt::setStored(Int128 v) {
   const FixptType type = attributes_.type();
-  const int spare = static_cast<int>(greatestWord - type.word);
+  const int spare = static_cast<int>(maxWord - type.word);
   const Uint128 high = static_cast<Uint128>(v) << spare;
   store(cursor_, type.isSigned ? static_cast<Uint128>(static_cast<Int128>(high) >> spare) : high >> spare);
 }

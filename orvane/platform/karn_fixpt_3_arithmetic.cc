@@ -5,6 +5,8 @@
 
 namespace KarnDSPFixpt {
 
+using detail::align;
+using detail::Alignment;
 using detail::Int128;
 using detail::Uint128;
 using detail::Wide;
@@ -14,18 +16,6 @@ namespace {
 std::int64_t fractionOf(const Fixpt& v) { return v.attributes().type().fraction; }
 int bitsOf(const Fixpt& v) { return detail::signedBits(v.attributes().type()); }
 bool floating(const Fixpt& v) { return v.attributes().isFloating(); }
-
-/// The shifts that bring two fractions to the greater one, no longer than what can matter, and that fraction.
-struct Alignment {
-  int own;
-  int other;
-  std::int64_t fraction;
-};
-
-Alignment align(std::int64_t own, std::int64_t other, std::int64_t limit) {
-  const auto cap = [limit](std::int64_t shift) { return static_cast<int>(std::clamp<std::int64_t>(shift, 0, limit)); };
-  return {cap(other - own), cap(own - other), own + cap(other - own)};
-}
 
 }  // namespace
 
@@ -46,7 +36,7 @@ double Fixpt::componentToDouble(int component) const {
   return detail::scaled(v, type.fraction);
 }
 
-/// Stores `exact` as the array's type says; what overflows, or is no number, is counted as an overflow.
+/// Casts `exact` into the array's type and stores it. NaN is counted as an overflow.
 void Fixpt::putDouble(int component, double exact) {
   if (floating(*this)) {
     const bool single = attributes_.overrideMode() == KarnSimCommon::overrideSingle;
@@ -61,7 +51,7 @@ void Fixpt::putDouble(int component, double exact) {
     if (counting_) addStatistics({1, 1, 0, 1, 0, 0});
     return;
   }
-  if (std::isinf(exact)) {  // beyond every range, with low bits of 0
+  if (std::isinf(exact)) {  // an integer outside every range, whose low bits are 0
     const Wide beyond = Wide(1) << 300;
     put<Wide>(component, exact < 0 ? -beyond : beyond, fractionOf(*this));
     return;
@@ -72,8 +62,8 @@ void Fixpt::putDouble(int component, double exact) {
   inTier(54, fraction, [&]<class I>() { put<I>(component, I(mantissa), fraction); });
 }
 
-/// Prepares the narrow cast of exact components of `bits` bits in units of 2^-fraction into this array, for operands
-/// with `key`. False: it is not narrow.
+/// Prepares the narrow cast of exact components of `bits` bits, in units of 2^-fraction, into this array, for operands
+/// with `key`. Returns false if the cast is not narrow.
 bool Fixpt::planCast(Plan& plan, std::uint64_t key, bool isReal, int bits, std::int64_t fraction) const {
   const std::int64_t drop = fraction - fractionOf(*this);
   if (!isNarrow_ || !detail::holds(detail::narrowBits, bits, drop)) return false;
@@ -125,7 +115,7 @@ void Fixpt::assignInteger(int v) {
 bool Fixpt::planSum(const Fixpt& v) {
   if (sumPlan_.partsKey == v.key_) return true;
   if (!isNarrow_ || !v.isNarrow_) return false;
-  const Alignment shifts = align(fractionOf(*this), fractionOf(v), detail::greatestAppend);
+  const Alignment shifts = align(fractionOf(*this), fractionOf(v), detail::maxAppend);
   const int bits = std::max(bitsOf(*this) + shifts.own, bitsOf(v) + shifts.other) + 1;
   Plan plan;
   if (!planCast(plan, v.key_, !isComplex_ && !v.isComplex_, bits, shifts.fraction)) return false;
@@ -154,7 +144,7 @@ void Fixpt::putSum(int target, const Fixpt& a, int i, const Fixpt& b, int j, boo
     const double y = b.componentToDouble(j);
     return putDouble(target, subtracts ? x - y : x + y);
   }
-  const Alignment shifts = align(fractionOf(a), fractionOf(b), detail::greatestAppend);
+  const Alignment shifts = align(fractionOf(a), fractionOf(b), detail::maxAppend);
   const int bits = std::max(bitsOf(a) + shifts.own, bitsOf(b) + shifts.other) + 1;
   inTier(bits, shifts.fraction, [&]<class I>() {
     const I x = a.load<I>(i) << shifts.own;
@@ -163,7 +153,7 @@ void Fixpt::putSum(int target, const Fixpt& a, int i, const Fixpt& b, int j, boo
   });
 }
 
-/// Gives the subordinate values of products with a value like `v` their types, and the plans that go with them.
+/// Prepares the types and plans of the subordinate values for products with values of the type of `v`.
 void Fixpt::prepareProduct(const Fixpt& v) const {
   if (preparedFor_ == v.key_) return;
   const bool isSigned = attributes_.isSigned() || v.attributes_.isSigned();
@@ -209,14 +199,14 @@ Fixpt& Fixpt::productAny(const Fixpt& v) const {
   return result;
 }
 
-/// Component of the product := product of own component `own` and component `other` of `v`, as was prepared.
+/// Component of the product := component `own` of this array times component `other` of `v`. `prepareProduct` has run.
 void Fixpt::putPartialProduct(int component, int own, const Fixpt& v, int other) const {
   Fixpt& product = *subordinates_[0];
   if (productPlan_.partsKey != v.key_) return product.putProduct(component, *this, own, v, other);
   product.putNarrow(component, (loadNarrow(own) * v.loadNarrow(other)) << productPlan_.append, productPlan_.rounder);
 }
 
-/// Component of the complex product := partial product `i` plus or minus partial product `j`, as was prepared.
+/// Component of the complex product := partial product `i` plus or minus partial product `j`. `prepareProduct` has run.
 void Fixpt::putPartialSum(int component, int i, int j, bool subtracts) const {
   const Fixpt& product = *subordinates_[0];
   Fixpt& sum = *subordinates_[1];
@@ -250,7 +240,7 @@ Fixpt& Fixpt::normAny() const {
   return square;
 }
 
-/// The squared magnitude of the value at the cursor, in a number type that holds it.
+/// The squared magnitude of the value at the cursor. The number type I must hold it.
 template <class I>
 I Fixpt::squaredMagnitude() const {
   const auto component = [this](int i) {
@@ -301,7 +291,7 @@ int Fixpt::compareAny(const Fixpt& v) const {
   if (floating(*this) || floating(v)) {
     return magnitudes ? sign(squaredMagnitude<double>(), v.squaredMagnitude<double>()) : sign(toDouble(), v.toDouble());
   }
-  // A value other than 0, shifted by the limit, exceeds every squared magnitude.
+  // After a shift by the limit, every value except 0 exceeds every squared magnitude.
   constexpr std::int64_t limit = 300;
   if (magnitudes) {
     const Alignment shifts = align(2 * fractionOf(*this), 2 * fractionOf(v), limit);

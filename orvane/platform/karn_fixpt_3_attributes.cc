@@ -1,7 +1,7 @@
+#include "orvane/platform/karn_fixpt_3_attributes.h"
+
 #include <algorithm>
 #include <utility>
-
-#include "orvane/platform/karn_fixpt_3.h"
 
 namespace KarnDSPFixpt {
 
@@ -15,7 +15,7 @@ Mode known(Mode mode, int count, Mode fallback) {
   return mode >= 0 && mode < count ? mode : fallback;
 }
 
-unsigned knownWord(unsigned word) { return std::clamp(word, leastWord, greatestWord); }
+unsigned knownWord(unsigned word) { return std::clamp(word, minWord, maxWord); }
 
 }  // namespace
 

@@ -4,8 +4,10 @@
 #include "orvane/platform/karn_fixpt_3.h"
 #include "orvane/platform/karn_fixpt_3_tier.h"
 
-/// Division and square root: the integer result with two bits more than the target's unit, the lower of which is set
-/// if anything is left, rounds in every mode as the exact result would.
+/// Division and square root.
+///
+/// The integer result has two bits more than the target's unit. The lower bit is set if the result is not exact. Such a
+/// result rounds like the exact one in every mode.
 namespace KarnDSPFixpt {
 
 using detail::Int128;
@@ -21,10 +23,10 @@ struct Quotient {
   bool exact;
 };
 
-/// a / b towards 0, of a >= 0 and b > 0.
+/// a / b, rounded towards 0, for a >= 0 and b > 0.
 Quotient<Int128> divide(Int128 a, Int128 b) { return {a / b, a % b == 0}; }
 
-/// The same by long division, one bit a step.
+/// The same by long division, one bit for each step.
 Quotient<Wide> divide(const Wide& a, const Wide& b) {
   Wide quotient;
   Wide rest;
@@ -39,8 +41,8 @@ Quotient<Wide> divide(const Wide& a, const Wide& b) {
   return {quotient, rest == Wide(0)};
 }
 
-/// The integer part of the square root of a >= 0: a first guess in floating point, two steps of Newton's method,
-/// and the last unit set right, so that no rounding of the guess is seen.
+/// The integer part of the square root of a >= 0. A guess in floating point is improved by two steps of Newton's
+/// method. Two loops then correct the last unit, so the rounding of the guess has no effect.
 Quotient<Int128> squareRoot(Int128 a) {
   if (a == 0) return {0, true};
   auto root = static_cast<Int128>(std::sqrt(static_cast<double>(a)));
@@ -50,7 +52,7 @@ Quotient<Int128> squareRoot(Int128 a) {
   return {root, root * root == a};
 }
 
-/// The same, one bit of the root a step.
+/// The same, one bit of the root for each step.
 Quotient<Wide> squareRoot(const Wide& a) {
   Wide root;
   for (int i = (a.bitLength() + 1) / 2; i >= 0; --i) {
@@ -60,7 +62,7 @@ Quotient<Wide> squareRoot(const Wide& a) {
   return {root, root * root == a};
 }
 
-/// re + im i divided by c + d i, scaled by the greater part of the divisor so that no square overflows.
+/// A complex number in floating point. Its division scales by the greater part of the divisor, so no square overflows.
 /// Source: R. L. Smith, Algorithm 116: complex division, Communications of the ACM 5 (1962).
 struct ComplexDouble {
   double re;
@@ -80,7 +82,7 @@ ComplexDouble divide(ComplexDouble a, ComplexDouble b) {
 
 }  // namespace
 
-/// Component := numerator / divisor * 2^-fraction. In `Wide`, numerator and divisor have up to 258 bits.
+/// Component := numerator / divisor * 2^-fraction. With `Wide`, numerator and divisor have up to 258 bits.
 template <class I>
 void Fixpt::putQuotient(int component, const I& numerator, const I& divisor, std::int64_t fraction) {
   const bool isNegative = (numerator < I(0)) != (divisor < I(0));
@@ -93,8 +95,8 @@ void Fixpt::putQuotient(int component, const I& numerator, const I& divisor, std
   put<I>(component, result, attributes_.type().fraction + std::int64_t{guardBits});
 }
 
-/// Bits by which a dividend is shifted left so that the quotient has its guard bits. Beyond the bounds the quotient
-/// is out of every range, or below a quarter of the unit, whatever the operands.
+/// The left shift of a dividend that gives the quotient its guard bits. The bounds change no result: a quotient beyond
+/// them is outside every range or below a quarter of the unit.
 int Fixpt::quotientShift(std::int64_t fraction) const {
   return static_cast<int>(std::clamp<std::int64_t>(attributes_.type().fraction - fraction + guardBits, -300, 500));
 }
@@ -124,7 +126,7 @@ void Fixpt::divideInto(const Fixpt& numerator, const Fixpt& divisor) {
   if (isComplex_ && !twoParts) store(cursor_ + 1, 0);
 }
 
-/// The quotient of fixed-point operands; its imaginary part too, where this array and an operand are complex.
+/// Stores the quotient of fixed-point operands, with its imaginary part if this array and an operand are complex.
 template <class I>
 void Fixpt::divideExact(const Fixpt& numerator, const Fixpt& divisor, std::int64_t fraction) {
   I re = numerator.load<I>(numerator.cursor_);
@@ -152,8 +154,8 @@ void Fixpt::sqrtInto(Fixpt* destination) const {
   } else {
     const FixptType from = attributes_.type();
     const FixptType to = destination->attributes_.type();
-    // The radicand in quarter units of the root. Beyond the bounds the root is out of range, or below one of them;
-    // whether it is exact depends on the parity, which stays.
+    // The radicand gives the root in quarter units. The bounds change no result: a root beyond them is outside the
+    // range or below a quarter unit. The parity of the shift stays, since it decides whether a root is exact.
     const std::int64_t wanted = 2 * (std::int64_t{to.fraction} + guardBits) - from.fraction;
     const auto shift = static_cast<int>(std::clamp<std::int64_t>(wanted, -300, 602 + (wanted & 1)));
     const int bits = std::max(detail::signedBits(from) + std::max(shift, 0), detail::signedBits(to));
@@ -166,7 +168,7 @@ void Fixpt::sqrtInto(Fixpt* destination) const {
   if (destination->isComplex_) destination->store(destination->cursor_ + 1, 0);
 }
 
-/// The value at the cursor := root of `v` * 2^shift, taken in quarter units.
+/// The value at the cursor := square root of `v` * 2^shift, which is a number of quarter units.
 template <class I>
 void Fixpt::putRoot(const I& v, int shift) {
   if (v < I(0)) return putDouble(cursor_, std::nan(""));

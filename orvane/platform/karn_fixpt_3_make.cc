@@ -7,7 +7,7 @@ namespace KarnDSPFixpt {
 namespace {
 
 void checkWord(const FixptType& type, const char* field) {
-  if (type.word >= leastWord && type.word <= greatestWord) return;
+  if (type.word >= minWord && type.word <= maxWord) return;
   throw std::invalid_argument("word length " + std::to_string(type.word) + " of " + field +
                               " is out of range; allowed: 1 to 128");
 }

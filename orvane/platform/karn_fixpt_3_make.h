@@ -5,12 +5,12 @@
 
 #include "orvane/platform/karn_fixpt_3.h"
 
-/// Checked ways to describe and make fixed-point values, for people; the constructors themselves refuse nothing.
+/// Functions that describe and make fixed-point values and check their arguments. The constructors check nothing.
 namespace KarnDSPFixpt {
 
-/// What `makeAttributes` is told, by designated initialisers:
+/// The arguments of `makeAttributes`, for designated initialisers:
 /// `{.value = {16, 12}, .product = {32, 24}, .accumulator = {40, 24}, .overflow = fxpOverflowSaturate}`.
-/// The defaults of product and accumulator lose nothing of the default value type in 256 sums.
+/// With the default types, products are exact, and so is a sum of 256 products.
 struct FixptDescription {
   FixptType value = {16, 0, true};
   FixptType product = {32, 0, true};
@@ -25,8 +25,8 @@ struct FixptDescription {
   brekk::BrekkAdaptorTolk* adaptor = nullptr;
 };
 
-/// The handle that `description` asks for. Throws std::invalid_argument for a word length outside 1 to 128, for types
-/// of different sign, and for an unknown mode; the text names the field and what is allowed.
+/// Makes a handle from `description`. Throws std::invalid_argument for a word length outside 1 to 128, for types of
+/// different sign, and for an unknown mode. The text names the field and the allowed values.
 ORVANE_API DSPDataAttributesHandle makeAttributes(const FixptDescription& description);
 
 /// An array of `count` elements, all 0. Throws std::invalid_argument for a negative count.

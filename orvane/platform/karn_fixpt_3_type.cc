@@ -49,7 +49,7 @@ FixptType parseFixptType(std::string_view text) {
     throw std::invalid_argument("fixed-point type \"" + std::string(text) +
                                 "\" is malformed; allowed: s or u, word length, point, fraction length, as in s16.12");
   }
-  if (type.word < leastWord || type.word > greatestWord) {
+  if (type.word < minWord || type.word > maxWord) {
     throw std::invalid_argument("word length " + std::to_string(type.word) + " of fixed-point type \"" +
                                 std::string(text) + "\" is out of range; allowed: 1 to 128");
   }

@@ -5,31 +5,31 @@
 
 #include "orvane/platform/export.h"
 
-/// The data types of fixed-point values, the modes of their casts, and the texts that people write for them.
+/// The data types of fixed-point values, the modes of their casts, and the texts for both.
 ///
 /// A value is an integer of `word` bits, in two's complement if it is signed, times 2^-fraction.
 
-/// What a cast does with a value that lies outside the range of its type.
+/// How a cast treats a value outside the range of its type.
 enum fxpModeOverflow_tag : int {
-  fxpOverflowWrap = 0,       ///< keeps the low bits
-  fxpOverflowSaturate = 1,   ///< takes the nearest end of the range
-  fxpOverflowSymmetric = 2,  ///< the same, in a range without the least value of a signed type
-  fxpOverflowZero = 3,       ///< takes zero
+  fxpOverflowWrap = 0,       ///< it keeps the low bits
+  fxpOverflowSaturate = 1,   ///< it gives the nearest end of the range
+  fxpOverflowSymmetric = 2,  ///< it saturates to a range without the least value of a signed type
+  fxpOverflowZero = 3,       ///< it gives 0
 };
 
-/// Which neighbour a cast takes for a value between two multiples of 2^-fraction.
+/// How a cast rounds a value that lies between two multiples of 2^-fraction.
 enum fxpModeRounding_tag : int {
-  fxpRoundCeiling = 0,     ///< the greater one
-  fxpRoundConvergent = 1,  ///< the nearest one; of two as near the even one
-  fxpRoundFloor = 2,       ///< the smaller one
-  fxpRoundNearest = 3,     ///< the nearest one; of two as near the greater one
-  fxpRoundRound = 4,       ///< the nearest one; of two as near the one away from zero
-  fxpRoundZero = 5,        ///< the one towards zero
+  fxpRoundCeiling = 0,     ///< up
+  fxpRoundConvergent = 1,  ///< to nearest, ties to even
+  fxpRoundFloor = 2,       ///< down
+  fxpRoundNearest = 3,     ///< to nearest, ties up
+  fxpRoundRound = 4,       ///< to nearest, ties away from zero
+  fxpRoundZero = 5,        ///< towards zero
 };
 
 namespace KarnSimCommon {
 
-/// Whether values are kept in floating point in place of their fixed-point type.
+/// Whether elements are floating-point numbers instead of fixed-point ones.
 enum overrideDType : int {
   overrideDouble = 0,  ///< elements are `double`, nothing is quantised
   overrideSingle = 1,  ///< elements are `float`, nothing is quantised
@@ -40,8 +40,8 @@ enum overrideDType : int {
 
 namespace KarnDSPFixpt {
 
-inline constexpr unsigned leastWord = 1;
-inline constexpr unsigned greatestWord = 128;
+inline constexpr unsigned minWord = 1;
+inline constexpr unsigned maxWord = 128;
 
 /// The type of a value: `word` bits (1 to 128) times 2^-fraction. `fraction` may be negative or exceed `word`.
 struct FixptType {
@@ -52,8 +52,8 @@ struct FixptType {
   bool operator==(const FixptType&) const = default;
 };
 
-/// The type that a text such as "s16.12" (signed, 16 bits, 12 of them fraction) or "u8.0" means; a negative
-/// fraction length is written "s16.-4". Throws std::invalid_argument that says what is allowed.
+/// Reads a type from a text such as "u8.0" or "s16.12" (signed, 16 bits, 12 of them fraction). A fraction length may be
+/// negative, as in "s16.-4". Throws std::invalid_argument with the allowed form.
 ORVANE_API FixptType parseFixptType(std::string_view text);
 /// The text that `parseFixptType` reads as `type`.
 ORVANE_API std::string formatFixptType(const FixptType& type);

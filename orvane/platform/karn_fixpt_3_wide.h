@@ -4,14 +4,14 @@
 #include <cstddef>
 #include <cstdint>
 
-/// Integers beyond 64 bits: the compiler's 128-bit ones, and `Wide` for all that does not fit them.
+/// Integers of more than 64 bits: the compiler's 128-bit integers, and `Wide` for larger ones.
 namespace KarnDSPFixpt::detail {
 
 __extension__ using Int128 = __int128;
 __extension__ using Uint128 = unsigned __int128;
 
-/// A two's-complement integer of 768 bits, enough for the exact product, quotient and square root of 128-bit
-/// components with all their alignment shifts. Arithmetic is modulo 2^768; shift counts are 0 to 767.
+/// A two's-complement integer of 768 bits. It holds the exact product, quotient and square root of 128-bit components
+/// with all their alignment shifts. Arithmetic is modulo 2^768. Shift counts are 0 to 767.
 class Wide {
  public:
   Wide() = default;
@@ -32,7 +32,7 @@ class Wide {
   Uint128 low() const { return static_cast<Uint128>(limbs_[1]) << 64 | limbs_[0]; }
   bool isNegative() const { return limbs_[count - 1] >> 63 != 0; }
 
-  /// Number of bits up to the highest 1; 0 for zero.
+  /// The number of bits without leading zeros; 0 for zero.
   int bitLength() const {
     for (std::size_t i = count; i-- > 0;) {
       if (limbs_[i] != 0) return static_cast<int>(i) * 64 + 64 - __builtin_clzll(limbs_[i]);

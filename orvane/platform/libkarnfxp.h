@@ -6,8 +6,8 @@
 
 /// Statistics of fixed-point values, gathered per label.
 
-/// What was counted on the values of one label. The range is kept while `logRange` is not 0; that of a fresh record
-/// is empty (its minimum exceeds its maximum), so that folding it into another changes nothing.
+/// The counts and the range of the values of one label. The range is valid if `logRange` is not 0. A new record has an
+/// empty range, whose minimum exceeds its maximum, so merging it into another record changes nothing.
 struct fxpLogStruct_tag {
   unsigned overflows = 0;                                     ///< values that did not fit their type
   unsigned casts = 0;                                         ///< values cast into the type
@@ -20,7 +20,7 @@ struct fxpLogStruct_tag {
 /// The statistics record of one label.
 class ORVANE_API fxpBlockProperties {
  public:
-  /// The counters; they belong to this record.
+  /// The counters, which this record owns.
   fxpLogStruct_tag* getLogStruct() const { return &log_; }
 
  private:

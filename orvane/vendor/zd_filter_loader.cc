@@ -29,7 +29,7 @@ void ZdFilterLoader::filter(const double* kernel, const int* kernelDims, const i
   marshal(call, kernel, kernelDims, kernelCentre, source, sourcePitch, destination, destinationPitch, rectangle);
 }
 
-/// The functions flip their kernel, and so count its anchor from the far end.
+/// The functions flip the kernel, so they count the anchor from the kernel's last element.
 template <class T, class CallT>
 void ZdFilterLoader::marshal(CallT&& call, const T* kernel, const int* kernelDims, const int* kernelCentre,
                              const T* source, int sourcePitch, T* destination, int destinationPitch,

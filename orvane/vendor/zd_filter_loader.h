@@ -12,8 +12,8 @@ namespace BP {
 ///     y(p) = sum over j of kernel(j) * u(p + anchor - j)
 ///
 /// for all p of a rectangle whose windows lie in the input. They are looked up once, by name, in the libraries that the
-/// application has named (see `ZdLoader::addLibrary`). They promise no order of the sum and no bits. It is all or
-/// nothing: without one of the functions none is used, also where it would not be needed.
+/// application has named (see `ZdLoader::addLibrary`). They promise neither an order of the sum nor its bits. If one of
+/// the functions is missing, none is used, even where the missing one is not needed.
 class ORVANE_API ZdFilterLoader : public ZdLoader {
  public:
   /// The client that bad statuses are reported to.
@@ -26,18 +26,20 @@ class ORVANE_API ZdFilterLoader : public ZdLoader {
 
   /// Convolves a rectangle. `kernelDims` and `kernelCentre` are the kernel's extents and the index of its centre;
   /// `source` points to the input element under the centre for the first output, `destination` to that output; pitches
-  /// are elements from one row to the next. A bad status is reported, and leaves what the functions left.
+  /// are elements from one row to the next. A bad status is reported; the destination keeps whatever the functions
+  /// wrote.
   ///
-  /// Only if all functions were found; pitches up to `mostPitch` have a step in bytes.
+  /// Call this only if all functions were found, and with pitches of at most `maxPitch`.
   void filter(const float* kernel, const int* kernelDims, const int* kernelCentre, const float* source, int sourcePitch,
               float* destination, int destinationPitch, IppiSize rectangle) const;
   void filter(const double* kernel, const int* kernelDims, const int* kernelCentre, const double* source,
               int sourcePitch, double* destination, int destinationPitch, IppiSize rectangle) const;
 
-  /// The longest row whose length in bytes fits the functions' arguments, of `double`, in elements.
-  static constexpr int mostPitch = INT32_MAX / static_cast<int>(sizeof(double));
+  /// The longest row, in elements of `double`, whose length in bytes fits the functions' arguments.
+  static constexpr int maxPitch = INT32_MAX / static_cast<int>(sizeof(double));
 
-  /// The function for `double` with the work buffer that it asks for, which lives for this one call. Steps in bytes.
+  /// Calls the function for `double` with the work buffer that it asks for. The buffer lives for this call only. Steps
+  /// are in bytes.
   IppStatus callFilter64f(const double* source, int sourceStep, double* destination, int destinationStep,
                           IppiSize rectangle, const double* kernel, IppiSize kernelSize, IppiPoint anchor) const;
 

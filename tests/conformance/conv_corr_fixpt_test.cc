@@ -46,8 +46,8 @@ struct Roles {
   DSPDataAttributesHandle input, output, filter, accumulator, sqrt;
 };
 
-FixptType randomType(std::mt19937& random, int leastWord, int greatestWord, bool isSigned) {
-  const int word = pick(random, leastWord, greatestWord);
+FixptType randomType(std::mt19937& random, int minWord, int maxWord, bool isSigned) {
+  const int word = pick(random, minWord, maxWord);
   return {static_cast<unsigned>(word), pick(random, -1, word - 1), isSigned};
 }
 

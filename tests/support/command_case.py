@@ -55,24 +55,17 @@ class CommandCase(unittest.TestCase):
 
 
 def filtered(image, kernel, operation, depth=8, scale=1.0, offset=0.0):
-    """The expected samples and the count of clipped ones: one sum for each output, strictly in the stated order."""
-    kernel = numpy.array(kernel, dtype=float)
-    rows, columns = kernel.shape
-    height, width = image.shape[0] - rows + 1, image.shape[1] - columns + 1
-    taps = list(kernel.flat if operation == "correlate" else kernel.flat[::-1])
-    result = image[(rows - 1) // 2:][:height, (columns - 1) // 2:][:, :width].copy()
-    colours = image.shape[2] - (image.shape[2] % 2 == 0)
-    total = numpy.zeros((height, width, colours))
-    for index, tap in enumerate(taps):
-        y, x = divmod(index, columns)
-        total = total + image[y:y + height, x:x + width, :colours].astype(float) * tap
-    rounded = numpy.rint(total * scale + offset)
+    """The expected samples of mode valid, alpha unfiltered, and the count of clipped ones."""
+    kernel = numpy.array(kernel if operation == "correlate" else kernel[::-1, ::-1])
+    windows = numpy.lib.stride_tricks.sliding_window_view(image, kernel.shape, (0, 1))
+    rounded = numpy.rint((windows * kernel).sum((3, 4)) * scale + offset)
+    (top, left), colours = (numpy.array(kernel.shape) - 1) // 2, image.shape[2] - (image.shape[2] % 2 == 0)
+    rounded[..., colours:] = windows[..., colours:, top, left]
     inside = rounded.clip(0, 2**depth - 1)
-    result[..., :colours] = inside.astype(int)
-    return result, int((rounded != inside).sum())
+    return inside, int((rounded != inside).sum())
 
 
-PADS = {"replicate": "edge", "symmetric": "symmetric", "circular": "wrap"}
+PADS = {"replicate": "edge", "symmetric": "symmetric", "circular": "wrap", "mirror": "reflect"}
 
 
 def extended(image, shape, mode, pad, value=0):

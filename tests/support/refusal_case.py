@@ -1,6 +1,7 @@
 """What all tests of bad input share."""
 
 import os
+import shlex
 
 from command_case import CommandCase
 
@@ -18,13 +19,18 @@ class RefusalCase(CommandCase):
         return {name: path.read_bytes() if path.is_file() and os.access(path, os.R_OK) else None
                 for name in os.listdir(self.folder) for path in [self.folder / name]}
 
-    def refused(self, arguments, *words, **settings):
+    def refused(self, arguments, *words, printed=False, **settings):
         """The command must refuse with one line that has all `words`, and leave the folder as it was."""
         before = self.state()
-        done = self.run_tool(*arguments, **settings)
+        done = self.run_tool(*(shlex.split(arguments) if isinstance(arguments, str) else arguments), **settings)
         with self.subTest(arguments=arguments):
-            self.assertEqual((done.returncode, done.stdout), (2, ""), done.stderr)
+            self.assertEqual((done.returncode, done.stdout != ""), (2, printed), done.stderr)
             self.assertRegex(done.stderr, r"\Aorvane: [^\n]+\n\Z")
             for word in words:
                 self.assertIn(word, done.stderr)
             self.assertEqual(self.state(), before)
+
+    def all_refused(self, start, *cases):
+        """Each case has arguments that follow `start`, and the words of its refusal."""
+        for arguments, *words in cases:
+            self.refused(f"{start} {arguments}", *words)

@@ -1,52 +1,49 @@
-"""Pictures through the command against a sum in the stated order, sample for sample."""
+"""What convolve, correlate and separable make of samples, elements, kernels and options. Sums are tested with the library."""
 
 import itertools
 import math
 import unittest
 
 import numpy
-from command_case import CHANNELS, CommandCase, filtered, matrix_text
+from command_case import CHANNELS, PADS, CommandCase, extended, filtered, matrix_text
 
 
 class FilterTest(CommandCase):
-    def check(self, image, kernel, operation, *options, depth=8, **scaling):
-        """Filters `image` with the matrix `kernel`; samples, depth and the number of clipped ones must be right."""
+    def run_on(self, image, operation, *options, depth=8):
+        """What comes out for a picture, and what was said."""
         self.write("in.png", image, depth)
-        said = self.succeed(operation, "in.png", "out.png", "--kernel", matrix_text(kernel), *options)
-        expected, clipped = filtered(image, kernel, operation, depth, **scaling)
+        said = self.succeed(operation, "in.png", "out.png", *options)
         samples, out_depth = self.read("out.png")
         self.assertEqual(out_depth, depth)
-        numpy.testing.assert_array_equal(samples, expected)
-        self.assertEqual(said.split(" of ")[0], f"orvane: out.png: {clipped}" if clipped else "")
+        return samples, said
 
-    def test_samples_of_every_shape_depth_and_channel_count(self):
-        sizes = [((1, 1), (1, 1)), ((17, 9), (3, 3)), ((64, 48), (4, 2)), ((33, 7), (1, 7)), ((150, 101), (5, 4))]
-        for (size, window), depth, channels in itertools.product(sizes, (8, 16), CHANNELS):
-            with self.subTest(size=size, window=window, depth=depth, channels=channels):
-                kernel = self.random.normal(size=window[::-1])
-                for operation in ("convolve", "correlate"):
-                    self.check(self.random_image(*size, channels, depth), kernel, operation, "--scale-output", "1/3",
-                               "--offset", "-7.25", depth=depth, scale=1 / 3, offset=-7.25)
+    def run_on_array(self, array, operation, *options):
+        numpy.save(self.folder / "in.npy", array)
+        said = self.succeed(operation, "in.npy", "out.npy", *options)
+        return numpy.load(self.folder / "out.npy"), said
 
-    def test_sums_that_a_fused_or_reordered_addition_would_change(self):
-        # Equal columns make the large terms cancel; what the last place of their partial sum left of the small term
-        # comes out, in steps of many grey levels. A fused product would add the error of the large one.
-        image = numpy.tile(self.random_image(2, 30, depth=16), (1, 20, 1))
-        kernel = [[2.0**42 / 3, 0.3, -(2.0**42) / 3, 0.7]]
-        expected = filtered(image, kernel, "correlate", 16)[0]
-        cancelled_first = numpy.rint(0.3 * image[:, 1:-2] + 0.7 * image[:, 3:])
-        self.assertGreater((expected != cancelled_first).mean(), 0.5)
-        for operation in ("convolve", "correlate"):
-            self.check(image, kernel, operation, depth=16)
+    def test_samples_of_every_depth_and_channel_count_with_every_mode_and_pad(self):
+        edges = itertools.product(("valid", "same", "full"), ("constant", *PADS))
+        shapes = itertools.cycle(itertools.product((8, 16), CHANNELS))
+        kernel = self.random.normal(size=(3, 2))
+        for (mode, pad), (depth, channels), operation in zip(edges, shapes, itertools.cycle(("convolve", "correlate"))):
+            with self.subTest(mode=mode, pad=pad, depth=depth, channels=channels, operation=operation):
+                image = self.random_image(9, 7, channels, depth)
+                samples, said = self.run_on(image, operation, "--kernel", matrix_text(kernel), "--mode", mode, "--pad",
+                                            pad + (":77" if pad == "constant" else ""), "--scale-output", "1/3",
+                                            "--offset", "-7.25", depth=depth)
+                expected, clipped = filtered(extended(image, kernel.shape, mode, pad, 77), kernel, operation, depth,
+                                             scale=1 / 3, offset=-7.25)
+                numpy.testing.assert_array_equal(samples, expected)
+                self.assertEqual(said.split(" of ")[0], f"orvane: out.png: {clipped}" if clipped else "")
 
-    def test_ties_go_to_even(self):
-        self.write("in.png", numpy.arange(256).reshape(16, 16, 1))
-        self.succeed("convolve", "in.png", "out.png", "--kernel", "1/2")
-        self.assertEqual(self.read("out.png")[0].ravel()[:8].tolist(), [0, 0, 1, 2, 2, 2, 3, 4])
+    def test_ties_go_to_even_and_clipping_is_said_unless_quiet(self):
+        samples, said = self.run_on(numpy.arange(256).reshape(16, 16, 1), "convolve", "--kernel", "3/2")
+        self.assertEqual(samples.ravel()[:6].tolist(), [0, 2, 3, 4, 6, 8])
+        self.assertEqual(said, "orvane: out.png: 85 of 256 values were clipped to 0..255 (see --scale-output and --offset)\n")
+        self.assertEqual(self.succeed("convolve", "in.png", "out.png", "--kernel", "2", "--quiet"), "")
 
     def test_named_kernels(self):
-        image = self.random_image(30, 20, 3)
-        self.write("in.png", image)
         matrices = {
             "box:3": [[1 / 9] * 3] * 3,
             "box:4": [[1 / 16] * 4] * 4,
@@ -55,34 +52,75 @@ class FilterTest(CommandCase):
             "sobel-x": [[-1, 0, 1], [-2, 0, 2], [-1, 0, 1]],
             "sobel-y": [[-1, -2, -1], [0, 0, 0], [1, 2, 1]],
         }
-        for name, operation in itertools.product(matrices, ("convolve", "correlate")):
-            with self.subTest(kernel=name, operation=operation):
-                self.succeed(operation, "in.png", "out.png", "--kernel", name)
-                numpy.testing.assert_array_equal(self.read("out.png")[0], filtered(image, matrices[name], operation)[0])
-
-    def test_gaussian_is_the_normalised_bell(self):
         for side, sigma in ((5, 1.2), (8, 2.0), (1, 3.0), (31, 0.4)):
-            with self.subTest(side=side, sigma=sigma):
-                image = numpy.zeros((2 * side - 1, 2 * side - 1, 1), dtype=int)
-                image[side - 1, side - 1] = 1
-                self.write("in.png", image, 16)
-                self.succeed("correlate", "in.png", "out.png", "--kernel", f"gaussian:{side}:{sigma}",
-                             "--scale-output", "65535")
-                profile = [math.exp(-((i - (side - 1) / 2) ** 2) / (2 * sigma**2)) for i in range(side)]
-                bell = numpy.outer(profile, profile)
-                difference = self.read("out.png")[0][..., 0] - 65535 * bell / bell.sum()
-                self.assertLessEqual(abs(difference).max(), 0.5 + 1e-9)
+            profile = [math.exp(-((i - (side - 1) / 2) ** 2) / (2 * sigma**2)) for i in range(side)]
+            matrices[f"gaussian:{side}:{sigma}"] = numpy.outer(profile, profile) / sum(profile) ** 2
+        for name, matrix in matrices.items():
+            with self.subTest(kernel=name):
+                pulse = numpy.zeros(2 * numpy.array(numpy.shape(matrix)) - 1)
+                pulse[tuple(numpy.array(pulse.shape) // 2)] = 1
+                found, _ = self.run_on_array(pulse, "convolve", "--kernel", name)
+                numpy.testing.assert_allclose(found, matrix, rtol=1e-12, atol=0)
 
     def test_kernel_texts_that_mean_the_same(self):
         (self.folder / "plain.csv").write_text("1,2,1\n2,4,2\n1,2,1\n")
         (self.folder / "odd,name.txt").write_bytes(b"\xef\xbb\xbf1, 2, 1\r\n2,+4,2e0\r\n1,2,1\r\n\r\n")
-        self.write("in.png", self.random_image(9, 8))
-        results = []
-        for options in (["1,2,1;2,4,2;1,2,1", "--scale", "1/16"], ["1/16,.125,1/16;0.125,1/4,0.125;0.0625,1/8,1/16"],
-                        ["plain.csv", "--scale", "0.0625"], ["odd,name.txt", "--scale", "1/16"]):
-            self.succeed("convolve", "in.png", "out.png", "--kernel", *options)
-            results.append(self.read("out.png")[0].tolist())
-        self.assertEqual(results, results[:1] * 4)
+        image = self.random_image(9, 8)
+        results = [self.run_on(image, "convolve", "--kernel", *options)[0].tolist() for options in (
+            ["1,2,1;2,4,2;1,2,1", "--scale", "1/16"], ["1/16,.125,1/16;0.125,1/4,0.125;0.0625,1/8,1/16"],
+            ["plain.csv", "--scale", "0.0625"], ["odd,name.txt", "--scale", "1/16"])]
+        results.append(self.run_on(image, "separable", "--row", "1/4,1/2,1/4", "--column", "1/4;1/2;1/4")[0].tolist())
+        self.assertEqual(results, results[:1] * 5)
+        turned = self.run_on(image, "separable", "--row", "1,2", "--column", "box:2", "--correlate", "--scale-output", "1/4")
+        straight = self.run_on(image, "correlate", "--kernel", "0.5,1;0.5,1", "--scale-output", "1/4")
+        self.assertEqual(turned[0].tolist(), straight[0].tolist())
+
+    def test_arrays_are_summed_in_their_own_type_or_in_that_asked_for(self):
+        plane = self.random.integers(0, 100, (4, 5))
+        results = {"float32": "float32", "float64": "float64", "complex64": "complex64", "complex128": "complex128",
+                   "bool float": "float32", "int8 double": "float64", "uint16 float": "float32", "complex64 double": "complex128"}
+        for given, result in results.items():
+            source, _, asked = given.partition(" ")
+            array = numpy.asfortranarray(plane.astype(source))
+            with self.subTest(given):
+                found, said = self.run_on_array(array, "correlate", "--kernel", "1,2", "--scale-output", "2", "--offset", "-3",
+                                                *(["--type", asked] if asked else []))
+                expected = (array[:, :-1].astype(result) + array[:, 1:].astype(result) * 2) * 2 - 3
+                self.assertEqual((found.dtype, found.tolist(), said), (result, expected.tolist(), ""))
+        for array, asked, count in (([2**53, 2**53 + 1, 2**63 - 1, -3], "double", "2 of 4 values were rounded to float64"),
+                                    ([0.1, 0.5, numpy.nan], "float", "1 of 3 values were rounded to float32")):
+            self.assertIn(f"out.npy: {count}", self.run_on_array(array, "convolve", "--kernel", "1", "--type", asked)[1])
+        volume = self.random.integers(-50, 50, (3, 4, 5)).astype(float)
+        numpy.save(self.folder / "kernel.npy", volume[:2, :1, :1])
+        found, _ = self.run_on_array(volume, "correlate", "--kernel", "kernel.npy", "--nd")
+        self.assertEqual(found.tolist(), (volume[:-1] * volume[0, 0, 0] + volume[1:] * volume[1, 0, 0]).tolist())
+
+    def test_fixed_point_and_normalised_sums(self):
+        image = self.random_image(16, 9)
+        types = "input=u8.0,filter=s8.2,accumulator=s20.2,output=u8.0,rounding=floor,overflow=saturate"
+        exact = (3 * image[:, :-1, 0] - image[:, 1:, 0]) / 4
+        samples, said = self.run_on(image, "correlate", "--kernel", "0.75,-0.25", "--fixed", types)
+        cast = numpy.floor(exact)
+        numpy.testing.assert_array_equal(samples[..., 0], cast.clip(0, 255))
+        beyond, lossy = int((cast < 0).sum() + (cast > 255).sum()), int((exact != cast).sum())
+        self.assertEqual(list(self.table(said).items()), [
+            ("input", ["u8.0", 144, 0, 0]), ("filter", ["s8.2", 2, 0, 0]), ("product", ["exact", 270, 0, 0]),
+            ("accumulator", ["s20.2", 270, 0, 0]), ("output", ["u8.0", 135, beyond, lossy])])
+        found, said = self.run_on_array(image[..., 0] + 1j, "correlate", "--kernel", "1", "--fixed", types)
+        self.assertEqual((found.dtype, self.table(said)["output"][1]), ("complex128", 288))
+        for fixed in ([], ["--fixed", "input=u8.0,filter=s16.14,accumulator=s40.16,output=s16.8,sqrt=s32.12"]):
+            like, _ = self.run_on(image * 0 + 9, "convolve", "--kernel", "box:2", "--normalise", "energy", *fixed,
+                                  "--scale-output", "200")
+            self.assertEqual(set(like.flat), {200})
+
+    def test_a_grey_picture_into_an_array_gives_sums_that_are_not_rounded(self):
+        image = self.random_image(9, 8, depth=16)
+        self.write("in.png", image, 16)
+        for options, kind in (([], "f8"), (["--fixed", "input=u16.0,filter=u2.1,accumulator=u20.1,output=u20.1"], "f8"),
+                              (["--type", "float"], "f4")):
+            self.succeed("convolve", "in.png", "out.npy", "--kernel", "0.5,0.5", *options)
+            found = numpy.load(self.folder / "out.npy")
+            self.assertEqual((found.dtype, found.tolist()), (kind, (0.5 * (image[:, :-1, 0] + image[:, 1:, 0])).tolist()))
 
 
 if __name__ == "__main__":

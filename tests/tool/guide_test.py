@@ -41,6 +41,10 @@ class GuideTest(CommandCase):
                 self.assertEqual((self.folder / picture).read_bytes(), (guide.parent / picture).read_bytes(), picture)
         return drawn
 
+    def test_reference_is_what_the_command_prints(self):
+        printed = subprocess.run([TOOL, "reference"], capture_output=True, text=True, check=True).stdout
+        self.assertEqual((ROOT / "docs" / "command.md").read_text(), printed)
+
     def test_plans(self):
         self.assertEqual(len(self.check("how-it-works.md")), 6)
 

@@ -5,6 +5,7 @@
 #include <exception>
 
 #include "tool/npy_file.h"
+#include "tool/text.h"
 
 int main(int count, char** arguments) {
   using namespace BP::tool;
@@ -19,7 +20,7 @@ int main(int count, char** arguments) {
     for (const std::uint8_t byte : array.bytes) std::printf("%02x", byte);
     std::printf("\n");
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "%s\n", error.what());
+    std::fprintf(stderr, "%s\n", legible(error.what()).c_str());
     return 2;
   }
   return 0;

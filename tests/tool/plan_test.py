@@ -25,7 +25,7 @@ class PlanTest(CommandCase):
     def test_files_that_the_guide_names_are_there(self):
         guide = (ROOT / "docs" / "how-it-works.md").read_text()
         for name in re.findall(r"`((?:orvane|scripts)/[^`]+)`", guide):
-            self.assertTrue((ROOT / name).is_file(), name)
+            self.assertTrue((ROOT / name).exists(), name)
 
     def test_coloured_cells_tile_the_outputs_that_the_table_counts(self):
         for arguments, inside, boundary, outside in (
@@ -69,6 +69,11 @@ class PlanTest(CommandCase):
             self.assertLess((self.folder / "p.svg").stat().st_size, 20000)
 
     def test_more_than_two_dimensions_and_no_outputs_are_told(self):
+        text = self.run_tool("plan", "--input", "9", "--window", "9", "--pad", "constant:5", "--svg", "p.svg").stdout
+        self.assertIn("mode    valid, pad constant:5, reach 0\n", text)
+        self.assertIn("\n1 sector with 1 of 1 output\n", text)
+        self.assertIn("one value, constant:5", (self.folder / "p.svg").read_text())
+        self.succeed("plan", "--input", "4", "--window", "5", "--roi", "0,4", "--reach", "2")
         text = self.run_tool("plan", "--input", "5x5x5", "--window", "3x3x3", "--mode", "same").stdout
         self.assertIn("\n27 sectors with 125 of 125 outputs\n", text)
         text = self.run_tool("plan", "--input", "5x5", "--window", "3x3", "--roi", "70,0,2x2", "--svg", "p.svg").stdout

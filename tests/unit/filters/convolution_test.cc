@@ -17,13 +17,13 @@ using test::randomValues;
 
 constexpr std::pair<OutputMode, OutputModeEnum> modes[] = {
     {OutputMode::valid, OutputModeValid}, {OutputMode::same, OutputModeSame}, {OutputMode::full, OutputModeFull}};
-constexpr std::pair<Pad, PadTypeEnum> pads[] = {{Pad::constant, PadTypeConstant},
-                                                {Pad::replicate, PadTypeReplicate},
-                                                {Pad::symmetric, PadTypeSymmetric},
-                                                {Pad::circular, PadTypeCircular},
-                                                {Pad::mirror, PadTypeMirror}};
-constexpr std::pair<Direction, AlgorithmModeEnum> directions[] = {{Direction::convolution, AlgorithmModeConvolution},
-                                                                  {Direction::correlation, AlgorithmModeCorrelation}};
+constexpr std::pair<PadRule, PadTypeEnum> pads[] = {{PadRule::constant, PadTypeConstant},
+                                                    {PadRule::replicate, PadTypeReplicate},
+                                                    {PadRule::symmetric, PadTypeSymmetric},
+                                                    {PadRule::circular, PadTypeCircular},
+                                                    {PadRule::mirror, PadTypeMirror}};
+constexpr std::pair<FilterDirection, AlgorithmModeEnum> directions[] = {
+    {FilterDirection::convolution, AlgorithmModeConvolution}, {FilterDirection::correlation, AlgorithmModeCorrelation}};
 constexpr std::pair<Normalisation, NormEnum> norms[] = {{Normalisation::none, NormNone},
                                                         {Normalisation::energy, NormWindowEnergy}};
 

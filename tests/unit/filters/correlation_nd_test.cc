@@ -34,7 +34,7 @@ TYPED_TEST(CorrelationNDTest, EqualsConvolutionsOfRankOneAndTwoRunAfterRun) {
     const Extents inputs = trial % 2 ? Extents{pick(random, 4, 9), pick(random, 4, 9)} : Extents{pick(random, 4, 9)};
     const Extents filters = trial % 2 ? Extents{pick(random, 1, 4), pick(random, 1, 4)} : Extents{pick(random, 1, 4)};
     const auto mode = static_cast<OutputMode>(trial % 3);
-    const auto pad = static_cast<Pad>(trial % 4);
+    const auto pad = static_cast<PadRule>(trial % 4);
     CorrelationND<T> correlation(randomArray<T>(random, filters), inputs, {mode, pad, 0.1});
     for (const double padValue : {0.5, -2.0}) {
       const auto filter = randomArray<T>(random, filters), input = randomArray<T>(random, inputs);
@@ -52,9 +52,9 @@ TYPED_TEST(CorrelationNDTest, ReachesEveryElementOfAVolumeAndLeavesStandardOutpu
   using T = TypeParam;
   std::mt19937 random(2);
   const auto input = randomArray<T>(random, {4, 3, 5});
-  for (const auto& [pad, type] : {std::pair(Pad::replicate, PadTypeReplicate),
-                                  {Pad::symmetric, PadTypeSymmetric},
-                                  {Pad::circular, PadTypeCircular}}) {
+  for (const auto& [pad, type] : {std::pair(PadRule::replicate, PadTypeReplicate),
+                                  {PadRule::symmetric, PadTypeSymmetric},
+                                  {PadRule::circular, PadTypeCircular}}) {
     for (int j = 0; j < 4 * 2 * 3; ++j) {  // a filter with a single 1 moves the volume
       Array<T> filter({4, 2, 3});
       filter[static_cast<std::size_t>(j)] = 1;
@@ -94,11 +94,11 @@ TEST(CorrelationNDRefusalTest, NamesWhatDoesNotFit) {
             }),
             "input: 2000 x 2000 x 2000 are 8000000000 elements; at most 2147483647 are allowed");
   EXPECT_EQ(refusal([&] {
-              Job(filter, {5, 5, 5}, {OutputMode::same, static_cast<Pad>(5)});
+              Job(filter, {5, 5, 5}, {OutputMode::same, static_cast<PadRule>(5)});
             }),
             "pad: 5; allowed are 0 (constant), 1 (replicate), 2 (symmetric), 3 (circular), 4 (mirror)");
   EXPECT_EQ(refusal([&] {
-              Job(filter, {5, 5, 5}, {OutputMode::same, Pad::constant, 1e40});
+              Job(filter, {5, 5, 5}, {OutputMode::same, PadRule::constant, 1e40});
             }),
             "padValue: 1e+40; it must lie in the range of the input's element type");
   Job job(filter, {5, 5, 5});

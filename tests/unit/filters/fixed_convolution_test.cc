@@ -32,7 +32,7 @@ TEST(FixedConvolutionTest, EqualsIntegerArithmeticAndCountsItsCasts) {
     for (auto& value : input) value = static_cast<std::uint8_t>(pick(random, 0, 255));
     for (auto& value : filter) value = static_cast<std::int16_t>(pick(random, -256, 255));
     FixedConvolution convolution(FixedView(ArrayView(filter, {taps}), {9, 4}), {count}, types,
-                                 {.direction = Direction::correlation});
+                                 {.direction = FilterDirection::correlation});
     ExactCast product{*types.product, modes}, accumulator{types.accumulator, modes}, output{types.output, modes};
     std::vector<mpq_class> expected;
     std::vector<std::int8_t> actual(static_cast<std::size_t>(count - taps + 1));
@@ -84,7 +84,7 @@ TEST(FixedConvolutionTest, OnlyTheBitsOfAWordCount) {
   const std::vector<std::uint8_t> input{0xf5, 0x12};        // 5 and 2 in 4 bits
   FixedConvolution convolution(FixedView(ArrayView(filter, {2}), {12, 0}), {2},
                                {.input = {4, 0, false}, .accumulator = {20, 0}, .output = {20, 0}},
-                               {.direction = Direction::correlation});
+                               {.direction = FilterDirection::correlation});
   EXPECT_THAT(listOf(convolution.run(FixedView(ArrayView(input, {2}), {4, 0, false}))), ElementsAre(13));
 }
 
@@ -95,7 +95,8 @@ TEST(FixedConvolutionTest, ComplexValuesOnEitherSide) {
   for (const bool inputIsComplex : {true, false}) {
     const FixedTypes types{
         .input = {8, 0}, .inputIsComplex = inputIsComplex, .accumulator = {16, 0}, .output = {16, 0}};
-    FixedConvolution convolution(inputIsComplex ? real : turned, {2}, types, {.direction = Direction::correlation});
+    FixedConvolution convolution(inputIsComplex ? real : turned, {2}, types,
+                                 {.direction = FilterDirection::correlation});
     const auto output = toComplex(convolution.run(inputIsComplex ? turned : real));
     EXPECT_EQ(output[0], std::complex<double>(5 + 21, 10 - 28));
   }

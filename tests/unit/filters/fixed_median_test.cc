@@ -41,7 +41,7 @@ class Comparison {
     const double pad = pick(random, 0, 1) == 1 ? 0 : ExactCast{types.input, types.modes}(5).get_d();
     p.padValue = pad;
     FixedMedian median({p.hDims[0], p.hDims[1]}, {p.uDims[0], p.uDims[1]}, types,
-                       {.mode = OutputMode{p.outputMode}, .pad = Pad{p.padType - 1}, .padValue = pad});
+                       {.mode = OutputMode{p.outputMode}, .pad = PadRule{p.padType - 1}, .padValue = pad});
     for (int run = 0; run < 2; ++run) {
       const FixedArray u = test::randomFixed(random, {p.uDims[0], p.uDims[1]}, types.input);
       p.u = test::exactValues(u);

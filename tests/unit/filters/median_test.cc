@@ -27,7 +27,7 @@ TEST(MedianTest, EqualsTheSortForEveryModeAndPad) {
       p.outputMode = OutputModeEnum{mode};
       p.padType = PadTypeEnum{pad + 1};
       const Array<float> y = median(ArrayView<const float>(p.u, {7, 6}), {4, 3},
-                                    {.mode = OutputMode{mode}, .pad = Pad{pad}, .padValue = p.padValue});
+                                    {.mode = OutputMode{mode}, .pad = PadRule{pad}, .padValue = p.padValue});
       ASSERT_EQ(y.extents(), Extents({p.yDim(0), p.yDim(1)}));
       for (int i = 0; i < static_cast<int>(y.size()); ++i) {
         EXPECT_EQ(y[static_cast<std::size_t>(i)],

@@ -48,7 +48,7 @@ void run(std::size_t outputStart, const Extents& outputExtents, const Extents& i
 }
 
 const ConvolutionOptions full{.mode = OutputMode::full};
-const ConvolutionOptions mirrored{.mode = OutputMode::same, .pad = Pad::symmetric};
+const ConvolutionOptions mirrored{.mode = OutputMode::same, .pad = PadRule::symmetric};
 
 const Refusal plainRefusals[] = {
     {"input: rank 3; allowed are 1 and 2",
@@ -104,11 +104,11 @@ const Refusal plainRefusals[] = {
      }},
     {"pad: -1; allowed are 0 (constant), 1 (replicate), 2 (symmetric), 3 (circular), 4 (mirror)",
      [] {
-       make({4, 3}, {.pad = Pad{-1}});
+       make({4, 3}, {.pad = PadRule{-1}});
      }},
     {"direction: 2; allowed are 0 (convolution), 1 (correlation)",
      [] {
-       make({4, 3}, {.direction = Direction{2}});
+       make({4, 3}, {.direction = FilterDirection{2}});
      }},
     {"normalise: 9; allowed are 0 (none), 1 (energy)",
      [] {
@@ -299,15 +299,15 @@ const Refusal matchRefusals[] = {
      }},
     {"region: size -1 in dimension 1; with a start of 0, allowed are 0 to 2147483647",
      [] {
-       makeMatcher({4, 3}, {.region = Region{{0, 0}, {1, -1}}});
+       makeMatcher({4, 3}, {.region = Rectangle{{0, 0}, {1, -1}}});
      }},
     {"region: size 2147483647 in dimension 0; with a start of 5, allowed are 0 to 2147483642",
      [] {
-       makeMatcher({4, 3}, {.region = Region{{5, 0}, {greatest, 1}}});
+       makeMatcher({4, 3}, {.region = Rectangle{{5, 0}, {greatest, 1}}});
      }},
     {"region: start -1073741824 in dimension 0; allowed are -1073741823 to 2147483647",
      [] {
-       makeMatcher({4, 3}, {.region = Region{{-1073741824, 0}, {1, 1}}});
+       makeMatcher({4, 3}, {.region = Rectangle{{-1073741824, 0}, {1, 1}}});
      }},
     {"image: extents 4 x 2; they must be 4 x 3",
      [] {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "orvane/core/element.h"
+#include "orvane/lanes/separable.h"
 #include "orvane/lanes/target.h"
 #include "tests/support/guarded_lines.h"
 #include "tests/support/random_values.h"
@@ -156,6 +157,60 @@ TEST_P(SumsTest, BitsOfThePlainLoop) {
   check<float, std::complex<float>, float>(), check<double, std::complex<double>, double>();
   check<float, float, std::complex<float>>(), check<double, double, std::complex<double>>();
   check<float, std::complex<float>, std::complex<float>>(), check<double, std::complex<double>, std::complex<double>>();
+}
+
+/// Both passes in one against two passes, some lines beyond an edge.
+template <class T>
+void checkSeparable(std::mt19937& random, Elements first, Elements second) {
+  const int inParts = isComplexInput(first) ? 2 : 1, outParts = second == Elements::realReal ? 1 : 2;
+  const FilterExtents alongSize{1, 1, pick(random, 1, 20)}, acrossSize{1, pick(random, 1, 40), 1};
+  const int rows = pick(random, 1, 80), width = pick(random, 1, 1500), lineCount = rows + acrossSize.rows - 1;
+  std::vector<T> alongStore(PackedFilter<T>::sizeFor(first, alongSize));
+  std::vector<T> acrossStore(PackedFilter<T>::sizeFor(second, acrossSize));
+  PackedFilter<T> along(first, alongSize, alongStore.data()), across(second, acrossSize, acrossStore.data());
+  along.pack(randomValues<T>(random, 2 * alongSize.columns).data(), false);
+  across.pack(randomValues<T>(random, 2 * acrossSize.rows).data(), false);
+
+  test::GuardedLines memory(std::size_t(lineCount + rows), 8);
+  const auto beyond = randomValues<T>(random, width * outParts);
+  std::vector<T> between(std::size_t(lineCount * width * outParts)), wanted(std::size_t(rows * width * outParts));
+  std::vector<const T*> lines, lines2;
+  std::vector<T*> betweenLines, out, wantedOut;
+  for (int k = 0; k < lineCount; ++k) {
+    const auto values = randomValues<T>(random, (width + alongSize.columns - 1) * inParts);
+    T* const line = memory.get<T>(std::size_t(k), values.size(), true);
+    lines.push_back(std::copy(values.begin(), values.end(), line) - values.size());
+    betweenLines.push_back(&between[std::size_t(k * width * outParts)]);
+    lines2.push_back(betweenLines.back());
+  }
+  for (int r = 0; r < rows; ++r) {
+    out.push_back(memory.get<T>(std::size_t(lineCount + r), std::size_t(width * outParts), true));
+    wantedOut.push_back(&wanted[std::size_t(r * width * outParts)]);
+  }
+  along.sumProducts({lines.data(), 0, lineCount, width, betweenLines.data()});
+  for (int k : {0, 1, lineCount - 1}) {
+    if (k < lineCount && pick(random, 0, 1)) lines[std::size_t(k)] = nullptr, lines2[std::size_t(k)] = beyond.data();
+  }
+  across.sumProducts({lines2.data(), 0, rows, width, wantedOut.data()});
+
+  const auto scratch = SeparableSums<T>::scratchFor(across, width);
+  std::vector<T> values(scratch.values);
+  std::vector<const T*> pointers(scratch.pointers);
+  SeparableSums<T>(along, across, values.data(), pointers.data())
+      .sumProducts({lines.data(), 0, rows, width, out.data()}, beyond.data());
+  for (int r = 0; r < rows; ++r) {
+    EXPECT_TRUE(std::equal(out[std::size_t(r)], out[std::size_t(r)] + width * outParts, wantedOut[std::size_t(r)]))
+        << getTarget() << " row " << r << " of " << rows << ", " << width << " wide";
+  }
+}
+
+TEST_P(SumsTest, SeparableSumsAreTwoPasses) {
+  for (int i = 0; i < 5; ++i) {
+    checkSeparable<float>(random, Elements::realReal, Elements::realReal);
+    checkSeparable<double>(random, Elements::complexReal, Elements::complexReal);
+    checkSeparable<float>(random, Elements::realComplex, Elements::complexComplex);
+    checkSeparable<double>(random, Elements::complexComplex, Elements::complexComplex);
+  }
 }
 INSTANTIATE_TEST_SUITE_P(Target, SumsTest, testing::ValuesIn(getTargets()),
                          [](const auto& target) { return std::string(target.param); });

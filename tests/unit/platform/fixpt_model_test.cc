@@ -6,6 +6,7 @@
 #include <cmath>
 #include <functional>
 #include <random>
+#include <tuple>
 
 #include "tests/support/fixpt_model.h"
 
@@ -168,6 +169,45 @@ void checkProduct(Fixpt& left, Fixpt& right) {
   check(result, {model::cast(cast(a * c) - cast(b * d), to), model::cast(cast(a * d) + cast(b * c), to)},
         "complex product");
   EXPECT_EQ(left.subordinate(0)->takeProperties()->getLogStruct()->casts, 4U);
+}
+
+/// The statistics of two arrays, taken, are equal.
+void expectAlike(Fixpt& a, Fixpt& b, const char* what) {
+  const fxpLogStruct_tag x = *a.takeProperties()->getLogStruct(), y = *b.takeProperties()->getLogStruct();
+  EXPECT_EQ(std::tie(x.casts, x.overflows, x.lossyRoundings, x.minimum, x.maximum),
+            std::tie(y.casts, y.overflows, y.lossyRoundings, y.minimum, y.maximum))
+      << what;
+}
+
+TEST(FixptModel, ProductsOfWindowsAddAsOneByOne) {
+  Dice dice(5);
+  std::vector<std::uint8_t> memory(8192);  // containers whose bits beyond the word are set too
+  std::generate(memory.begin(), memory.end(), [&] { return static_cast<std::uint8_t>(dice.roll(0, 255)); });
+  const auto arrayLike = [&](const Fixpt& other) {
+    auto array = makeFixpt(other.attributes(), 0);
+    array->setValPtr(memory.data());
+    return array;
+  };
+  for (int round = 0; round < rounds && !HasFailure(); ++round) {
+    const bool anyFraction = dice.oneIn(4);
+    const auto left = dice.array(dice.oneIn(8), anyFraction), right = dice.array(dice.oneIn(8), anyFraction);
+    const auto sum = dice.array(dice.oneIn(8), anyFraction), single = makeFixpt(sum->attributes());
+    const auto left2 = arrayLike(*left), right2 = arrayLike(*right), left1 = arrayLike(*left);
+    SCOPED_TRACE(describe(*left) + " | " + describe(*right) + " | " + describe(*sum));
+    const int width = dice.roll(1, 40), height = dice.roll(0, 3);
+    single->setComplex(0, 0);
+    sum->setCursor(0);
+    sum->setComplex(0, 0);
+    for (int use = 0; use < 2; ++use) {
+      for (int n = 0; n < width * height; ++n) {
+        *single += (*left1)[3 + n % width + 50 * (n / width)] * (*right2)[width * height - 1 - n];
+      }
+      sum->addProducts({*left2, 3, 1, 50}, {*right2, width * height - 1, -1, -width}, width, height);
+      EXPECT_EQ(model::stored(*sum, 0), model::stored(*single, 0));
+    }
+    expectAlike(*sum, *single, "sums");
+    if (height > 0) expectAlike(*left2->subordinate(0), *left1->subordinate(0), "products");
+  }
 }
 
 TEST(FixptModel, ComplexOperations) {

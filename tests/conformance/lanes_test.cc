@@ -1,0 +1,162 @@
+// Every vector target gives the bits of the plain loops, through the API for people.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <complex>
+#include <random>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "orvane/filters/convolution.h"
+#include "orvane/filters/correlation_nd.h"
+#include "orvane/lanes/target.h"
+#include "tests/support/guarded_lines.h"
+#include "tests/support/random_values.h"
+
+namespace BP::test {
+namespace {
+
+using namespace filters;
+
+/// Runs `compute` by the plain loops and then on each target; all outputs must have the same bits.
+template <class T, class ComputeT>
+void expectSameOnEveryTarget(const std::string& problem, ComputeT&& compute) {
+  ASSERT_TRUE(lanes::forceTarget(lanes::plain));
+  const std::vector<T> expected = compute();
+  for (const std::string_view target : lanes::getTargets()) {
+    ASSERT_TRUE(lanes::forceTarget(target));
+    ASSERT_EQ(lanes::getTarget(), target);
+    const std::vector<T> found = compute();
+    const auto [e, f] = std::ranges::mismatch(expected, found, [](const T& a, const T& b) { return sameBits(a, b); });
+    ASSERT_TRUE(e == expected.end() && f == found.end())
+        << target << ": " << problem << ", output " << e - expected.begin() << " of " << expected.size();
+  }
+  lanes::forceTarget("");
+}
+
+std::string textOf(const Extents& input, const Extents& filter, OutputMode mode, PadRule pad) {
+  return "input " + toText(input) + ", filter " + toText(filter) + ", mode " + std::to_string(static_cast<int>(mode)) +
+         ", pad " + std::to_string(static_cast<int>(pad));
+}
+
+/// An extent of a window: mostly small, at times wider than any input here.
+int windowExtent(std::mt19937& random) { return pick(random, 1, pick(random, 0, 3) != 0 ? 7 : 45); }
+
+template <class Pair>
+struct LanesConformance : testing::Test {
+  using UT = std::tuple_element_t<0, Pair>;
+  using HT = std::tuple_element_t<1, Pair>;
+  using YT = ConvolutionOutput<UT, HT>;
+
+  std::mt19937 random{11};
+  GuardedLines memory{2, 32};
+
+  /// Input and output stand against pages that nobody may touch, before or behind them.
+  template <class JobT>
+  void expectSame(const std::string& problem, JobT& job, const Extents& input, bool special) {
+    const auto values = randomValues<UT>(random, static_cast<int>(elementCount(input)), special);
+    const bool atEnd = pick(random, 0, 1) != 0;
+    UT* const u = memory.template get<UT>(0, values.size(), atEnd);
+    std::ranges::copy(values, u);
+    const auto count = static_cast<std::size_t>(elementCount(job.outputExtents()));
+    expectSameOnEveryTarget<YT>(problem, [&] {
+      YT* const y = memory.template get<YT>(1, count, atEnd);
+      std::fill_n(y, count, YT(-77));
+      job.run(ArrayView<const UT>(u, input), ArrayView<YT>(y, job.outputExtents()));
+      return std::vector<YT>(y, y + count);
+    });
+  }
+};
+
+using Pairs =
+    testing::Types<std::tuple<float, float>, std::tuple<std::complex<float>, float>,
+                   std::tuple<float, std::complex<float>>, std::tuple<std::complex<float>, std::complex<float>>,
+                   std::tuple<double, double>, std::tuple<std::complex<double>, double>,
+                   std::tuple<double, std::complex<double>>, std::tuple<std::complex<double>, std::complex<double>>>;
+TYPED_TEST_SUITE(LanesConformance, Pairs);
+
+TYPED_TEST(LanesConformance, OnePassAndTwoOverRandomGeometry) {
+  using UT = typename TestFixture::UT;
+  using HT = typename TestFixture::HT;
+  auto& random = this->random;
+  constexpr int modes = 3, pads = static_cast<int>(padTypes.size()), choices = modes * pads * 2 * 2;
+  for (int round = 0; round < 4 * choices; ++round) {
+    const ConvolutionOptions options{.direction = static_cast<FilterDirection>(round / (modes * pads) % 2),
+                                     .mode = static_cast<OutputMode>(round % modes),
+                                     .pad = static_cast<PadRule>(round / modes % pads),
+                                     .padValue = 0.75,
+                                     .normalise = static_cast<Normalisation>(round / (modes * pads * 2) % 2)};
+    const Extents input{pick(random, 1, 40), pick(random, 1, 30)};
+    const bool isValid = options.mode == OutputMode::valid;
+    const auto extent = [&](std::size_t d) {
+      const int any = windowExtent(random);
+      return isValid ? std::min<std::int64_t>(any, input[d]) : any;
+    };
+    const Extents filter{extent(0), extent(1)};
+    const bool special = pick(random, 0, 2) == 0;
+    const auto taps = randomValues<HT>(random, static_cast<int>(elementCount(filter)), special);
+    Convolution<UT, HT> job(ArrayView<const HT>(taps, filter), input, options);
+    this->expectSame(textOf(input, filter, options.mode, options.pad), job, input, special);
+    if (options.normalise != Normalisation::none) continue;
+    SeparableConvolution<UT, HT> passes(ArrayView<const HT>(taps.data(), {filter[0]}),
+                                        ArrayView<const HT>(taps.data(), {std::min(filter[1], elementCount(filter))}),
+                                        input, options);
+    this->expectSame("separable, " + textOf(input, filter, options.mode, options.pad), passes, input, special);
+  }
+}
+
+template <class T>
+struct LanesCorrelationND : testing::Test {};
+TYPED_TEST_SUITE(LanesCorrelationND, testing::Types<float>);
+
+TYPED_TEST(LanesCorrelationND, RanksOneToFour) {
+  std::mt19937 random(12);
+  for (int round = 0; round < 240; ++round) {
+    const std::size_t rank = static_cast<std::size_t>(1 + round % 4);
+    const CorrelationNDOptions options{static_cast<OutputMode>(round / 4 % 3), static_cast<PadRule>(round / 12 % 5),
+                                       0.75};
+    std::vector<std::int64_t> u, h;
+    for (std::size_t d = 0; d < rank; ++d) {
+      u.push_back(pick(random, 1, d == 0 ? 40 : 6));
+      const int any = pick(random, 1, d == 0 ? 9 : 4);
+      h.push_back(options.mode == OutputMode::valid ? std::min<std::int64_t>(any, u[d]) : any);
+    }
+    const Extents input{std::span<const std::int64_t>(u)}, filter{std::span<const std::int64_t>(h)};
+    const auto values = randomValues<TypeParam>(random, static_cast<int>(elementCount(input)), round % 3 == 0);
+    const auto taps = randomValues<TypeParam>(random, static_cast<int>(elementCount(filter)), round % 3 == 0);
+    CorrelationND<TypeParam> job(ArrayView<const TypeParam>(taps, filter), input, options);
+    expectSameOnEveryTarget<TypeParam>(textOf(input, filter, options.mode, options.pad), [&] {
+      const Array<TypeParam> output = job.run(ArrayView<const TypeParam>(values, input));
+      return std::vector<TypeParam>(output.begin(), output.end());
+    });
+  }
+}
+
+TEST(Lanes, LongRunsManyRowsAndTunedFilters) {
+  std::mt19937 random(13);
+  const Extents input{1300, 61};
+  const auto values = randomValues<float>(random, 1300 * 61);
+  for (const Extents& filter : {Extents{5, 4}, Extents{1, 9}, Extents{31, 1}, Extents{1700, 3}}) {
+    const auto taps = randomValues<float>(random, static_cast<int>(elementCount(filter)));
+    Convolution<float> job(ArrayView<const float>(taps, filter), input,
+                           {.mode = OutputMode::same, .pad = PadRule::mirror});
+    int runs = 0;
+    expectSameOnEveryTarget<float>(toText(filter), [&] {
+      std::vector<float> all;
+      for (const float scale : {1.0F, -3.0F}) {  // a tuned filter takes effect in the next run
+        auto tuned = taps;
+        for (float& tap : tuned) tap *= scale;
+        job.setFilter(ArrayView<const float>(tuned, filter));
+        const auto output = job.run(ArrayView<const float>(values, input));
+        all.insert(all.end(), output.begin(), output.end());
+        ++runs;
+      }
+      return all;
+    });
+    EXPECT_EQ(runs, 2 * static_cast<int>(1 + lanes::getTargets().size()));
+  }
+}
+
+}  // namespace
+}  // namespace BP::test
