@@ -15,7 +15,7 @@ int main() {
   FixedConvolution sharpen(
       filter, {6},
       {.input = pixel, .accumulator = fixedType("s20.6"), .output = pixel, .modes = {.rounding = Rounding::convergent}},
-      {.mode = OutputMode::same, .pad = Pad::replicate});
+      {.mode = OutputMode::same, .pad = PadRule::replicate});
   const FixedArray result = sharpen.run(FixedView(ArrayView(pixels, {6}), pixel));
 
   for (const double value : toDouble(result)) std::printf("%g ", value);

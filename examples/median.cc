@@ -10,7 +10,7 @@ int main() {
   const ArrayView line(values, {7});
 
   for (const std::int64_t width : {3, 4}) {
-    const Array<float> clean = median(line, {width}, {.mode = OutputMode::same, .pad = Pad::replicate});
+    const Array<float> clean = median(line, {width}, {.mode = OutputMode::same, .pad = PadRule::replicate});
     for (const float value : clean) std::printf("%g ", value);
     std::printf("\n");
   }

@@ -22,8 +22,8 @@ void checkFits(const Image& image, const Window& window, const std::string& name
 }
 
 /// A line of `side` elements: 1 at the centre of a window of this side, 0 elsewhere.
-Kernel centreOf(int side) {
-  Kernel line{side, 1, std::vector<double>(static_cast<std::size_t>(side))};
+FilterKernel centreOf(int side) {
+  FilterKernel line{side, 1, std::vector<double>(static_cast<std::size_t>(side))};
   line.elements[static_cast<std::size_t>((side - 1) / 2)] = 1;
   return line;
 }
@@ -31,7 +31,7 @@ Kernel centreOf(int side) {
 /// Sets alpha to that of the pixel under the centre, by a filter that is 1 there.
 void placeAlpha(const Image& image, const Window& window, Image& output) {
   FilterSettings pick;
-  pick.options = {.direction = filters::Direction::correlation, .mode = window.mode, .pad = window.pad};
+  pick.options = {.direction = filters::FilterDirection::correlation, .mode = window.mode, .pad = window.pad};
   pick.kernels = {centreOf(window.width), centreOf(window.height)};
   std::swap(pick.kernels.back().width, pick.kernels.back().height);
   const int alpha = image.channels - 1;

@@ -15,7 +15,7 @@ struct Window {
   int width = 0;
   int height = 0;
   filters::OutputMode mode = filters::OutputMode::valid;
-  filters::Pad pad = filters::Pad::constant;
+  filters::PadRule pad = filters::PadRule::constant;
 };
 
 /// The picture for the outputs of `window` over `image`. The mode gives its extents; bit depth and channels are those

@@ -80,7 +80,7 @@ int runOnPlanes(const Values& values, const FilterSettings& settings) {
   return 0;
 }
 
-template <filters::Direction direction>
+template <filters::FilterDirection direction>
 int runMatrix(const Values& values) {
   FilterSettings settings = filterSettings(values, direction);
   if (values.has("--nd")) return runOnVolume(values, settings);
@@ -89,8 +89,8 @@ int runMatrix(const Values& values) {
 }
 
 int runSeparable(const Values& values) {
-  FilterSettings settings = filterSettings(
-      values, values.has("--correlate") ? filters::Direction::correlation : filters::Direction::convolution);
+  FilterSettings settings = filterSettings(values, values.has("--correlate") ? filters::FilterDirection::correlation
+                                                                             : filters::FilterDirection::convolution);
   settings.kernels = {parseLine(values["--row"], "--row"), parseLine(values["--column"], "--column")};
   std::swap(settings.kernels[1].width, settings.kernels[1].height);
   return runOnPlanes(values, settings);
@@ -139,7 +139,7 @@ Operation matrixOperation(const std::string& name, const std::string& summary, c
 Operation convolveOperation() {
   return matrixOperation(
       "convolve", "Convolution: the kernel, turned by 180 degrees, is laid over each position and the products summed",
-      matrixOptions(), runMatrix<filters::Direction::convolution>);
+      matrixOptions(), runMatrix<filters::FilterDirection::convolution>);
 }
 
 Operation correlateOperation() {
@@ -148,7 +148,7 @@ Operation correlateOperation() {
       {.name = "--nd", .meaning = "Over all dimensions, 1 to 8, of an NPY array: KERNEL is an NPY file of that rank"});
   return matrixOperation("correlate",
                          "Correlation: the kernel is laid over each position as it is and the products summed", options,
-                         runMatrix<filters::Direction::correlation>);
+                         runMatrix<filters::FilterDirection::correlation>);
 }
 
 Operation separableOperation() {

@@ -20,10 +20,10 @@ inline constexpr ModeRow modeTable[] = {{outputModes[0].name, outputModes[0].val
 struct PadRow {
   std::string_view name;
   PadTypeEnum number;  ///< what plans call it
-  filters::Pad pad;
+  filters::PadRule pad;
   std::string_view diagram;  ///< what stands before, in and behind an input of a few elements
 };
-#define ORVANE_ROW(number, enumerator, name, letters) {#name, enumerator, filters::Pad::name, letters},
+#define ORVANE_ROW(number, enumerator, name, letters) {#name, enumerator, filters::PadRule::name, letters},
 inline constexpr PadRow padTable[] = {ORVANE_FOR_PAD_TYPES(ORVANE_ROW)};
 #undef ORVANE_ROW
 

@@ -18,7 +18,7 @@ void checkRange(const Image& image, const FilterSettings& settings, const Sample
   const bool isFloat = settings.sumType == ElementType::float32;
   const double maxSum = isFloat ? 1e37 : maxDouble;
   double reach = std::max(static_cast<double>(image.maximum()), std::abs(settings.options.padValue));
-  for (const Kernel& kernel : settings.kernels) {
+  for (const FilterKernel& kernel : settings.kernels) {
     double sum = 0;
     for (const double element : kernel.elements) sum += std::fabs(element);
     reach *= sum;

@@ -34,7 +34,7 @@ std::string padDiagrams() {
   std::string text;
   for (std::size_t i = 0; i < std::size(padTable); ++i) {
     const PadRow& row = padTable[i];
-    const std::string name = std::string(row.name) + (row.pad == filters::Pad::constant ? ":V" : "");
+    const std::string name = std::string(row.name) + (row.pad == filters::PadRule::constant ? ":V" : "");
     const bool endsLine = i % 2 == 1 || i + 1 == std::size(padTable);
     text += "  " + name + std::string(11 - name.size(), ' ') + std::string(row.diagram) + (endsLine ? "\n" : "   ");
   }
@@ -86,7 +86,7 @@ std::string filterDetails(bool canNormalise) {
          "end.\n";
 }
 
-FilterSettings filterSettings(const Values& values, filters::Direction direction) {
+FilterSettings filterSettings(const Values& values, filters::FilterDirection direction) {
   const EdgeSettings edges = edgeSettings(values);
   FilterSettings settings;
   settings.options = {.direction = direction, .mode = edges.mode, .pad = edges.pad, .padValue = edges.padValue};

@@ -29,13 +29,13 @@ struct KernelTypes {
 /// Which positions have an output, and what is read beyond the edge.
 struct EdgeSettings {
   filters::OutputMode mode = filters::OutputMode::valid;
-  filters::Pad pad = filters::Pad::constant;
+  filters::PadRule pad = filters::PadRule::constant;
   std::complex<double> padValue;  ///< of a constant pad
 };
 
 /// What the operations `convolve`, `correlate` and `separable` do to each plane of their input.
 struct FilterSettings {
-  std::vector<Kernel> kernels;  ///< one kernel, or a row of numbers and a column of them for a separable filter
+  std::vector<FilterKernel> kernels;  ///< one kernel, or a row of numbers and a column of them for a separable filter
   filters::ConvolutionOptions options;
   std::optional<ElementType> sumType;  ///< float32 or float64
   std::optional<FixedSettings> fixed;
@@ -61,7 +61,7 @@ std::vector<Option> filterOptions(bool canNormalise);
 std::string filterDetails(bool canNormalise);
 
 /// Settings without kernels. Throws `std::runtime_error` that names the option and what it allows.
-FilterSettings filterSettings(const Values& values, filters::Direction direction);
+FilterSettings filterSettings(const Values& values, filters::FilterDirection direction);
 
 /// The types in a text such as "input=u8.0,filter=s16.14,rounding=nearest".
 KernelTypes parseKernelTypes(const std::string& text);

@@ -79,9 +79,9 @@ FixedEntries parseFixedEntries(const std::string& text, const FixedRoleNames& ro
   return entries;
 }
 
-void checkFixedPad(filters::OutputMode mode, filters::Pad pad, std::complex<double> value,
+void checkFixedPad(filters::OutputMode mode, filters::PadRule pad, std::complex<double> value,
                    const filters::FixedType& input) {
-  if (pad != filters::Pad::constant || mode == filters::OutputMode::valid) return;
+  if (pad != filters::PadRule::constant || mode == filters::OutputMode::valid) return;
   filters::Array<std::complex<double>> one({1});
   one[0] = value;
   if (filters::toComplex(filters::quantise(one, input))[0] == value) return;

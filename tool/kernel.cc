@@ -23,9 +23,9 @@ using Settings = std::vector<std::string_view>;
 struct NamedKernel {
   std::string_view form;  ///< the name, and what stands for its settings
   std::string_view meaning;
-  Kernel (*make)(const Settings& settings);
+  FilterKernel (*make)(const Settings& settings);
   /// Makes the line whose outer product with itself is the kernel; null if there is no such line.
-  Kernel (*makeLine)(const Settings& settings) = nullptr;
+  FilterKernel (*makeLine)(const Settings& settings) = nullptr;
 
   std::string_view name() const { return form.substr(0, form.find(':')); }
   std::size_t settings() const { return static_cast<std::size_t>(std::ranges::count(form, ':')); }
@@ -33,15 +33,15 @@ struct NamedKernel {
 
 int parseSide(std::string_view text) { return parseWhole(text, 1, maxKernelSide, "kernel: N"); }
 
-Kernel square(int side, std::vector<double> elements) { return {side, side, std::move(elements)}; }
+FilterKernel square(int side, std::vector<double> elements) { return {side, side, std::move(elements)}; }
 
-Kernel makeBox(const Settings& settings) {
+FilterKernel makeBox(const Settings& settings) {
   const int side = parseSide(settings[0]);
   const int count = side * side;
   return square(side, std::vector<double>(static_cast<std::size_t>(count), 1.0 / count));
 }
 
-Kernel makeBoxLine(const Settings& settings) {
+FilterKernel makeBoxLine(const Settings& settings) {
   const int side = parseSide(settings[0]);
   return {side, 1, std::vector<double>(static_cast<std::size_t>(side), 1.0 / side)};
 }
@@ -73,7 +73,7 @@ std::vector<double> ofSumOne(std::vector<double> elements, const Settings& setti
   return elements;
 }
 
-Kernel makeGaussian(const Settings& settings) {
+FilterKernel makeGaussian(const Settings& settings) {
   const std::vector<double> profile = gaussianProfile(settings);
   std::vector<double> elements;
   for (double down : profile) {
@@ -82,7 +82,7 @@ Kernel makeGaussian(const Settings& settings) {
   return square(static_cast<int>(profile.size()), ofSumOne(std::move(elements), settings));
 }
 
-Kernel makeGaussianLine(const Settings& settings) {
+FilterKernel makeGaussianLine(const Settings& settings) {
   std::vector<double> profile = gaussianProfile(settings);
   const int side = static_cast<int>(profile.size());
   return {side, 1, ofSumOne(std::move(profile), settings)};
@@ -143,7 +143,7 @@ bool looksLikeMatrix(std::string_view text) {
                            "a matrix such as 1,2,1;2,4,2;1,2,1, or the name of a CSV file");
 }
 
-Kernel parseUnscaled(const std::string& text) {
+FilterKernel parseUnscaled(const std::string& text) {
   if (trimmed(text).empty()) throw std::runtime_error("the kernel is empty; it needs at least one number");
   if (const NamedKernel* named = findNamed(text)) return named->make(settingsOf(*named, text));
   if (isFileName(text)) return readMatrix(text);
@@ -153,8 +153,8 @@ Kernel parseUnscaled(const std::string& text) {
 
 }  // namespace
 
-Kernel parseKernel(const std::string& text, double scale) {
-  Kernel kernel = parseUnscaled(text);
+FilterKernel parseKernel(const std::string& text, double scale) {
+  FilterKernel kernel = parseUnscaled(text);
   for (double& element : kernel.elements) {
     element *= scale;
     if (!std::isfinite(element)) {
@@ -164,10 +164,10 @@ Kernel parseKernel(const std::string& text, double scale) {
   return kernel;
 }
 
-Kernel parseLine(const std::string& text, const std::string& option) {
+FilterKernel parseLine(const std::string& text, const std::string& option) {
   const NamedKernel* named = findNamed(text);
   if (named != nullptr && named->makeLine != nullptr) return named->makeLine(settingsOf(*named, text));
-  Kernel line = parseUnscaled(text);
+  FilterKernel line = parseUnscaled(text);
   if (named != nullptr || (line.width > 1 && line.height > 1)) {
     throw std::runtime_error(option + " " + inQuotes(text) +
                              ": allowed are box:N, gaussian:N:SIGMA, or one line of numbers such as 1,2,1");

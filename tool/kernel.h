@@ -11,7 +11,7 @@ namespace BP::tool {
 ///
 /// Element (x, y) stands at y * width + x, so rows of the matrix are rows of the picture. A correlation lays it over
 /// the pixel that is x to the right of and y below the window's first pixel.
-struct Kernel {
+struct FilterKernel {
   int width = 0;
   int height = 0;
   std::vector<double> elements;
@@ -24,11 +24,11 @@ constexpr int maxKernelSide = 1023;
 ///
 /// The text is a name with its settings, such as `gaussian:5:1.2`; the name of a CSV file; or a matrix such as
 /// `1,2,1;2,4,2;1,2,1`. Throws `std::runtime_error` that says what was given and what is allowed.
-Kernel parseKernel(const std::string& text, double scale);
+FilterKernel parseKernel(const std::string& text, double scale);
 
 /// The line of numbers that `text` describes, as a kernel of one row: `box:N`, `gaussian:N:SIGMA`, or a matrix or CSV
 /// file of one row or one column. `option` appears in the `std::runtime_error` for anything else.
-Kernel parseLine(const std::string& text, const std::string& option);
+FilterKernel parseLine(const std::string& text, const std::string& option);
 
 /// The option `--scale`, which multiplies each element of a kernel.
 Option kernelScaleOption();

@@ -13,7 +13,7 @@ namespace {
 
 int run(const Values& values) {
   const KernelTypes types = parseKernelTypes(values["--fixed"]);
-  const Kernel kernel = parseKernel(values["KERNEL"], numberOf(values, "--scale"));
+  const FilterKernel kernel = parseKernel(values["KERNEL"], numberOf(values, "--scale"));
   printOut(quantisedKernelText(kernel, types, quantiseKernel(kernel, types)));
   return 0;
 }

@@ -32,7 +32,7 @@ ArrayView<const T> viewOf(const Array& array) {
   return {array.as<T>(), Extents(array.extents)};
 }
 
-std::string regionText(const filters::Region& region) {
+std::string regionText(const filters::Rectangle& region) {
   return std::to_string(region.start[0]) + "," + std::to_string(region.start[1]) + "," +
          std::to_string(region.size[0]) + "x" + std::to_string(region.size[1]);
 }

@@ -15,14 +15,14 @@ namespace BP::tool {
 /// The result of a match, for all element types.
 struct MatchResult {
   std::array<std::int64_t, 2> location{};
-  filters::Region window;
+  filters::Rectangle window;
   bool isComplex = false;  ///< whether scores are complex; the imaginary parts of real scores are 0
   std::complex<double> score;
   bool regionValid = false;
   std::vector<std::complex<double>> neighbourhood;  ///< row by row
   bool neighbourhoodValid = false;
   Array map;  ///< of the type of the scores: int32 for bool, float64 or complex128 for fixed point
-  filters::Region positions;
+  filters::Rectangle positions;
   std::string fixedTable;     ///< what happened to values in fixed point
   std::uint64_t rounded = 0;  ///< elements that were rounded to `double` before they were cast into fixed point
 };

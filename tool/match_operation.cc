@@ -28,8 +28,8 @@ constexpr Named<filters::Metric> metrics[] = {{"sad", filters::Metric::sad},
 constexpr Named<filters::Search> searches[] = {{"exhaustive", filters::Search::exhaustive},
                                                {"three-step", filters::Search::threeStep}};
 
-filters::Region parseRegion(const std::string& text) {
-  const Rectangle rectangle = parseRectangle(text, "--roi");
+filters::Rectangle parseRegion(const std::string& text) {
+  const PositionBox rectangle = parseBox(text, "--roi");
   if (rectangle.extents.size() != 2) {
     throw std::runtime_error("--roi " + inQuotes(text) + ": allowed is X,Y,WIDTHxHEIGHT, such as 2,3,20x10");
   }

@@ -11,7 +11,7 @@ namespace BP::tool {
 
 namespace {
 
-using filters::Region;
+using filters::Rectangle;
 
 struct Colour {
   int red, green, blue;
@@ -40,7 +40,7 @@ void put(Image& image, std::int64_t x, std::int64_t y, const Colour& colour) {
 }
 
 /// Colours the part of `box` that lies in `limits`.
-void fill(Image& image, const Region& limits, const Region& box, const Colour& colour) {
+void fill(Image& image, const Rectangle& limits, const Rectangle& box, const Colour& colour) {
   const auto first = [&](std::size_t d) { return std::max(box.start[d], limits.start[d]); };
   const auto end = [&](std::size_t d) {
     return std::min(box.start[d] + box.size[d], limits.start[d] + limits.size[d]);
@@ -51,7 +51,7 @@ void fill(Image& image, const Region& limits, const Region& box, const Colour& c
 }
 
 /// A ring of some width round `box`, which stays as it is.
-void ring(Image& image, const Region& limits, const Region& box, std::int64_t gap, std::int64_t width,
+void ring(Image& image, const Rectangle& limits, const Rectangle& box, std::int64_t gap, std::int64_t width,
           const Colour& colour) {
   const std::int64_t out = gap + width;
   const std::int64_t x = box.start[0] - out, y = box.start[1] - out;
@@ -63,7 +63,7 @@ void ring(Image& image, const Region& limits, const Region& box, std::int64_t ga
 }
 
 /// A frame that can be seen on every background: a ring of colour between two dark ones.
-void frame(Image& image, const Region& limits, const Region& box, std::int64_t width, const Colour& colour) {
+void frame(Image& image, const Rectangle& limits, const Rectangle& box, std::int64_t width, const Colour& colour) {
   ring(image, limits, box, 0, 1, dark);
   ring(image, limits, box, 1, width, colour);
   ring(image, limits, box, 1 + width, 1, dark);
@@ -101,21 +101,22 @@ double leastIn(const Levels& levels, const HeatLayout& layout, std::int64_t colu
 /// Draws the heat map with its upper left corner in (left, top).
 void drawHeat(Image& image, const MatchResult& match, const HeatLayout& layout, std::int64_t left, std::int64_t top) {
   const Levels levels = levelsOf(match.map);
-  const Region all{{0, 0}, {image.width, image.height}};
+  const Rectangle all{{0, 0}, {image.width, image.height}};
   for (std::int64_t row = 0; row < layout.cells(1); ++row) {
     for (std::int64_t column = 0; column < layout.cells(0); ++column) {
-      const Region cell{{left + column * layout.enlarge, top + row * layout.enlarge}, {layout.enlarge, layout.enlarge}};
+      const Rectangle cell{{left + column * layout.enlarge, top + row * layout.enlarge},
+                           {layout.enlarge, layout.enlarge}};
       fill(image, all, cell, heatColour(1 - leastIn(levels, layout, column, row)));
     }
   }
-  const Region area{{left, top}, {layout.pixels(0), layout.pixels(1)}};
+  const Rectangle area{{left, top}, {layout.pixels(0), layout.pixels(1)}};
   ring(image, all, area, 0, 1, dark);
   const auto cellOf = [&](std::size_t d) {
     return (match.location[d] - match.positions.start[d]) / layout.shrink * layout.enlarge;
   };
   const std::int64_t room = std::max<std::int64_t>(2, 5 - layout.enlarge);
-  const Region best{{left + cellOf(0) - room, top + cellOf(1) - room},
-                    {layout.enlarge + 2 * room, layout.enlarge + 2 * room}};
+  const Rectangle best{{left + cellOf(0) - room, top + cellOf(1) - room},
+                       {layout.enlarge + 2 * room, layout.enlarge + 2 * room}};
   frame(image, area, best, 1, found);
 }
 
@@ -133,7 +134,7 @@ ScorePicture scorePicture(const Array& map) {
   return picture;
 }
 
-Image matchOverlay(const Image& picture, const MatchResult& match, const std::optional<Region>& region) {
+Image matchOverlay(const Image& picture, const MatchResult& match, const std::optional<Rectangle>& region) {
   constexpr std::int64_t gap = 12;
   const HeatLayout layout(match.map, picture);
   Image image = makeImage(static_cast<int>(picture.width + layout.pixels(0) + 2 * gap),
@@ -142,7 +143,7 @@ Image matchOverlay(const Image& picture, const MatchResult& match, const std::op
   for (int y = 0; y < picture.height; ++y) {
     std::copy_n(&picture.samples[picture.at(0, y)], picture.rowSamples(), &image.samples[image.at(0, y)]);
   }
-  const Region ground{{0, 0}, {picture.width, picture.height}};
+  const Rectangle ground{{0, 0}, {picture.width, picture.height}};
   const std::int64_t width = std::max(2, std::min(picture.width, picture.height) / 150);
   if (region) frame(image, ground, *region, width, asked);
   frame(image, ground, match.window, width, found);

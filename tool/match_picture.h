@@ -24,6 +24,6 @@ ScorePicture scorePicture(const Array& map);
 /// or enlarged, by a whole number, to about a third of the picture's width.
 ///
 /// `match` must have a map. A frame lies outside the area that it surrounds and is cut off at the picture's edge.
-Image matchOverlay(const Image& picture, const MatchResult& match, const std::optional<filters::Region>& region);
+Image matchOverlay(const Image& picture, const MatchResult& match, const std::optional<filters::Rectangle>& region);
 
 }  // namespace BP::tool

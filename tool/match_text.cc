@@ -17,7 +17,9 @@ std::string sizeText(const std::array<std::int64_t, 2>& size) {
   return std::to_string(size[0]) + "x" + std::to_string(size[1]);
 }
 
-std::string regionText(const filters::Region& region) { return cornerText(region.start) + " " + sizeText(region.size); }
+std::string regionText(const filters::Rectangle& region) {
+  return cornerText(region.start) + " " + sizeText(region.size);
+}
 
 std::string scoreText(const std::complex<double>& score, bool isComplex) {
   if (!isComplex) return numberText(score.real());
@@ -35,7 +37,7 @@ std::string jsonScore(const std::complex<double>& score, bool isComplex) {
   return "[" + jsonNumber(score.real()) + ", " + jsonNumber(score.imag()) + "]";
 }
 
-std::string jsonRegion(const filters::Region& region) {
+std::string jsonRegion(const filters::Rectangle& region) {
   return "[" + std::to_string(region.start[0]) + ", " + std::to_string(region.start[1]) + ", " +
          std::to_string(region.size[0]) + ", " + std::to_string(region.size[1]) + "]";
 }

@@ -22,7 +22,7 @@ void checkSide(std::size_t side, const std::string& noun, const std::string& wha
 }
 
 /// Adds row `number` (from 1) of the matrix to `kernel`; `noun` is what a row is called.
-void appendRow(Kernel& kernel, std::string_view row, const std::string& noun, std::size_t number) {
+void appendRow(FilterKernel& kernel, std::string_view row, const std::string& noun, std::size_t number) {
   const std::string place = noun + " " + std::to_string(number);
   if (trimmed(row).empty()) throw std::runtime_error(place + " is empty; each needs the same count of numbers");
   const std::vector<std::string_view> elements = split(row, ',');
@@ -37,18 +37,19 @@ void appendRow(Kernel& kernel, std::string_view row, const std::string& noun, st
 
 }  // namespace
 
-Kernel parseMatrix(const std::string& text, char rowSeparator, const std::string& what, const std::string& rowName) {
+FilterKernel parseMatrix(const std::string& text, char rowSeparator, const std::string& what,
+                         const std::string& rowName) {
   if (trimmed(text).empty()) throw std::runtime_error(what + " is empty; a kernel needs at least one number");
   const std::vector<std::string_view> rows = split(text, rowSeparator);
   checkSide(rows.size(), rowName, what);
-  Kernel kernel;
+  FilterKernel kernel;
   kernel.height = static_cast<int>(rows.size());
   const std::string noun = what + ", " + rowName;
   for (std::size_t y = 0; y < rows.size(); ++y) appendRow(kernel, rows[y], noun, y + 1);
   return kernel;
 }
 
-Kernel readMatrix(const std::string& path) {
+FilterKernel readMatrix(const std::string& path) {
   constexpr std::size_t maxFileSize = std::size_t{1} << 26;
   constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
   std::string text = readText(path, maxFileSize);

@@ -10,10 +10,11 @@ namespace BP::tool {
 ///
 /// Throws `std::runtime_error` for an empty or ragged matrix, for more than `maxKernelSide` rows or columns, and for an
 /// element that is no finite number. `what` and `rowName` ("row", "line") appear in the error.
-Kernel parseMatrix(const std::string& text, char rowSeparator, const std::string& what, const std::string& rowName);
+FilterKernel parseMatrix(const std::string& text, char rowSeparator, const std::string& what,
+                         const std::string& rowName);
 
 /// The matrix in a CSV file, a line for each row. A byte-order mark, carriage returns and empty lines at the end are
 /// ignored. Throws `std::runtime_error` as above, and for a file that is no text, with the kind of file that it is.
-Kernel readMatrix(const std::string& path);
+FilterKernel readMatrix(const std::string& path);
 
 }  // namespace BP::tool

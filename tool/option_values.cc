@@ -54,7 +54,7 @@ PadValue padOf(const Values& values) {
   if (colon == std::string_view::npos) return pad;
   const auto parts = split(text.substr(colon + 1), ',');
   const std::string what = "--pad " + inQuotes(text);
-  if (pad.row->pad != filters::Pad::constant || parts.size() > 2) {
+  if (pad.row->pad != filters::PadRule::constant || parts.size() > 2) {
     throw std::runtime_error(what + ": allowed are " + allowed + "; V is a number, or RE,IM");
   }
   pad.value = {parseNumber(parts[0], what), parts.size() == 2 ? parseNumber(parts[1], what) : 0};
@@ -71,10 +71,10 @@ std::string extentsText(const std::vector<int>& extents) {
   return text;
 }
 
-Rectangle parseRectangle(std::string_view text, const std::string& option) {
+PositionBox parseBox(std::string_view text, const std::string& option) {
   const std::string what = option + " " + inQuotes(text);
   const auto parts = split(text, ',');
-  Rectangle rectangle;
+  PositionBox rectangle;
   rectangle.extents = extentsIn(parts.back(), what);
   if (parts.size() != rectangle.extents.size() + 1) {
     throw std::runtime_error(what + ": allowed is X,Y,WIDTHxHEIGHT, such as 2,3,20x10");

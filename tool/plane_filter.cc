@@ -16,17 +16,17 @@ namespace {
 using filters::Extents;
 
 /// Extents of a kernel for planes of `rank`. A kernel of a single row has rank 1 for planes of rank 1.
-Extents kernelExtents(const Kernel& kernel, std::size_t rank) {
+Extents kernelExtents(const FilterKernel& kernel, std::size_t rank) {
   if (rank == 1 && kernel.height == 1) return {kernel.width};
   return {kernel.width, kernel.height};
 }
 
 /// Extents of one of the two kernels of a separable filter.
-Extents lineExtents(const Kernel& kernel) { return {static_cast<std::int64_t>(kernel.elements.size())}; }
+Extents lineExtents(const FilterKernel& kernel) { return {static_cast<std::int64_t>(kernel.elements.size())}; }
 
 /// The kernel's elements in precision T.
 template <class T>
-filters::Array<T> elementsOf(const Kernel& kernel, const Extents& extents) {
+filters::Array<T> elementsOf(const FilterKernel& kernel, const Extents& extents) {
   filters::Array<T> elements(extents);
   std::ranges::transform(kernel.elements, elements.begin(), [](double element) { return static_cast<T>(element); });
   return elements;
@@ -44,9 +44,9 @@ PlaneFilter<T> shared(Filter filter) {
 template <class T>
 PlaneFilter<T> makePlaneFilter(const FilterSettings& settings, const Extents& extents) {
   using Real = filters::RealOf<T>;
-  const Kernel& kernel = settings.kernels.front();
+  const FilterKernel& kernel = settings.kernels.front();
   if (settings.isSeparable()) {
-    const Kernel& column = settings.kernels.back();
+    const FilterKernel& column = settings.kernels.back();
     const auto across = elementsOf<Real>(kernel, lineExtents(kernel));
     const auto down = elementsOf<Real>(column, lineExtents(column));
     return shared<T>(filters::SeparableConvolution<T, Real>(across, down, extents, settings.options));
@@ -82,9 +82,9 @@ FixedPlaneFilter::FixedPlaneFilter(const FilterSettings& chosen, const Extents& 
           {"accumulator", filters::toText(types.accumulator)},
           {"sqrt", textOrExact(types.sqrt)},
           {"output", filters::toText(types.output)}};
-  const Kernel& kernel = chosen.kernels.front();
+  const FilterKernel& kernel = chosen.kernels.front();
   if (chosen.isSeparable()) {
-    const Kernel& column = chosen.kernels.back();
+    const FilterKernel& column = chosen.kernels.back();
     hold(filters::FixedSeparableConvolution(cast(kernel, lineExtents(kernel), filterType),
                                             cast(column, lineExtents(column), filterType), extents, types,
                                             chosen.options));
@@ -101,7 +101,7 @@ FixedPlaneFilter::FixedPlaneFilter(filters::FixedMedian median, const filters::F
   hold(std::move(median));
 }
 
-filters::FixedArray FixedPlaneFilter::cast(const Kernel& kernel, const Extents& extents,
+filters::FixedArray FixedPlaneFilter::cast(const FilterKernel& kernel, const Extents& extents,
                                            const filters::FixedType& type) {
   return filters::quantise(filters::ArrayView<const double>(kernel.elements, extents), type, modes, &filterStatistics);
 }

@@ -42,7 +42,7 @@ class FixedPlaneFilter {
  private:
   template <class Filter>
   void hold(Filter made);
-  filters::FixedArray cast(const Kernel& kernel, const filters::Extents& extents, const filters::FixedType& type);
+  filters::FixedArray cast(const FilterKernel& kernel, const filters::Extents& extents, const filters::FixedType& type);
 
   FixedRows rows;
   filters::FixedType inputType;

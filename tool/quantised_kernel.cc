@@ -68,7 +68,7 @@ std::string unitText(int fraction) {
   return "1/" + power;
 }
 
-std::string matrixText(const Kernel& kernel, const std::vector<std::int64_t>& codes) {
+std::string matrixText(const FilterKernel& kernel, const std::vector<std::int64_t>& codes) {
   std::size_t width = 0;
   for (const std::int64_t code : codes) width = std::max(width, std::to_string(code).size());
   std::string text;
@@ -82,7 +82,7 @@ std::string matrixText(const Kernel& kernel, const std::vector<std::int64_t>& co
 
 }  // namespace
 
-QuantisedKernel quantiseKernel(const Kernel& kernel, const KernelTypes& types) {
+QuantisedKernel quantiseKernel(const FilterKernel& kernel, const KernelTypes& types) {
   checkType(types.input, "input");
   checkType(types.filter, "filter");
   filters::FixedStatistics statistics;
@@ -109,7 +109,8 @@ QuantisedKernel quantiseKernel(const Kernel& kernel, const KernelTypes& types) {
   return result;
 }
 
-std::string quantisedKernelText(const Kernel& kernel, const KernelTypes& types, const QuantisedKernel& quantised) {
+std::string quantisedKernelText(const FilterKernel& kernel, const KernelTypes& types,
+                                const QuantisedKernel& quantised) {
   const int fraction = types.filter.fraction;
   const double gain = std::ldexp(static_cast<double>(quantised.sumOfCodes), -fraction);
   const std::string error = quantised.maxError == 0

@@ -30,9 +30,9 @@ struct QuantisedKernel {
 ///
 /// Throws `std::runtime_error` for types of more than 32 bits, or of a fraction beyond -400 to 400, for sums that need
 /// more than 64 bits, and for kernels whose sum, in units of the filter's last bit, is beyond the range of `double`.
-QuantisedKernel quantiseKernel(const Kernel& kernel, const KernelTypes& types);
+QuantisedKernel quantiseKernel(const FilterKernel& kernel, const KernelTypes& types);
 
 /// The kernel's codes row by row, in the form of a CSV file, and below them the other numbers with their units.
-std::string quantisedKernelText(const Kernel& kernel, const KernelTypes& types, const QuantisedKernel& quantised);
+std::string quantisedKernelText(const FilterKernel& kernel, const KernelTypes& types, const QuantisedKernel& quantised);
 
 }  // namespace BP::tool

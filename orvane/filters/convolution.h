@@ -125,10 +125,10 @@ auto convolve(const Input& input, const Filter& filter, const ConvolutionOptions
   return Convolution<ElementOf<Input>, ElementOf<Filter>>(filter.view(), from.extents(), options).run(from);
 }
 
-/// The same with `Direction::correlation` instead of the direction in the options.
+/// The same with `FilterDirection::correlation` instead of the direction in the options.
 template <class Input, class Filter>
 auto correlate(const Input& input, const Filter& filter, ConvolutionOptions options = {}) {
-  options.direction = Direction::correlation;
+  options.direction = FilterDirection::correlation;
   return convolve(input, filter, options);
 }
 

@@ -81,7 +81,7 @@ namespace detail {
 
 OutputModeEnum modeOf(OutputMode mode) { return chosen("mode", mode, outputModes); }
 
-PadTypeEnum padOf(Pad pad) { return chosen("pad", pad, padTypes); }
+PadTypeEnum padOf(PadRule pad) { return chosen("pad", pad, padTypes); }
 
 Extents checkedOutputExtents(const Extents& input, const Extents& filter, OutputModeEnum mode, PadTypeEnum pad,
                              std::size_t maxRank, std::int64_t maxElements, std::string_view filterName) {

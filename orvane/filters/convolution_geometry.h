@@ -15,7 +15,7 @@ namespace BP::filters::detail {
 
 /// The library's enumerator for a choice. Throws `std::invalid_argument` for an unknown number.
 OutputModeEnum modeOf(OutputMode mode);
-PadTypeEnum padOf(Pad pad);
+PadTypeEnum padOf(PadRule pad);
 
 /// The extents of the output of one filter over an input, both of rank 1 to `maxRank`. Throws `std::invalid_argument`
 /// for bad extents, for more than `maxElements` elements, and for coordinates beyond 32 bits. Messages call the filter

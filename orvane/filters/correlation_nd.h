@@ -14,8 +14,8 @@ namespace BP::filters {
 ///
 /// j runs over the filter's elements in the order of memory, dimension 0 fastest. Each output is one sum in this order,
 /// in T. Every multiplication and every addition rounds once. The result has the same bits on every machine. For ranks
-/// 1 and 2 they are those of `Convolution` with `Direction::correlation`, without a vendor's library. T is `float` or
-/// `double`.
+/// 1 and 2 they are those of `Convolution` with `FilterDirection::correlation`, without a vendor's library. T is
+/// `float` or `double`.
 ///
 /// An object is made once and run for each input. It keeps a copy of the filter, and a run allocates nothing. One
 /// thread at a time may use an object; different objects share nothing. An object can be moved. Its use after that

@@ -70,8 +70,8 @@ FixedTemplateMatcher::FixedTemplateMatcher(const FixedView& pattern, const Exten
 
 FixedMatch FixedTemplateMatcher::run(const FixedView& image) { return job->run(image); }
 void FixedTemplateMatcher::setTemplate(const FixedView& pattern) { job->setTemplate(pattern); }
-void FixedTemplateMatcher::setRegion(const std::optional<Region>& region) { job->setRegion(region); }
-const Region& FixedTemplateMatcher::positions() const { return job->positions(); }
+void FixedTemplateMatcher::setRegion(const std::optional<Rectangle>& region) { job->setRegion(region); }
+const Rectangle& FixedTemplateMatcher::positions() const { return job->positions(); }
 
 std::vector<FixedStatistics> FixedTemplateMatcher::statistics() { return job->getElements().statistics(); }
 

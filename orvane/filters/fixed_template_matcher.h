@@ -57,10 +57,10 @@ class ORVANE_API FixedTemplateMatcher {
   /// Copies another template of the same type and extents for later runs.
   void setTemplate(const FixedView& pattern);
   /// Sets another region of interest, or none, for later runs.
-  void setRegion(const std::optional<Region>& region);
+  void setRegion(const std::optional<Rectangle>& region);
 
   /// The positions in the region of interest. The size is 0 if there are none.
-  const Region& positions() const;
+  const Rectangle& positions() const;
 
   /// The statistics of all runs so far, sorted by label. "output" counts all scores that were written: those of map,
   /// neighbourhood and best match. `Metric::product` adds "accumulator", "product", and for complex products "product

@@ -51,8 +51,8 @@ class MatchJob {
   }
 
   void setTemplate(const PatternView& newPattern) { pattern = elements.copyOf(newPattern, geometry.patternExtents); }
-  void setRegion(const std::optional<Region>& region) { geometry.setRegion(region); }
-  const Region& positions() const { return geometry.positions; }
+  void setRegion(const std::optional<Rectangle>& region) { geometry.setRegion(region); }
+  const Rectangle& positions() const { return geometry.positions; }
 
   const Elements& getElements() const { return elements; }
 

@@ -22,7 +22,7 @@ std::string textOf(const char* what, std::int64_t value, std::size_t dimension) 
 }
 
 /// Checks a region. The front adds start and size, and subtracts a start from positions, in 32 bits.
-void checkRegion(const Region& region) {
+void checkRegion(const Rectangle& region) {
   constexpr std::int64_t least = -maxIndex / 2;
   for (std::size_t d = 0; d < 2; ++d) {
     if (region.start[d] < least || region.start[d] > maxIndex) {
@@ -38,8 +38,8 @@ void checkRegion(const Region& region) {
 }
 
 /// The intersection of two regions. If it is empty, its size is 0 in both dimensions.
-Region intersection(const Region& a, const Region& b) {
-  Region common;
+Rectangle intersection(const Rectangle& a, const Rectangle& b) {
+  Rectangle common;
   for (std::size_t d = 0; d < 2; ++d) {
     common.start[d] = std::max(a.start[d], b.start[d]);
     common.size[d] = std::min(a.start[d] + a.size[d], b.start[d] + b.size[d]) - common.start[d];
@@ -93,17 +93,17 @@ void MatchingGeometry::checkNeighbourhood(std::int64_t size, std::int64_t maxEle
   refuse("neighbourhood", std::to_string(size), "allowed are 0 (none) to " + std::to_string(maxEdge));
 }
 
-void MatchingGeometry::setRegion(const std::optional<Region>& region) {
+void MatchingGeometry::setRegion(const std::optional<Rectangle>& region) {
   if (region) checkRegion(*region);
   positions = region ? intersection(support, *region) : support;
-  const Region& asked = region ? *region : support;
+  const Rectangle& asked = region ? *region : support;
   for (std::size_t d = 0; d < 2; ++d) {
     roi[d] = static_cast<int>(asked.start[d]);
     roi[2 + d] = static_cast<int>(asked.size[d]);
   }
 }
 
-Region MatchingGeometry::windowAt(const std::array<std::int64_t, 2>& location) const {
+Rectangle MatchingGeometry::windowAt(const std::array<std::int64_t, 2>& location) const {
   return {{location[0] - centre(0), location[1] - centre(1)}, {patternExtents[0], patternExtents[1]}};
 }
 

@@ -23,16 +23,16 @@ struct MatchingGeometry {
                    std::int64_t maxElements = maxIndex);
 
   /// Sets the region of interest. Throws `std::invalid_argument` for a bad one, and then changes nothing.
-  void setRegion(const std::optional<Region>& region);
+  void setRegion(const std::optional<Rectangle>& region);
 
   bool hasPositions() const { return positions.size[0] > 0; }
-  Region windowAt(const std::array<std::int64_t, 2>& location) const;
+  Rectangle windowAt(const std::array<std::int64_t, 2>& location) const;
 
   Extents imageExtents;
   Extents patternExtents;
-  Region support;    ///< the positions of the mode
-  Region positions;  ///< the positions in the region of interest; of size 0 if there are none
-  int edge;          ///< the edge of the neighbourhood
+  Rectangle support;    ///< the positions of the mode
+  Rectangle positions;  ///< the positions in the region of interest; of size 0 if there are none
+  int edge;             ///< the edge of the neighbourhood
   std::array<int, 2> imageDims;
   std::array<int, 2> patternDims;
   std::array<int, 4> roi;  ///< the region of interest, or the positions: start, then size

@@ -17,11 +17,11 @@ class MedianJob;
 
 /// The choices of a median filter over elements of type T, for designated initialisers. Each has a default:
 ///
-///     MedianOptions<float>{.mode = OutputMode::same, .pad = Pad::replicate}
+///     MedianOptions<float>{.mode = OutputMode::same, .pad = PadRule::replicate}
 template <class T>
 struct MedianOptions {
   OutputMode mode = OutputMode::valid;
-  Pad pad = Pad::constant;
+  PadRule pad = PadRule::constant;
   /// The value of a constant pad.
   T padValue{};
 };

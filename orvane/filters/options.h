@@ -14,7 +14,7 @@
 namespace BP::filters {
 
 /// The direction in which the filter is walked. Nothing is conjugated.
-enum class Direction {
+enum class FilterDirection {
   convolution,  ///< the window's first element meets the filter's last
   correlation,  ///< the window's first element meets the filter's first
 };
@@ -34,7 +34,7 @@ enum class OutputMode {
 ///     circular   a b c | a b c | a b c        the input once more
 ///     mirror     d c b | a b c d | c b a      the input mirrored at its edge, which comes once; and back again
 #define ORVANE_ENUMERATE(number, enumerator, name, letters) name,
-enum class Pad { ORVANE_FOR_PAD_TYPES(ORVANE_ENUMERATE) };
+enum class PadRule { ORVANE_FOR_PAD_TYPES(ORVANE_ENUMERATE) };
 #undef ORVANE_ENUMERATE
 
 /// The divisor of each sum.
@@ -45,11 +45,11 @@ enum class Normalisation {
 
 /// The choices of a convolution, for designated initialisers. Each has a default:
 ///
-///     ConvolutionOptions{.mode = OutputMode::same, .pad = Pad::replicate}
+///     ConvolutionOptions{.mode = OutputMode::same, .pad = PadRule::replicate}
 struct ConvolutionOptions {
-  Direction direction = Direction::convolution;
+  FilterDirection direction = FilterDirection::convolution;
   OutputMode mode = OutputMode::valid;
-  Pad pad = Pad::constant;
+  PadRule pad = PadRule::constant;
   /// The value of a constant pad. It must be real for a real input. It is rounded to nearest if the input's elements
   /// are `float`.
   std::complex<double> padValue = 0;
@@ -59,7 +59,7 @@ struct ConvolutionOptions {
 /// The choices of a correlation in any number of dimensions; each has a default.
 struct CorrelationNDOptions {
   OutputMode mode = OutputMode::valid;
-  Pad pad = Pad::constant;
+  PadRule pad = PadRule::constant;
   double padValue = 0;  ///< the value of a constant pad, rounded to nearest if the elements are `float`
 };
 

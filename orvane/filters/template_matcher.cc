@@ -87,11 +87,11 @@ void TemplateMatcher<UT, HT>::setTemplate(ArrayView<const HT> pattern) {
   job->setTemplate(pattern);
 }
 template <class UT, class HT>
-void TemplateMatcher<UT, HT>::setRegion(const std::optional<Region>& region) {
+void TemplateMatcher<UT, HT>::setRegion(const std::optional<Rectangle>& region) {
   job->setRegion(region);
 }
 template <class UT, class HT>
-const Region& TemplateMatcher<UT, HT>::positions() const {
+const Rectangle& TemplateMatcher<UT, HT>::positions() const {
   return job->positions();
 }
 

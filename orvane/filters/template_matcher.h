@@ -42,10 +42,10 @@ enum class Search {
 };
 
 /// A rectangle of positions or of elements of an image: its first corner and its extents.
-struct Region {
+struct Rectangle {
   std::array<std::int64_t, 2> start{};
   std::array<std::int64_t, 2> size{};
-  bool operator==(const Region&) const = default;
+  bool operator==(const Rectangle&) const = default;
 };
 
 /// The choices of a match. Each has a default.
@@ -58,7 +58,7 @@ struct MatchOptions {
   OutputMode mode = OutputMode::valid;
   Search search = Search::exhaustive;
   /// The region of interest, which restricts the positions. It may exceed them, miss them, or be empty.
-  std::optional<Region> region = std::nullopt;
+  std::optional<Rectangle> region = std::nullopt;
   /// The number of rows and columns of the block of scores around the best match, or 0 for no block.
   std::int64_t neighbourhood = 0;
   bool best = true;  ///< whether to search the best match
@@ -86,7 +86,7 @@ struct BasicMatch {
   /// location, window and score are 0.
   bool found = false;
   std::array<std::int64_t, 2> location{};  ///< position of the best match
-  Region window{};                         ///< elements of the image under the template at the location
+  Rectangle window{};                      ///< elements of the image under the template at the location
   Score score{};                           ///< score at the location
   /// Whether the whole region of interest consists of positions. True without a region, false for an empty one.
   bool regionValid = false;
@@ -95,7 +95,7 @@ struct BasicMatch {
   Scores neighbourhood{};
   bool neighbourhoodValid = false;  ///< whether the whole block lies in the region of interest and has positions only
   Scores map{};                     ///< the score of each position in `positions`
-  Region positions{};               ///< the positions in the region of interest; of size 0 if there are none
+  Rectangle positions{};            ///< the positions in the region of interest; of size 0 if there are none
 };
 template <class Score>
 using Match = BasicMatch<Score, Array<Score>>;
@@ -142,10 +142,10 @@ class ORVANE_API TemplateMatcher {
   /// Copies another template of the same extents for later runs.
   void setTemplate(ArrayView<const HT> pattern);
   /// Sets another region of interest, or none, for later runs.
-  void setRegion(const std::optional<Region>& region);
+  void setRegion(const std::optional<Rectangle>& region);
 
   /// The positions in the region of interest. The size is 0 if there are none.
-  const Region& positions() const;
+  const Rectangle& positions() const;
 
  private:
   detail::JobHandle<detail::MatchJob<detail::PlainMatchElements<UT, HT>>> job;

@@ -11,14 +11,14 @@ namespace BP::test {
 constexpr std::pair<filters::OutputMode, OutputModeEnum> modeChoices[] = {{filters::OutputMode::valid, OutputModeValid},
                                                                           {filters::OutputMode::same, OutputModeSame},
                                                                           {filters::OutputMode::full, OutputModeFull}};
-constexpr std::pair<filters::Pad, PadTypeEnum> padChoices[] = {{filters::Pad::constant, PadTypeConstant},
-                                                               {filters::Pad::replicate, PadTypeReplicate},
-                                                               {filters::Pad::symmetric, PadTypeSymmetric},
-                                                               {filters::Pad::circular, PadTypeCircular},
-                                                               {filters::Pad::mirror, PadTypeMirror}};
-constexpr std::pair<filters::Direction, AlgorithmModeEnum> directionChoices[] = {
-    {filters::Direction::convolution, AlgorithmModeConvolution},
-    {filters::Direction::correlation, AlgorithmModeCorrelation}};
+constexpr std::pair<filters::PadRule, PadTypeEnum> padChoices[] = {{filters::PadRule::constant, PadTypeConstant},
+                                                                   {filters::PadRule::replicate, PadTypeReplicate},
+                                                                   {filters::PadRule::symmetric, PadTypeSymmetric},
+                                                                   {filters::PadRule::circular, PadTypeCircular},
+                                                                   {filters::PadRule::mirror, PadTypeMirror}};
+constexpr std::pair<filters::FilterDirection, AlgorithmModeEnum> directionChoices[] = {
+    {filters::FilterDirection::convolution, AlgorithmModeConvolution},
+    {filters::FilterDirection::correlation, AlgorithmModeCorrelation}};
 constexpr std::pair<filters::Normalisation, NormEnum> normChoices[] = {
     {filters::Normalisation::none, NormNone}, {filters::Normalisation::energy, NormWindowEnergy}};
 

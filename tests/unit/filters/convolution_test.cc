@@ -132,7 +132,7 @@ TEST(ConvolutionRunTest, ASeparableObjectRunsWithOtherFilters) {
 }
 
 using Line = std::vector<double>;
-Line valid(Direction direction, const Line& h, const Line& u) {
+Line valid(FilterDirection direction, const Line& h, const Line& u) {
   const auto lineOf = [](const Line& l) { return ArrayView(l, {static_cast<std::int64_t>(l.size())}); };
   const Array<double> y = convolve(lineOf(u), lineOf(h), {.direction = direction});
   return {y.begin(), y.end()};
@@ -144,12 +144,13 @@ TEST(ConvolutionRunTest, KnownSums) {
   const double a = 1 + 0x1p-27;  // a * a = 1 + 2^-26 + 2^-54, of which the last term is rounded away
   for (const std::string_view target : {lanes::plain, std::string_view()}) {
     ASSERT_TRUE(lanes::forceTarget(target));
-    EXPECT_EQ(valid(Direction::convolution, {1, 10}, {1, 2, 3, 4}), (Line{12, 23, 34}));
-    EXPECT_EQ(valid(Direction::correlation, {1, 10}, {1, 2, 3, 4}), (Line{21, 32, 43}));
-    EXPECT_EQ(valid(Direction::correlation, {1, a}, {-(1 + 0x1p-26), a}), Line{0}) << "fused";
-    EXPECT_EQ(valid(Direction::correlation, {1, 1, 1, 1}, {1, 0x1p53, -0x1p53, 1}), Line{1}) << "reordered or widened";
-    EXPECT_TRUE(std::isnan(valid(Direction::correlation, {0, 1}, {infinity, 1})[0])) << "zero taps count";
-    EXPECT_FALSE(std::signbit(valid(Direction::convolution, {1}, {-0.0})[0])) << "a sum that starts at +0";
+    EXPECT_EQ(valid(FilterDirection::convolution, {1, 10}, {1, 2, 3, 4}), (Line{12, 23, 34}));
+    EXPECT_EQ(valid(FilterDirection::correlation, {1, 10}, {1, 2, 3, 4}), (Line{21, 32, 43}));
+    EXPECT_EQ(valid(FilterDirection::correlation, {1, a}, {-(1 + 0x1p-26), a}), Line{0}) << "fused";
+    EXPECT_EQ(valid(FilterDirection::correlation, {1, 1, 1, 1}, {1, 0x1p53, -0x1p53, 1}), Line{1})
+        << "reordered or widened";
+    EXPECT_TRUE(std::isnan(valid(FilterDirection::correlation, {0, 1}, {infinity, 1})[0])) << "zero taps count";
+    EXPECT_FALSE(std::signbit(valid(FilterDirection::convolution, {1}, {-0.0})[0])) << "a sum that starts at +0";
   }
 }
 

@@ -34,7 +34,7 @@ TYPED_TEST(CorrelationNDTest, EqualsConvolutionsOfRankOneAndTwoRunAfterRunAndPri
     const Extents inputs = trial % 2 ? Extents{pick(random, 4, 9), pick(random, 4, 9)} : Extents{pick(random, 4, 9)};
     const Extents filters = trial % 2 ? Extents{pick(random, 1, 4), pick(random, 1, 4)} : Extents{pick(random, 1, 4)};
     const OutputMode mode = test::modeChoices[trial % 3].first;
-    const Pad pad = test::padChoices[trial % 5].first;
+    const PadRule pad = test::padChoices[trial % 5].first;
     CorrelationND<T> correlation(randomArray<T>(random, filters), inputs, {mode, pad, 0.1});
     for (const double padValue : {0.5, -2.0}) {
       const auto filter = randomArray<T>(random, filters), input = randomArray<T>(random, inputs);
@@ -55,7 +55,7 @@ TEST(CorrelationNDRunTest, AFilterOfASingleOneMovesAVolume) {
   for (int j = 0; j < 4 * 2 * 3; ++j) {
     Array<float> filter({4, 2, 3});
     filter[static_cast<std::size_t>(j)] = 1;
-    const Array<float> output = correlateND(input, filter, {OutputMode::same, Pad::circular});
+    const Array<float> output = correlateND(input, filter, {OutputMode::same, PadRule::circular});
     for (int i = 0; i < 4 * 3 * 5; ++i) {
       const int x = (i + j + 3) % 4, y = (i / 4 + j / 4 % 2) % 3, z = (i / 12 + j / 8 + 4) % 5;
       ASSERT_EQ(output[static_cast<std::size_t>(i)], input[static_cast<std::size_t>(x + 4 * y + 12 * z)]) << i;

@@ -181,7 +181,7 @@ TEST(FixedConvolutionTest, TheSecondPadValueIsTheFirstFiltersSumInTheOutputsType
   const FixedTypes types{.input = {16, 0}, .accumulator = {24, 0}, .output = {5, 0}};
   FixedSeparableConvolution convolution(
       values({10, 10}, {8, 0}), values({1, -1}, {8, 0}), {2, 2}, types,
-      {.direction = Direction::correlation, .mode = OutputMode::full, .padValue = -1});
+      {.direction = FilterDirection::correlation, .mode = OutputMode::full, .padValue = -1});
   // The sum saturates to 15 before it is multiplied by -1; the intermediate's first element is -10.
   EXPECT_EQ(listOf(convolution.run(FixedArray({2, 2}, types.input)))[0], -15 + 10);
 }

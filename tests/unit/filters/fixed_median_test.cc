@@ -70,7 +70,7 @@ class Comparison {
   std::mt19937& random;
   FixedMedianTypes types;
   OutputMode mode;
-  Pad pad;
+  PadRule pad;
   test::Problem<mpq_class, mpq_class, mpq_class> p{};
   ExactCast output;
 };

@@ -72,14 +72,14 @@ class MatcherComparison {
     }
   }
 
-  std::optional<filters::Region> randomRegion() {
+  std::optional<filters::Rectangle> randomRegion() {
     model.hasRoi = pick(random, 0, 2) > 0;
     if (!model.hasRoi) return std::nullopt;
     for (int d = 0; d < 2; ++d) {
       model.roi[d] = pick(random, -4, 12);
       model.roi[2 + d] = pick(random, 0, 14);
     }
-    return filters::Region{{model.roi[0], model.roi[1]}, {model.roi[2], model.roi[3]}};
+    return filters::Rectangle{{model.roi[0], model.roi[1]}, {model.roi[2], model.roi[3]}};
   }
 
   /// Compares a run with a model that is as new.
@@ -96,7 +96,7 @@ class MatcherComparison {
       return elements.expectScores(Scores(blockSize), match.neighbourhood, "block");
     }
     EXPECT_EQ(match.positions,
-              (filters::Region{{expected.lo[0], expected.lo[1]}, {expected.size[0], expected.size[1]}}));
+              (filters::Rectangle{{expected.lo[0], expected.lo[1]}, {expected.size[0], expected.size[1]}}));
     Model searched = model;
     searched.mode = TMModeBestMatchNeighborhood;
     searched.block.resize(static_cast<std::size_t>(model.edge * model.edge));

@@ -44,7 +44,7 @@ void run(std::size_t outputStart, const Extents& outputExtents, const Extents& i
 }
 
 const ConvolutionOptions full{.mode = OutputMode::full};
-const ConvolutionOptions mirrored{.mode = OutputMode::same, .pad = Pad::symmetric};
+const ConvolutionOptions mirrored{.mode = OutputMode::same, .pad = PadRule::symmetric};
 const ConvolutionOptions energy{.normalise = Normalisation::energy};
 
 TEST(RefusalTest, OfExtents) {
@@ -77,9 +77,9 @@ TEST(RefusalTest, OfConvolutions) {
   EXPECT_REFUSAL("mode: 3; allowed are 0 (valid), 1 (same), 2 (full)", make({4, 3}, {.mode = OutputMode{3}}));
   EXPECT_REFUSAL("mode: 7; allowed are 0 (valid), 1 (same), 2 (full)", outputExtents({4}, {3}, OutputMode{7}));
   EXPECT_REFUSAL("pad: -1; allowed are 0 (constant), 1 (replicate), 2 (symmetric), 3 (circular), 4 (mirror)",
-                 make({4, 3}, {.pad = Pad{-1}}));
+                 make({4, 3}, {.pad = PadRule{-1}}));
   EXPECT_REFUSAL("direction: 2; allowed are 0 (convolution), 1 (correlation)",
-                 make({4, 3}, {.direction = Direction{2}}));
+                 make({4, 3}, {.direction = FilterDirection{2}}));
   EXPECT_REFUSAL("normalise: 9; allowed are 0 (none), 1 (energy)", make({4, 3}, {.normalise = Normalisation{9}}));
   EXPECT_REFUSAL("padValue: 0.5 - 2i; the input is real, so it must be real", make({4, 3}, {.padValue = {0.5, -2}}));
   EXPECT_REFUSAL("padValue: 1e+39; it must lie in the range of the input's element type",
@@ -110,7 +110,7 @@ TEST(RefusalTest, OfCorrelationsOfMoreDimensions) {
   EXPECT_REFUSAL("input: 2000 x 2000 x 2000 are 8000000000 elements; at most 2147483647 are allowed",
                  Job(filter, {2000, 2000, 2000}));
   EXPECT_REFUSAL("pad: 5; allowed are 0 (constant), 1 (replicate), 2 (symmetric), 3 (circular), 4 (mirror)",
-                 Job(filter, {5, 5, 5}, {.pad = Pad{5}}));
+                 Job(filter, {5, 5, 5}, {.pad = PadRule{5}}));
   EXPECT_REFUSAL("padValue: 1e+40; it must lie in the range of the input's element type",
                  Job(filter, {5, 5, 5}, {.padValue = 1e40}));
   Array<float> wrong({3, 3, 5});
@@ -221,11 +221,11 @@ TEST(RefusalTest, OfTemplateMatching) {
                  makeMatcher({4, 3}, {.neighbourhood = 3, .best = false, .map = true}));
   EXPECT_REFUSAL("best: false; it must be true unless map is", makeMatcher({4, 3}, {.best = false}));
   EXPECT_REFUSAL("region: size -1 in dimension 1; with a start of 0, allowed are 0 to 2147483647",
-                 makeMatcher({4, 3}, {.region = Region{{0, 0}, {1, -1}}}));
+                 makeMatcher({4, 3}, {.region = Rectangle{{0, 0}, {1, -1}}}));
   EXPECT_REFUSAL("region: size 2147483647 in dimension 0; with a start of 5, allowed are 0 to 2147483642",
-                 makeMatcher({4, 3}, {.region = Region{{5, 0}, {greatest, 1}}}));
+                 makeMatcher({4, 3}, {.region = Rectangle{{5, 0}, {greatest, 1}}}));
   EXPECT_REFUSAL("region: start -1073741824 in dimension 0; allowed are -1073741823 to 2147483647",
-                 makeMatcher({4, 3}, {.region = Region{{-1073741824, 0}, {1, 1}}}));
+                 makeMatcher({4, 3}, {.region = Rectangle{{-1073741824, 0}, {1, 1}}}));
   EXPECT_REFUSAL("image: extents 4 x 2; they must be 4 x 3", makeMatcher({4, 3}).run({few.data(), {4, 2}}));
 }
 

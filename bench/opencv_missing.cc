@@ -1,0 +1,25 @@
+// Takes the place of opencv_peer.cc where OpenCV is not installed.
+#include "bench/opencv_peer.h"
+
+namespace bench {
+
+using namespace BP::filters;
+
+template <class T>
+std::function<void()> openCvFilter2D(ArrayView<const T>, ArrayView<const T>, ArrayView<T>) {
+  return {};
+}
+
+template <class T>
+std::function<void()> openCvSeparable(ArrayView<const T>, ArrayView<const T>, ArrayView<const T>, ArrayView<T>) {
+  return {};
+}
+
+#define ORVANE_INSTANTIATE(T)                                                                                \
+  template std::function<void()> openCvFilter2D(ArrayView<const T>, ArrayView<const T>, ArrayView<T>);       \
+  template std::function<void()> openCvSeparable(ArrayView<const T>, ArrayView<const T>, ArrayView<const T>, \
+                                                 ArrayView<T>);
+ORVANE_INSTANTIATE(float)
+ORVANE_INSTANTIATE(double)
+
+}  // namespace bench

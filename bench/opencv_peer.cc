@@ -1,0 +1,45 @@
+#include "bench/opencv_peer.h"
+
+#include <opencv2/imgproc.hpp>
+
+namespace bench {
+namespace {
+
+using namespace BP::filters;
+
+/// The array's memory as OpenCV sees it. Input and filters are only read.
+template <class T>
+cv::Mat matrixOf(ArrayView<const T> array) {
+  const auto rows = array.extents().rank() > 1 ? array.extents()[1] : 1;
+  return {static_cast<int>(rows), static_cast<int>(array.extents()[0]), cv::DataType<T>::type,
+          const_cast<T*>(array.data())};
+}
+
+}  // namespace
+
+template <class T>
+std::function<void()> openCvFilter2D(ArrayView<const T> input, ArrayView<const T> filter, ArrayView<T> output) {
+  cv::setNumThreads(1);
+  return [from = matrixOf(input), kernel = matrixOf(filter), to = matrixOf<T>(output)]() mutable {
+    cv::filter2D(from, to, -1, kernel, {-1, -1}, 0, cv::BORDER_REFLECT);
+  };
+}
+
+template <class T>
+std::function<void()> openCvSeparable(ArrayView<const T> input, ArrayView<const T> first, ArrayView<const T> second,
+                                      ArrayView<T> output) {
+  cv::setNumThreads(1);
+  return
+      [from = matrixOf(input), across = matrixOf(first), down = matrixOf(second), to = matrixOf<T>(output)]() mutable {
+        cv::sepFilter2D(from, to, -1, across, down, {-1, -1}, 0, cv::BORDER_REFLECT);
+      };
+}
+
+#define ORVANE_INSTANTIATE(T)                                                                                \
+  template std::function<void()> openCvFilter2D(ArrayView<const T>, ArrayView<const T>, ArrayView<T>);       \
+  template std::function<void()> openCvSeparable(ArrayView<const T>, ArrayView<const T>, ArrayView<const T>, \
+                                                 ArrayView<T>);
+ORVANE_INSTANTIATE(float)
+ORVANE_INSTANTIATE(double)
+
+}  // namespace bench

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <functional>
+
+#include "orvane/filters/array.h"
+
+/// OpenCV's filters, in one thread, on the same arrays and with the same edge rule (symmetric). T is `float` or
+/// `double`. The functions are empty where OpenCV is not installed.
+namespace bench {
+
+/// Correlates with a filter of rank 2 into `output`. The arrays must outlive the function that is returned.
+template <class T>
+std::function<void()> openCvFilter2D(BP::filters::ArrayView<const T> input, BP::filters::ArrayView<const T> filter,
+                                     BP::filters::ArrayView<T> output);
+
+/// Correlates with a filter of rank 1 along dimension 0 and with one along dimension 1.
+template <class T>
+std::function<void()> openCvSeparable(BP::filters::ArrayView<const T> input, BP::filters::ArrayView<const T> first,
+                                      BP::filters::ArrayView<const T> second, BP::filters::ArrayView<T> output);
+
+}  // namespace bench
