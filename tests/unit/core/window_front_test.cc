@@ -20,11 +20,11 @@ using KarnDSPFixpt::Fixpt;
 /// Extents, window and input of a front, and its outputs in mode same with pad replicate.
 struct Scene {
   int hNumDims, uNumDims;
-  int hDims[2] = {2, 1}, rowDims[2] = {1, 1}, uDims[2] = {3, 1}, roi[8] = {};
+  std::vector<int> hDims{2, 1}, rowDims{1, 1}, uDims{3, 1}, roi = std::vector<int>(4);
   std::vector<double> h{1, 10}, row{2}, u{1, 2, 3}, y = std::vector<double>(8, -77);
 
   /// No pointer to entries that the host says are not there.
-  static int* tableOf(int count, int* dims) { return count > 0 ? dims : nullptr; }
+  static int* tableOf(int count, std::vector<int>& dims) { return count > 0 ? dims.data() : nullptr; }
 
   template <class FrontT, class StartT, class... ArgsT>
   std::vector<double> run(StartT&& start, ArgsT... args) {
@@ -59,7 +59,7 @@ struct Scene {
     const auto [count, dims] = input();
     return run<TemplateMatchingTolk<double, double, double>>(
         [&](auto& front) {
-          front.setup(h.data(), u.data(), roi, y.data(), nullptr, 0, nullptr, nullptr, nullptr, nullptr, false);
+          front.setup(h.data(), u.data(), roi.data(), y.data(), nullptr, 0, nullptr, nullptr, nullptr, nullptr, false);
         },
         count, dims, PadTypeReplicate, OutputModeSame, AlgorithmModeSAD, TMModeMetric, true, false, false,
         SearchMethodExhaustive);
@@ -73,6 +73,7 @@ TEST(WindowFrontTest, NegativeRanksCountAsNoEntries) {
     for (const int none : {0, -1}) {
       EXPECT_EQ(outputs(2, none, run), withoutInput) << "input rank " << none;
       EXPECT_EQ(outputs(none, 2, run), withoutWindow) << "window rank " << none;
+      EXPECT_THAT(outputs(none, none, run), testing::Each(-77)) << "both ranks " << none;
     }
   };
   expect(&Scene::convolve, {11}, {1, 2, 3});

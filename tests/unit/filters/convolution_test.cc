@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <complex>
 #include <limits>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -91,19 +93,23 @@ TEST(ConvolutionRunTest, AnObjectRunsOverOtherArraysFiltersAndPadValues) {
   auto scene = fixedScene(random);
   scene.options.mode = OutputMode::full;
   scene.problem.outputMode = OutputModeFull;
-  Convolution<float> convolution(scene.filter(), {6, 5}, scene.options);
-  EXPECT_EQ(convolution.outputExtents(), (Extents{9, 7}));
   Array<float> output({9, 7}), other({9, 7});
-  for (int turn = 0; turn < 3; ++turn) {
-    scene.problem.u = randomValues<float>(random, 30);
-    for (Array<float>* target : {&output, &other, &other}) {
-      convolution.run(scene.input(), *target);
-      expectSame(solve(scene.problem), *target);
+  for (const auto& [normalisation, norm] : test::normChoices) {
+    scene.options.normalise = normalisation, scene.problem.norm = norm;
+    scene.options.padValue = scene.problem.padValue = 2;
+    Convolution<float> convolution(scene.filter(), {6, 5}, scene.options);
+    EXPECT_EQ(convolution.outputExtents(), (Extents{9, 7}));
+    for (int turn = 0; turn < 3; ++turn) {
+      std::ranges::copy(randomValues<float>(random, 30), scene.problem.u.begin());
+      for (Array<float>* target : {&output, &other, &output}) {  // so that each turn begins with the last one's arrays
+        convolution.run(scene.input(), *target);
+        expectSame(solve(scene.problem), *target);
+      }
+      scene.problem.h = randomValues<float>(random, 12);
+      scene.problem.padValue = static_cast<float>(turn);
+      convolution.setFilter(scene.filter());
+      convolution.setPadValue(turn);
     }
-    scene.problem.h = randomValues<float>(random, 12);
-    scene.problem.padValue = static_cast<float>(turn);
-    convolution.setFilter(scene.filter());
-    convolution.setPadValue(turn);
   }
 }
 
@@ -133,16 +139,19 @@ Line valid(FilterDirection direction, const Line& h, const Line& u) {
 }
 
 TEST(ConvolutionRunTest, KnownSums) {
-  EXPECT_EQ(valid(FilterDirection::convolution, {1, 10}, {1, 2, 3, 4}), (Line{12, 23, 34}));
-  EXPECT_EQ(valid(FilterDirection::correlation, {1, 10}, {1, 2, 3, 4}), (Line{21, 32, 43}));
   EXPECT_EQ(outputExtents({4}, {2}, OutputMode::valid), Extents{3});
-  const double a = 1 + 0x1p-27;  // a * a = 1 + 2^-26 + 2^-54, of which the last term is rounded away
-  EXPECT_EQ(valid(FilterDirection::correlation, {1, a}, {-(1 + 0x1p-26), a}), Line{0}) << "fused";
-  EXPECT_EQ(valid(FilterDirection::correlation, {1, 1, 1, 1}, {1, 0x1p53, -0x1p53, 1}), Line{1})
-      << "reordered or widened";
   const double infinity = std::numeric_limits<double>::infinity();
-  EXPECT_TRUE(std::isnan(valid(FilterDirection::correlation, {0, 1}, {infinity, 1})[0])) << "zero taps count";
-  EXPECT_FALSE(std::signbit(valid(FilterDirection::convolution, {1}, {-0.0})[0])) << "a sum that starts at +0";
+  const double a = 1 + 0x1p-27;  // a * a = 1 + 2^-26 + 2^-54, of which the last term is rounded away
+  for (const std::string_view target : {lanes::plain, std::string_view()}) {
+    ASSERT_TRUE(lanes::forceTarget(target));
+    EXPECT_EQ(valid(FilterDirection::convolution, {1, 10}, {1, 2, 3, 4}), (Line{12, 23, 34}));
+    EXPECT_EQ(valid(FilterDirection::correlation, {1, 10}, {1, 2, 3, 4}), (Line{21, 32, 43}));
+    EXPECT_EQ(valid(FilterDirection::correlation, {1, a}, {-(1 + 0x1p-26), a}), Line{0}) << "fused";
+    EXPECT_EQ(valid(FilterDirection::correlation, {1, 1, 1, 1}, {1, 0x1p53, -0x1p53, 1}), Line{1})
+        << "reordered or widened";
+    EXPECT_TRUE(std::isnan(valid(FilterDirection::correlation, {0, 1}, {infinity, 1})[0])) << "zero taps count";
+    EXPECT_FALSE(std::signbit(valid(FilterDirection::convolution, {1}, {-0.0})[0])) << "a sum that starts at +0";
+  }
 }
 
 TEST(ConvolutionRunTest, TheFilterIsCopiedSoItMayOverlapAnything) {
