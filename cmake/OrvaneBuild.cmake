@@ -16,6 +16,9 @@ set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
 file(RELATIVE_PATH bin_to_lib /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
 set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/${bin_to_lib}")
 
+# The standard headers that most sources read, parsed once for each target that asks for them.
+set(ORVANE_COMMON_HEADERS <algorithm> <array> <complex> <cstdint> <map> <memory> <string> <type_traits> <vector>)
+
 add_library(orvane_build INTERFACE)
 # Contraction would fuse a multiplication and an addition into one rounding; results must not depend on it.
 target_compile_options(orvane_build INTERFACE -ffp-contract=off
