@@ -5,8 +5,8 @@
 namespace BP {
 
 template <class SumsT>
-void LineWalk<SumsT>::Geometry::resize(int rank) {
-  const auto size = static_cast<std::size_t>(rank);
+void LineWalk<SumsT>::Geometry::resize(int dimensions) {
+  const auto size = static_cast<std::size_t>(dimensions);
   for (auto* table : {&position, &first, &last, &windowLoc, &windowDims, &inputDims, &outputOffset}) {
     table->assign(size, 0);
   }

@@ -56,7 +56,7 @@ class LineWalk {
     std::vector<int> inputDims;
     std::vector<int> outputOffset;  ///< from a position to the output's index
     std::vector<Size> outputStride;
-    void resize(int rank);
+    void resize(int dimensions);
   };
 
   void readGeometry(const Sector& sector, const Block& filter, const Block& input, const Block& output);

@@ -19,6 +19,22 @@
 
 namespace BP {
 
+/// A correlation that can show its plan, as template matching can.
+class ORVANE_API PlannedCorrelation : public AnyCorrelation {
+ public:
+  virtual AnyPlan& getPlan() const = 0;
+};
+
+/// The root of a processor with a plan.
+template <class RootT>
+struct PlannedRoot {
+  using type = RootT;
+};
+template <>
+struct PlannedRoot<AnyCorrelation> {
+  using type = PlannedCorrelation;
+};
+
 /// What processors that slide one window over a padded input have in common: geometry, set-up, run.
 ///
 /// The output mode says which positions have an output (see `OutputModeEnum`). The pad type says what the input yields
@@ -34,13 +50,13 @@ namespace BP {
 ///
 /// A derived class makes its window, then an algorithm if its arguments name one, then the plan.
 template <class RootT, class UT, class YT, class AllocT>
-class ORVANE_API WindowProcessor : public RootT {
+class ORVANE_API WindowProcessor : public PlannedRoot<RootT>::type {
  public:
   void setup(setupModeT mode) override;
   ~WindowProcessor() override;
   void invoke() override;
   void assignPadValue(const void* value, bool isComplex) override;
-  virtual AnyPlan& getPlan() const;
+  AnyPlan& getPlan() const override;
 
   /// hStart := 0, and hEnd := hStart + hDims - 1.
   void computeHStart() { tables.computeHStart(nDims); }
