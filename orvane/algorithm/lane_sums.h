@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <complex>
 #include <cstddef>
+#include <cstdint>
 #include <type_traits>
 #include <vector>
 
@@ -20,6 +21,10 @@ struct RunLimits {
   static constexpr int copiedWidth = 256;
   /// Areas of fewer outputs along dimension 0 are turned, if they are higher than wide.
   static constexpr int narrow = 16;
+  /// Filters of more taps are left to the plain loop: they would be kept eightfold.
+  static constexpr std::int64_t taps = std::int64_t{1} << 20;
+  /// Areas under filters of more taps are not turned.
+  static constexpr std::int64_t turnedTaps = std::int64_t{1} << 16;
 };
 
 /// The norm of a window from its energy, and the division by it: sample := sample / (root of the energy * norm of the
@@ -59,8 +64,10 @@ class LaneSums {
     packedForms = 0;
   }
 
-  /// Whether the filter has an element at all.
+  /// Whether the lanes take the filter: it has an element, and not too many.
   bool isReady() const { return extents.planes > 0; }
+  /// Whether they take it turned as well.
+  bool getCanTurn() const { return canTurn; }
   const lanes::FilterExtents& getExtents() const { return extents; }
 
   /// Computes a run of up to `RunLimits` outputs. `turned`: filter rows are planes and filter columns are rows.
@@ -92,6 +99,7 @@ class LaneSums {
 
   lanes::FilterExtents extents{0, 0, 0};
   Form forms[2];  // upright, turned
+  bool canTurn = false;
   int packedForms = 0;
   const HT* elements = nullptr;
   bool isReversed = false;
@@ -105,10 +113,14 @@ void LaneSums<HT, UT, YT, normalise>::resize(const Block& filter, int rank) {
   const int* dims = filter.getDims().ptr;
   extents = {0, 0, 0};
   if (rank < 1 || std::any_of(dims, dims + rank, [](int extent) { return extent < 1; })) return;
+  std::int64_t count = 1;
+  for (int d = 0; d < rank; ++d) count = std::min(count * dims[d], RunLimits::taps + 1);
+  if (count > RunLimits::taps) return;
   extents = {1, rank > 1 ? dims[1] : 1, dims[0]};
   for (int d = 2; d < rank; ++d) extents.planes *= dims[d];
+  canTurn = count <= RunLimits::turnedTaps;
   forms[0].resize(extents);
-  forms[1].resize({extents.planes * extents.rows, extents.columns, 1});
+  if (canTurn) forms[1].resize({extents.planes * extents.rows, extents.columns, 1});
   if constexpr (normalise != 0 && !isReal) {
     energies.resize(std::size_t{RunLimits::rows} * RunLimits::width);
     energyRows.resize(RunLimits::rows);
@@ -140,7 +152,7 @@ void LaneSums<HT, UT, YT, normalise>::compute(bool turned, const Run& run) {
   }
 }
 
-/// A complex division is none for lanes: its formula is the library's of the language.
+/// Lanes do not divide complex values: the formula is that of the language's library, as in the plain loop.
 template <class HT, class UT, class YT, int normalise>
 void LaneSums<HT, UT, YT, normalise>::computeComplexNormalised(const lanes::PackedFilter<Real>& filter,
                                                                const Run& run) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <type_traits>
 
@@ -52,7 +53,7 @@ void ConvCorrSeparable<HT, UT, YT, AllocT>::setup(setupModeT mode) {
   if (mode == setupResize || mode == setupStart) {
     std::copy_n(pass1->getY().getBlock().getDims().ptr, nDims, midDims.ptr);
     if constexpr (isPlain) {
-      if (canFuse && hDims.ptr[0] > 0 && h2Dims.ptr[1] > 0) walk.resize(hDims.ptr[0], h2Dims.ptr[1]);
+      if (canFuse) walk.resize(hDims.ptr[0], h2Dims.ptr[1]);
     }
   }
   if constexpr (std::is_same_v<YT, Fixpt>) {
@@ -66,11 +67,29 @@ bool ConvCorrSeparable<HT, UT, YT, AllocT>::intermediateFits() const {
   return elementCount(nDims, midDims.ptr) <= midCapacity;
 }
 
+/// Whether the first filter is a column and the second a row, with their centres in them.
+template <class HT, class UT, class YT, class AllocT>
+bool ConvCorrSeparable<HT, UT, YT, AllocT>::filtersAreLines() const {
+  const auto isWithin = [](int centre, int extent) { return centre >= 0 && centre < extent; };
+  return hDims.ptr[1] == 1 && h2Dims.ptr[0] == 1 && hCentre.ptr[1] == 0 && h2Centre.ptr[0] == 0 &&
+         isWithin(hCentre.ptr[0], hDims.ptr[0]) && isWithin(h2Centre.ptr[1], h2Dims.ptr[1]);
+}
+
+/// Whether input and output share memory, as they can with the intermediate between them.
+template <class HT, class UT, class YT, class AllocT>
+bool ConvCorrSeparable<HT, UT, YT, AllocT>::arraysOverlap() const {
+  const auto* const from = reinterpret_cast<const char*>(u.ptr);
+  const auto* const to = reinterpret_cast<const char*>(y.ptr);
+  const std::less<const char*> isBefore;
+  return isBefore(from, to + elementCount(2, pass2->getY().getBlock().getDims().ptr) * std::int64_t{sizeof(YT)}) &&
+         isBefore(to, from + elementCount(2, uDims.ptr) * std::int64_t{sizeof(UT)});
+}
+
 /// Both passes in one walk; false, and nothing done, where that cannot be.
 template <class HT, class UT, class YT, class AllocT>
 bool ConvCorrSeparable<HT, UT, YT, AllocT>::runFused() {
   if constexpr (isPlain) {
-    if (!canFuse || !pass1->getIsBuilt() || hDims.ptr[0] < 1 || h2Dims.ptr[1] < 1) return false;
+    if (!canFuse || !pass1->getIsBuilt() || !filtersAreLines() || arraysOverlap()) return false;
     const auto firstTap = [&](int extent, int centre) {
       return outputMode == OutputModeValid ? 0 : outputMode == OutputModeSame ? -centre : 1 - extent;
     };
@@ -79,15 +98,21 @@ bool ConvCorrSeparable<HT, UT, YT, AllocT>::runFused() {
                                      {firstTap(hDims.ptr[0], hCentre.ptr[0]), firstTap(h2Dims.ptr[1], h2Centre.ptr[1])},
                                      hDims.ptr[0],
                                      h2Dims.ptr[1]};
-    return walk.run({u.ptr, uDims.ptr, 2, padType, pass1->getPadValue().ptr}, pass1->getPadOutput().ptr, h.ptr, h2.ptr,
+    return walk.run({u.ptr, uDims.ptr, 2, padType, pass1->getPadValue().ptr}, pass2->getPadValue().ptr, h.ptr, h2.ptr,
                     isReversed, geometry, y.ptr);
   }
   return false;
 }
 
+/// Whether the first pass would take its values from an input that has none, and so leave the intermediate as it is.
+template <class HT, class UT, class YT, class AllocT>
+bool ConvCorrSeparable<HT, UT, YT, AllocT>::readsNothing() const {
+  return padType != PadTypeConstant && std::any_of(uDims.ptr, uDims.ptr + nDims, [](int extent) { return extent < 1; });
+}
+
 template <class HT, class UT, class YT, class AllocT>
 void ConvCorrSeparable<HT, UT, YT, AllocT>::invoke() {
-  if (!intermediateFits() || runFused()) return;
+  if (!intermediateFits() || readsNothing() || runFused()) return;
   pass1->invoke();
   pass2->invoke();
 }

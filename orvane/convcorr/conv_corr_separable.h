@@ -42,6 +42,9 @@ class ORVANE_API ConvCorrSeparable : public AnyCorrelation {
   struct NoWalk {};
 
   bool intermediateFits() const;
+  bool readsNothing() const;
+  bool filtersAreLines() const;
+  bool arraysOverlap() const;
   bool runFused();
 
   AllocT* allocator;

@@ -15,7 +15,7 @@
 /// the command, and the choice among template arguments all come from it. A rule keeps its number for good.
 ///
 /// A further rule takes a line here, its formulas in `orvane/input/pad_redirector.h`, and the documents that
-/// `grep -rl "c b a" README.md docs examples` finds.
+/// `grep -rl "c b a |" README.md docs examples orvane tool` finds.
 ///
 ///     APPLY(number, enumerator, name, letters)
 #define ORVANE_FOR_PAD_TYPES(APPLY)                                                         \

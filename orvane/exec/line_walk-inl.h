@@ -41,10 +41,11 @@ void LineWalk<SumsT>::resize(const Block& filter, const Block& input, int walked
   capacity = {bounded(RunLimits::rows, 1), bounded(RunLimits::width, 0), bounded(RunLimits::copiedWidth, 0),
               bounded(RunLimits::narrow - 1, 0), bounded(RunLimits::copiedWidth, 1)};
   const Size upright = uprightElements(capacity.copiedWidth, capacity.rows);
-  const Size turned = turnedElements(capacity.turnedWidth, capacity.turnedHeight);
+  if (!sums->getCanTurn()) capacity.turnedWidth = 0;
+  const Size turned = capacity.turnedWidth == 0 ? 0 : turnedElements(capacity.turnedWidth, capacity.turnedHeight);
   copied.resize(static_cast<std::size_t>(std::max(canCopy(upright) ? upright : 0, canCopy(turned) ? turned : 0)));
-  lines.resize(static_cast<std::size_t>(
-      std::max(Size{planes} * (capacity.rows + rows - 1), Size{planes} * rows * (capacity.turnedWidth + columns - 1))));
+  const Size turnedLines = capacity.turnedWidth == 0 ? 0 : Size{planes} * rows * (capacity.turnedWidth + columns - 1);
+  lines.resize(static_cast<std::size_t>(std::max(Size{planes} * (capacity.rows + rows - 1), turnedLines)));
   out.resize(static_cast<std::size_t>(std::max(capacity.rows, capacity.turnedWidth)));
   turnedOutput.resize(static_cast<std::size_t>(capacity.turnedWidth) * static_cast<std::size_t>(capacity.turnedHeight));
   oneLine.resize(static_cast<std::size_t>(capacity.turnedWidth) + static_cast<std::size_t>(columns) - 1);

@@ -26,7 +26,7 @@ namespace BP {
 /// sector that is narrow and high, as at the left edge of a picture, is turned: its input is copied so that columns
 /// become lines, and lanes run across neighbouring rows, in the same order of taps.
 ///
-/// All room is made by `resize`; it is some lines, whatever the arrays.
+/// `resize` makes all room. That is a number of lines which follows from the filter, whatever the size of the arrays.
 template <class SumsT>
 class LineWalk {
  public:
@@ -38,8 +38,8 @@ class LineWalk {
   /// Makes room for the extents of filter and input; the first `walkedRank` dimensions are walked.
   void resize(const Block& filter, const Block& input, int walkedRank);
 
-  /// Computes all outputs of a sector; `edges` is the sector again, or null for an inside one. False, and nothing done,
-  /// if lanes are not in use, the filter has no element, or lines would need more room than is made.
+  /// Computes all outputs of a sector; `edges` is the sector again, or null for an inside one. Returns false and does
+  /// nothing if lanes are not in use, do not take the filter, or would need more room than there is.
   bool run(const LineSource<UT>& source, const Sector& sector, const OuterSector* edges, const Block& filter,
            const Block& input, const Block& output, YT* y);
 
@@ -74,7 +74,7 @@ class LineWalk {
   Size outputIndex() const;
 
   /// Elements that gathered or turned lines may take; a filter that needs more is left to the plain loop.
-  static constexpr Size maxCopied = Size{1} << 22;
+  static constexpr Size maxCopied = Size{1} << 21;
 
   /// How much of `RunLimits` the extents of the arrays let a run use; a sector of more outputs takes more runs.
   struct Capacity {

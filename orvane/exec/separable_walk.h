@@ -34,7 +34,8 @@ class SeparableWalk {
   void resize(int columns, int rows);
 
   /// Filters all lines that `lines` reads, of rank 2, into `y`. `beyond` is what the array between yields beyond its
-  /// edge under a constant pad. False, and nothing done, if lanes are not in use or there is nothing to compute.
+  /// edge under a constant pad. Returns false and does nothing if lanes are not in use, the filters are too long for
+  /// them, or there is nothing to compute.
   bool run(const LineSource<UT>& lines, const YT* beyond, const HT* first, const HT* second, bool reversed,
            const SeparableGeometry& geometry, YT* y);
 
@@ -55,6 +56,9 @@ class SeparableWalk {
   void runStrip(const SeparableGeometry& g, int x, int width, YT* y);
   const UT* lineAt(int row, int length, int number);
 
+  static constexpr int maxTaps = 1024;  ///< of each filter
+
+  bool isReady = false;
   LineReader<UT> reader;
   LineSource<UT> source{};
   std::vector<Real> alongTaps, acrossTaps;
@@ -69,6 +73,8 @@ class SeparableWalk {
 
 template <class HT, class UT, class YT>
 void SeparableWalk<HT, UT, YT>::resize(int columns, int rows) {
+  isReady = columns > 0 && rows > 0 && std::max(columns, rows) <= maxTaps;
+  if (!isReady) return;
   const lanes::FilterExtents alongExtents{1, 1, columns}, acrossExtents{1, rows, 1};
   alongTaps.resize(lanes::PackedFilter<Real>::sizeFor(kindOf<UT>, alongExtents));
   acrossTaps.resize(lanes::PackedFilter<Real>::sizeFor(kindOf<YT>, acrossExtents));
@@ -89,7 +95,8 @@ template <class HT, class UT, class YT>
 bool SeparableWalk<HT, UT, YT>::run(const LineSource<UT>& lines, const YT* beyond, const HT* first, const HT* second,
                                     bool reversed, const SeparableGeometry& g, YT* y) {
   const int width = g.outputDims[0];
-  if (!lanes::areInUse() || width < 1 || g.outputDims[1] < 1 || lines.dims[0] < 1 || lines.dims[1] < 1) return false;
+  if (!isReady || !lanes::areInUse() || width < 1 || g.outputDims[1] < 1 || lines.dims[0] < 1 || lines.dims[1] < 1)
+    return false;
   source = lines;
   along.pack(reinterpret_cast<const Real*>(first), reversed);
   across.pack(reinterpret_cast<const Real*>(second), reversed);

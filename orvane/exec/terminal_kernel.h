@@ -34,14 +34,16 @@ class TerminalKernel : public Kernel<Out, Alloc> {
   void searchInside(InsideSector& s, Out& result, CleverPtr<int>& best) override { searchOver(s, result, best); }
   void runOutside(OutsideSector& s, Out& result) override { runOver(s, result); }
   void runBoundary(BoundarySector& s, Out& result) override {
-    if (!runByLines(s, &s, result)) runOver(s, result);
+    if (isEmpty || runByLines(s, &s, result)) return;
+    runOver(s, result);
   }
   void runInside(InsideSector& s, Out& result) override {
     if (!canRun()) return;
     if constexpr (requires { algorithm->runWholeSector(s, result); }) {
       if (algorithm->runWholeSector(s, result)) return;
     }
-    if (!runByLines(s, nullptr, result)) runOver(s, result);
+    if (isEmpty || runByLines(s, nullptr, result)) return;
+    runOver(s, result);
   }
   void stepSearchOutside(OutsideSector& s, Out& result, CleverPtr<int>& best) override {
     stepSearchOver(s, result, best);

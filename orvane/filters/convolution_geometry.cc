@@ -5,6 +5,7 @@
 #include <string>
 
 #include "orvane/filters/convolution.h"
+#include "orvane/input/pad_redirector.h"
 
 namespace BP::filters {
 
@@ -35,7 +36,7 @@ Extents checkedOutput(std::string_view argument, const Extents& input, const Ext
 }
 
 /// Checks that coordinates of a pass stay in 32 bits. The window exceeds each edge by up to the filter's extent, and
-/// the symmetric rule uses twice the input's extent.
+/// some edge rules use twice the input's extent.
 void checkReach(std::string_view argument, const Extents& input, const Extents& filter, PadTypeEnum pad,
                 OutputModeEnum mode) {
   for (std::size_t d = 0; d < input.rank(); ++d) {
@@ -44,10 +45,8 @@ void checkReach(std::string_view argument, const Extents& input, const Extents& 
              "for an input extent of " + std::to_string(input[d]) + ", at most " +
                  std::to_string((maxIndex - input[d]) / 2) + " is allowed");
     }
-    const bool reflects = pad == PadTypeSymmetric || pad == PadTypeMirror;
-    if (reflects && mode != OutputModeValid && 2 * input[d] > maxIndex) {
-      refuse("input", extentText(input[d], d),
-             "with a symmetric or a mirror pad at most " + std::to_string(maxIndex / 2) + " is allowed");
+    if (doublesExtent(pad) && mode != OutputModeValid && 2 * input[d] > maxIndex) {
+      refuse("input", extentText(input[d], d), "with this pad at most " + std::to_string(maxIndex / 2) + " is allowed");
     }
   }
 }

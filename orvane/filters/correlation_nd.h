@@ -20,7 +20,8 @@ namespace BP::filters {
 /// An object is made once and run for each input. It keeps a copy of the filter, and a run allocates nothing. One
 /// thread at a time may use an object; different objects share nothing. An object can be moved. Its use after that
 /// throws `std::logic_error`, until another object is assigned to it. Beside the filter it takes some hundred bytes for
-/// each of 3^rank sectors. Each array has at most 2^31 - 1 elements. The limits of extents are those of `Convolution`.
+/// each of 3^rank sectors, eight times the filter and some lines of input. Each array has at most 2^31 - 1 elements.
+/// The limits of extents are those of `Convolution`.
 ///
 /// A bad argument throws `std::invalid_argument` and changes nothing. The text has the argument, its value and the
 /// allowed values.

@@ -4,6 +4,14 @@ namespace BP {
 
 PadRedirector::~PadRedirector() = default;
 
+bool doublesExtent(int padType) {
+  bool doubles = false;
+  visitPadType(padType, [&](auto pad) {
+    if constexpr (pad() != PadTypeConstant) doubles = RedirectorOf<pad()>::type::doublesExtent;
+  });
+  return doubles;
+}
+
 int redirectedInto(int n, int padType, int i) {
   int at = i;
   visitPadType(padType, [&](auto pad) {

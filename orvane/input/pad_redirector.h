@@ -20,6 +20,8 @@ namespace BP {
 /// Base of the redirectors. `isDistanceBased` tells that a read beyond the edge yields an element of the input.
 class ORVANE_API PadRedirector {
  public:
+  /// Whether the formulas use twice the extent of the input, which then must fit 32 bits.
+  static constexpr bool doublesExtent = false;
   explicit PadRedirector(bool distanceBased) : isDistanceBased(distanceBased) {}
   virtual ~PadRedirector();
   bool getIsDistanceBased() const { return isDistanceBased; }
@@ -48,6 +50,7 @@ class ORVANE_API DistanceBasedPadRedirector : public PadRedirector {
 /// walk forward again, and so on.
 class ORVANE_API SymmetricPadRedirector : public DistanceBasedPadRedirector {
  public:
+  static constexpr bool doublesExtent = true;
   static int fromBelow(int i, int lo, int hi, int n) {
     const int r = (lo - i - 1) % (2 * n);
     return r < n ? lo + r : hi - r % n;
@@ -69,6 +72,7 @@ class ORVANE_API CircularPadRedirector : public DistanceBasedPadRedirector {
 /// edge's neighbour, the next n - 1 walk forward again, and so on. An array of one element gives that element.
 class ORVANE_API MirrorPadRedirector : public DistanceBasedPadRedirector {
  public:
+  static constexpr bool doublesExtent = true;
   static int fromBelow(int i, int lo, int hi, int n) {
     if (n == 1) return lo;
     const int r = (lo - i) % (2 * (n - 1));
@@ -103,6 +107,9 @@ struct RedirectorOf<PadTypeMirror> {
 
 /// The element, of `n`, that coordinate `i` beyond the edge of an input reads as; for a data-based pad type.
 ORVANE_API int redirectedInto(int n, int padType, int i);
+
+/// Whether the rule of a pad type uses twice the extent of the input.
+ORVANE_API bool doublesExtent(int padType);
 
 /// Applies `move(d, below)` to the dimensions of the sector's edge lists that are below `rank`, low edges first.
 template <class MoveT>

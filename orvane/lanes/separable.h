@@ -6,7 +6,7 @@ namespace BP::lanes {
 
 /// A filter along the lines and a filter across them, one after the other for each output, with the bits of two passes:
 ///
-///   between[k][i] := sum over columns c of lines[k][i + c] * along[c],   rounded to an element as ever
+///   between[k][i] := sum over columns c of lines[k][i + c] * along[c],   rounded to the element's type
 ///   out[r][i]     := sum over rows j of between[r + j][i] * across[j]
 ///
 /// The array between is never written. Columns are cut into strips, and of each strip only the lines that the next

@@ -7,7 +7,7 @@
 namespace BP::lanes {
 
 /// Greatest number of output rows whose taps are packed side by side; kernels take so many rows at once, or fewer.
-constexpr int mostPackedRows = 8;
+constexpr int maxPackedRows = 8;
 
 /// One run as kernels see it. Extents count input values of type `T`, whatever they mean: a complex element is two.
 template <class T>
@@ -30,14 +30,14 @@ struct SumTask {
 /// The kernels of one target.
 template <class T>
 struct SumKernels {
-  using Kernel = void(const SumTask<T>&);
-  Kernel* realReal;  ///< also complexReal, whose parts are summed alike
-  Kernel* realComplex;
-  Kernel* complexComplex;
-  Kernel* normalised;         ///< realReal divided by norms
-  Kernel* complexRealEnergy;  ///< these three store the energies as well
-  Kernel* realComplexEnergy;
-  Kernel* complexComplexEnergy;
+  using Function = void(const SumTask<T>&);
+  Function* realReal;  ///< also complexReal, whose parts are summed alike
+  Function* realComplex;
+  Function* complexComplex;
+  Function* normalised;         ///< realReal divided by norms
+  Function* complexRealEnergy;  ///< these three store the energies as well
+  Function* realComplexEnergy;
+  Function* complexComplexEnergy;
 };
 
 /// The kernels of the target in use.

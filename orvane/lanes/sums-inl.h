@@ -56,7 +56,7 @@ constexpr int vectorsFor(int rows) {
 
 /// The greatest choice of rows up to `most`, which is at least 1.
 template <class E>
-int mostRows(int most) {
+int maxRows(int most) {
   for (const int choice : rowChoices) {
     if (choice <= most && vectorsFor<E>(choice) > 0) return choice;
   }
@@ -73,7 +73,7 @@ int leastRows(int least) {
   return best;
 }
 
-/// Where a block lies and which plane is its turn.
+/// Where a block lies, and the plane that it adds next.
 template <class T>
 struct Place {
   int row;
@@ -280,7 +280,7 @@ void computeRows(SumTask<typename E::T> task, int row, int count, int rows) {
 /// computed again.
 template <class E>
 void computeSums(const SumTask<typename E::T>& task) {
-  const int rows = mostRows<E>(task.rows < task.filterRows ? task.rows : task.filterRows), rest = task.rows % rows;
+  const int rows = maxRows<E>(task.rows < task.filterRows ? task.rows : task.filterRows), rest = task.rows % rows;
   computeRows<E>(task, 0, task.rows - rest, rows);
   if (rest == 0) return;
   const int restRows = leastRows<E>(rest);

@@ -9,7 +9,7 @@
 namespace BP::lanes {
 namespace {
 
-int packedRowsFor(FilterExtents extents) { return std::min(extents.rows, mostPackedRows); }
+int packedRowsFor(FilterExtents extents) { return std::min(extents.rows, maxPackedRows); }
 
 /// Values of one packed tap: for complex input and filter re, -im, im.
 std::ptrdiff_t packedTapSize(Elements elements) {

@@ -61,7 +61,7 @@ struct Run {
 };
 
 /// A filter with its taps in the order in which the kernels use them: for each input line and column, side by side
-/// those of the neighbouring output rows that share the line. Packing is work of the set-up; a run only reads. Any
+/// those of the neighbouring output rows that share the line. Pack once for many runs; a run only reads. Any
 /// target can use what was packed, and any number of threads.
 ///
 /// Narrow runs are slow, as their vectors are not filled. A narrow, high area of outputs is summed fast by turning it:
@@ -93,10 +93,10 @@ class ORVANE_API PackedFilter {
   /// in the same order. Real input and real filter only.
   void sumNormalised(const Run<T>& run, T filterNorm) const;
 
-  /// The same sum, and beside it the energy of each window, for a caller who divides himself. The energy of real input
-  /// is a real value for each output. The energy of complex input is complex: energy := energy + (x.re^2 + x.im^2),
-  /// with imaginary part 0; the plain loop's is 0 or NaN there, and no norm depends on it. Not for real input and real
-  /// filter.
+  /// The same sum, and beside it the energy of each window, for a caller that divides by its own formula. The energy of
+  /// real input is a real value for each output. The energy of complex input is complex: energy := energy + (x.re^2 +
+  /// x.im^2), with imaginary part 0; the plain loop's is 0 or NaN there, and no norm depends on it. Not for real input
+  /// and real filter.
   void sumWithEnergies(const Run<T>& run, T* const* energies) const;
 
   Elements getElements() const { return elements; }

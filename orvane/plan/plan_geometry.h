@@ -31,7 +31,7 @@ ORVANE_API SectorCapacities capacitiesOf(int numDims, const SectorKinds& kinds);
 
 /// The most candidates that the generators of these kinds can produce, also if the filter exceeds the input: 3^N
 /// boundary combinations, 3^N outside ones, and N 2^N mixed ones, which count as the one or the other. No plan has more
-/// sectors of a kind than this. It can have more than its capacity says.
+/// sectors of a kind than this; `capacitiesOf` can give less.
 ORVANE_API SectorCapacities candidatesOf(int numDims, const SectorKinds& kinds);
 
 /// Gives `y` the extent and the place of `block`.

@@ -158,5 +158,20 @@ TEST(Lanes, LongRunsManyRowsAndTunedFilters) {
   }
 }
 
+TEST(Lanes, SeparableFiltersOverManyStripsAndRows) {
+  std::mt19937 random(14);
+  const Extents input{530, 530};
+  const auto values = randomValues<float>(random, 530 * 530);
+  const auto first = randomValues<float>(random, 5), second = randomValues<float>(random, 4);
+  for (const PadRule pad : {PadRule::constant, PadRule::mirror}) {
+    SeparableConvolution<float> job(ArrayView<const float>(first, {5}), ArrayView<const float>(second, {4}), input,
+                                    {.mode = OutputMode::same, .pad = pad, .padValue = 3});
+    expectSameOnEveryTarget<float>("pad " + std::to_string(static_cast<int>(pad)), [&] {
+      const auto output = job.run(ArrayView<const float>(values, input));
+      return std::vector<float>(output.begin(), output.end());
+    });
+  }
+}
+
 }  // namespace
 }  // namespace BP::test

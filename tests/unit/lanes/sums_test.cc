@@ -22,7 +22,7 @@ constexpr bool isComplex = false;
 template <class T>
 constexpr bool isComplex<std::complex<T>> = true;
 
-constexpr int mostLines = 3 * 32, mostRows = 20;
+constexpr int maxLines = 3 * 32, maxRows = 20;
 
 /// Runs random sums of input U and filter H on the target in use, with each line and output row in guarded memory.
 template <class T, class U, class H>
@@ -32,12 +32,12 @@ class Case {
   static constexpr Elements elements = isComplex<U> ? (isComplex<H> ? Elements::complexComplex : Elements::complexReal)
                                                     : (isComplex<H> ? Elements::realComplex : Elements::realReal);
 
-  explicit Case(std::mt19937& engine) : random(engine), memory(mostLines + 2 * mostRows) {}
+  explicit Case(std::mt19937& engine) : random(engine), memory(maxLines + 2 * maxRows) {}
 
   void run() {
     window = {pick(random, 1, 3), pick(random, 1, pick(random, 0, 2) ? 4 : 12),
               pick(random, 1, pick(random, 0, 3) ? 4 : 20)};
-    rows = pick(random, 1, mostRows);
+    rows = pick(random, 1, maxRows);
     width = pick(random, 1, pick(random, 0, 1) ? 140 : 12);
     const bool special = pick(random, 0, 2) == 0;
     layOut(special);
