@@ -11,12 +11,12 @@ namespace {
 
 /// One line in columns of fixed width, as in "  accumulator     s40.14           120           0 ...".
 std::string tableLine(const std::string& label, const std::string& type, const std::string& casts,
-                      const std::string& overflows, const std::string& lossy, const std::string& least,
-                      const std::string& greatest) {
+                      const std::string& overflows, const std::string& lossy, const std::string& min,
+                      const std::string& max) {
   std::string line(200, '\0');
   const int length =
       std::snprintf(line.data(), line.size(), "  %-15s %-7s %12s %12s %12s %14s %14s\n", label.c_str(), type.c_str(),
-                    casts.c_str(), overflows.c_str(), lossy.c_str(), least.c_str(), greatest.c_str());
+                    casts.c_str(), overflows.c_str(), lossy.c_str(), min.c_str(), max.c_str());
   line.resize(static_cast<std::size_t>(length));
   return line;
 }

@@ -1,17 +1,21 @@
 #include <signal.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <exception>
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "orvane/core/version.h"
+#include "orvane/lanes/target.h"
 #include "tool/command_line.h"
 #include "tool/file.h"
 #include "tool/messages.h"
 #include "tool/operations.h"
+#include "tool/text.h"
 
 namespace {
 
@@ -25,7 +29,18 @@ int tellUsage(const std::string& usage) {
   return refused;
 }
 
+/// Takes the vector target that the environment names, for those who compare results or times.
+void forceTarget() {
+  const char* const wanted = std::getenv("ORVANE_TARGET");
+  if (wanted == nullptr || BP::lanes::forceTarget(wanted)) return;
+  std::string allowed;
+  for (const std::string_view target : BP::lanes::getTargets()) allowed += std::string(target) + ", ";
+  throw std::runtime_error("ORVANE_TARGET " + inQuotes(wanted) + ": allowed here are " + allowed +
+                           std::string(BP::lanes::plain));
+}
+
 int run(const std::vector<std::string>& words) {
+  forceTarget();
   if (words.empty()) return tellUsage(usageText());
   const std::string& first = words.front();
   if (first == "--help" || first == "-h") {
@@ -33,7 +48,8 @@ int run(const std::vector<std::string>& words) {
     return 0;
   }
   if (first == "--version") {
-    printOut(std::string("orvane ") + orvaneblockprocbrekk_version + "\n");
+    printOut(std::string("orvane ") + orvaneblockprocbrekk_version + ", vector target " +
+             std::string(BP::lanes::getTarget()) + "\n");
     return 0;
   }
   const Operation& operation = operationNamed(first);

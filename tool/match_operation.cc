@@ -29,7 +29,7 @@ constexpr Named<filters::Search> searches[] = {{"exhaustive", filters::Search::e
                                                {"three-step", filters::Search::threeStep}};
 
 filters::Rectangle parseRegion(const std::string& text) {
-  const Box rectangle = parseBox(text, "--roi");
+  const PositionBox rectangle = parseBox(text, "--roi");
   if (rectangle.extents.size() != 2) {
     throw std::runtime_error("--roi " + inQuotes(text) + ": allowed is X,Y,WIDTHxHEIGHT, such as 2,3,20x10");
   }

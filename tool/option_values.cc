@@ -71,10 +71,10 @@ std::string extentsText(const std::vector<int>& extents) {
   return text;
 }
 
-Box parseBox(std::string_view text, const std::string& option) {
+PositionBox parseBox(std::string_view text, const std::string& option) {
   const std::string what = option + " " + inQuotes(text);
   const auto parts = split(text, ',');
-  Box rectangle;
+  PositionBox rectangle;
   rectangle.extents = extentsIn(parts.back(), what);
   if (parts.size() != rectangle.extents.size() + 1) {
     throw std::runtime_error(what + ": allowed is X,Y,WIDTHxHEIGHT, such as 2,3,20x10");

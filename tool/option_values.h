@@ -39,12 +39,12 @@ std::vector<int> parseExtents(std::string_view text, const std::string& option);
 std::string extentsText(const std::vector<int>& extents);
 
 /// A rectangle of positions.
-struct Box {
+struct PositionBox {
   std::vector<int> first;
   std::vector<int> extents;
 };
 
 /// A rectangle such as -1,5,20x10: the first position in each dimension, then the extents.
-Box parseBox(std::string_view text, const std::string& option);
+PositionBox parseBox(std::string_view text, const std::string& option);
 
 }  // namespace BP::tool

@@ -14,7 +14,7 @@ namespace BP::tool {
 
 namespace {
 
-Image cut(const Image& image, const Box& box, const std::string& what) {
+Image cut(const Image& image, const PositionBox& box, const std::string& what) {
   const bool fits = box.extents.size() == 2 && box.first[0] >= 0 && box.first[1] >= 0 &&
                     box.extents[0] <= image.width - box.first[0] && box.extents[1] <= image.height - box.first[1];
   if (!fits) {
@@ -41,7 +41,7 @@ void addNoise(Image& image, int maxNoise) {
 }
 
 int run(const Values& values) {
-  const Box box = parseBox(values["--box"], "--box");
+  const PositionBox box = parseBox(values["--box"], "--box");
   checkPngName(values["OUT"]);
   const Image image = readPng(values["IN"]);
   const int maxNoise = parseWhole(values["--noise"], 0, image.maximum(), "--noise");

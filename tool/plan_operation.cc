@@ -23,7 +23,7 @@ PlanRequest requestOf(const Values& values) {
   request.pad = padOf(values).row->number;
   if (values.has("--reach")) request.reach = parseWhole(values["--reach"], 0, 2, "--reach");
   if (values.has("--roi")) {
-    const Box region = parseBox(values["--roi"], "--roi");
+    const PositionBox region = parseBox(values["--roi"], "--roi");
     request.region = PlanRegion{region.first, region.extents};
   }
   return request;

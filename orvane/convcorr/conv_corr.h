@@ -46,6 +46,8 @@ class ORVANE_API ConvCorr : public WindowProcessor<AnyCorrelation, UT, YT, Alloc
   bool getIsBuilt() const { return this->kernel != nullptr; }
   /// The result of `computePadOutput`; only if `getIsBuilt()`.
   const CleverPtr<YT>& getPadOutput();
+  /// The store of the pad value; only if `getIsBuilt()`.
+  const CleverPtr<UT>& getPadValue() const { return this->input->padValues(); }
   /// Sets the pad value to element 0 of `value`, if the pad is constant.
   void setPadValue(const CleverPtr<UT>& value);
 

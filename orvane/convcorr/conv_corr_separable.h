@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <memory>
+#include <type_traits>
 
 #include "orvane/convcorr/conv_corr.h"
+#include "orvane/exec/separable_walk.h"
 
 namespace BP {
 
@@ -16,6 +18,9 @@ namespace BP {
 /// allocated once, with extents `midMaxDims`, which only the constructor reads. A run whose intermediate would be
 /// larger computes nothing and leaves the output as it was. With a constant pad, the second pass pads with the first
 /// filter's response to the pad value (see `ConvCorr::computePadOutput`).
+///
+/// Vector lanes run both passes of plain sums over two dimensions in one walk, which does not write the intermediate
+/// and gives the same bits.
 template <class HT, class UT, class YT, class AllocT>
 class ORVANE_API ConvCorrSeparable : public AnyCorrelation {
  public:
@@ -33,10 +38,28 @@ class ORVANE_API ConvCorrSeparable : public AnyCorrelation {
   const AnyCorrelation* getConvCorr2() const override;
 
  private:
+  static constexpr bool isPlain = !std::is_same_v<YT, KarnDSPFixpt::Fixpt>;
+  struct NoWalk {};
+
   bool intermediateFits() const;
+  bool runFused();
 
   AllocT* allocator;
   int nDims;
+  OutputModeEnum outputMode;
+  bool isReversed;
+  int padType;
+  bool canFuse;  ///< two dimensions, plain sums, and no vendor's functions for the passes
+  CleverPtr<int>& hDims;
+  CleverPtr<int>& h2Dims;
+  CleverPtr<int>& uDims;
+  CleverPtr<int>& hCentre;
+  CleverPtr<int>& h2Centre;
+  CleverPtr<HT>& h;
+  CleverPtr<HT>& h2;
+  CleverPtr<UT>& u;
+  CleverPtr<YT>& y;
+  [[no_unique_address]] std::conditional_t<isPlain, SeparableWalk<HT, UT, YT>, NoWalk> walk;
   std::unique_ptr<ConvCorr<HT, UT, YT, AllocT>> pass1;
   std::unique_ptr<ConvCorr<HT, YT, YT, AllocT>> pass2;
   CleverPtr<YT> midData;

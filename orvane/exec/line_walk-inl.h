@@ -78,7 +78,7 @@ bool LineWalk<SumsT>::run(const LineSource<UT>& source, const Sector& sector, co
   LineSource<UT> lineSource = source;
   lineSource.dims = g.inputDims.data();
   lineSource.rank = rank;
-  reader.beginSector(lineSource, edges);
+  reader.beginSector(lineSource, edges != nullptr && edges->getIsListed(0));
   const int width = g.last[0] - g.first[0] + 1, height = g.last[1] - g.first[1] + 1;
   const auto hasRoom = [&](Size elements) { return elements <= static_cast<Size>(copied.size()); };
   if (width <= capacity.turnedWidth && width < height &&

@@ -14,17 +14,10 @@ void LineReader<UT>::resize(int maxLength) {
 }
 
 template <class UT>
-bool LineReader<UT>::isListed(const CleverPtr<int>& edges, int edgeCount, int d) const {
-  return std::find(edges.ptr, edges.ptr + edgeCount, d) != edges.ptr + edgeCount;
-}
-
-template <class UT>
-void LineReader<UT>::beginSector(const LineSource<UT>& lines, const OuterSector* edges) {
+void LineReader<UT>::beginSector(const LineSource<UT>& lines, bool gather) {
   source = lines;
-  sector = edges;
   allPadIsFilled = false;
-  gathersLines = sector != nullptr && (isListed(sector->getPreEdge(), sector->getPreEdgeCount(), 0) ||
-                                       isListed(sector->getPostEdge(), sector->getPostEdgeCount(), 0));
+  gathersLines = gather;
 }
 
 template <class UT>
@@ -33,12 +26,13 @@ void LineReader<UT>::beginStretch(int first, int length) {
   count = length;
   if (!gathersLines) return;
   const int n = source.dims[0];
+  firstInside = std::clamp(-first, 0, length);
+  endInside = std::clamp(n - first, firstInside, length);
   for (int k = 0; k < length; ++k) {
-    const int i = first + k;
-    const bool isBeyond = i < 0 || i >= n;
-    columns[static_cast<std::size_t>(k)] = !isBeyond                           ? i
-                                           : source.padType == PadTypeConstant ? -1
-                                                                               : redirectedInto(n, source.padType, i);
+    if (k == firstInside) k = endInside;
+    if (k == length) break;
+    columns[static_cast<std::size_t>(k)] =
+        source.padType == PadTypeConstant ? -1 : redirectedInto(n, source.padType, first + k);
   }
 }
 
@@ -64,8 +58,13 @@ const UT* LineReader<UT>::read(const int* index, UT* room) {
     stride *= n;
   }
   if (!gathersLines) return line + start;
-  const int* column = columns.data();
-  for (int k = 0; k < count; ++k) room[k] = column[k] < 0 ? *source.padValue : line[column[k]];
+  const int* const column = columns.data();
+  const auto take = [&](int from, int end) {
+    for (int k = from; k < end; ++k) room[k] = column[k] < 0 ? *source.padValue : line[column[k]];
+  };
+  take(0, firstInside);
+  std::copy_n(line + start + firstInside, endInside - firstInside, room + firstInside);
+  take(endInside, count);
   return room;
 }
 

@@ -3,8 +3,6 @@
 #include <complex>
 #include <vector>
 
-#include "orvane/plan/sector.h"
-
 namespace BP {
 
 /// What lines are read from: an input and what it yields beyond its edge.
@@ -23,8 +21,8 @@ struct LineSource {
 ///     line 7   a a a | a b c d e f g h i j k       gathered: dimension 0 crosses an edge
 ///     line 8         | l m n o p q r               a pointer into the input, as dimension 0 does not
 ///
-/// A line is a pointer into the input wherever dimension 0 is in neither edge list of the sector; redirection in the
-/// slower dimensions only moves it. Otherwise the line is gathered into room of the caller's. A line that lies in a
+/// A line is a pointer into the input wherever no line crosses an edge of dimension 0; redirection in the slower
+/// dimensions only moves it. Otherwise the line is gathered into room of the caller's. A line that lies in a
 /// constant pad altogether is one that all such lines share. Values are those that `readBoundary` of the pads gives for
 /// each coordinate.
 template <class UT>
@@ -33,8 +31,8 @@ class LineReader {
   /// Makes room for stretches of up to `maxLength` elements; a reader allocates nothing else.
   void resize(int maxLength);
 
-  /// Begins the lines of a sector; `edges` is null for one that is inside.
-  void beginSector(const LineSource<UT>& lines, const OuterSector* edges);
+  /// Begins the lines of an area of outputs; `gather` if they can cross an edge of dimension 0.
+  void beginSector(const LineSource<UT>& lines, bool gather);
   /// Whether lines of this sector are gathered.
   bool gathers() const { return gathersLines; }
   /// Begins the lines of the stretch from coordinate `first` on.
@@ -45,15 +43,15 @@ class LineReader {
   const UT* read(const int* index, UT* room);
 
  private:
-  bool isListed(const CleverPtr<int>& edges, int count, int d) const;
   const UT* padLine();
 
   LineSource<UT> source{};
-  const OuterSector* sector = nullptr;
   bool gathersLines = false;
   int start = 0;
   int count = 0;
-  std::vector<int> columns;  ///< for each element of a gathered stretch its column in the input, -1 for the pad value
+  int firstInside = 0;       ///< the elements of a gathered stretch that lie in the input are
+  int endInside = 0;         ///< those from `firstInside` to before `endInside`
+  std::vector<int> columns;  ///< for each other element its column in the input, -1 for the pad value
   std::vector<UT> allPad;
   bool allPadIsFilled = false;
 };

@@ -6,9 +6,9 @@ namespace BP::lanes {
 namespace {
 
 /// Output rows of one pass; all targets take it whole.
-constexpr int passRows = 24;
+constexpr int passRows = 12;
 /// Bytes of the lines that are kept, for the second-level cache of a core, which holds input and output as well.
-constexpr std::ptrdiff_t keptBytes = 192 * 1024;
+constexpr std::ptrdiff_t keptBytes = 384 * 1024;
 constexpr std::ptrdiff_t lineBytes = 64;
 
 constexpr int partsOf(bool isComplex) { return isComplex ? 2 : 1; }

@@ -46,26 +46,29 @@ constexpr int registers = 16;
 constexpr int rowChoices[] = {6, 4, 3, 2, 1};
 #endif
 
-/// Vectors of one row of a block, so that accumulators, one piece of input for each, a tap and a product fit.
+/// Vectors of one row of a block, so that accumulators, one piece of input for each, a tap and a product fit; 0 if
+/// none.
 template <class E>
 constexpr int vectorsFor(int rows) {
   const int count = (registers - 1 - E::tapRegisters) / (rows * E::sumRegisters + E::inRegisters);
-  return count < 1 ? 1 : count > 8 ? 8 : count;
+  return count > 8 ? 8 : count;
 }
 
 /// The greatest choice of rows up to `most`, which is at least 1.
-inline int mostRows(int most) {
+template <class E>
+int mostRows(int most) {
   for (const int choice : rowChoices) {
-    if (choice <= most) return choice;
+    if (choice <= most && vectorsFor<E>(choice) > 0) return choice;
   }
   return 1;
 }
 
-/// The least choice of rows from `least` on, which is at most the greatest choice.
-inline int leastRows(int least) {
-  int best = rowChoices[0];
+/// The least choice of rows from `least` on, where there is one.
+template <class E>
+int leastRows(int least) {
+  int best = least;
   for (const int choice : rowChoices) {
-    if (choice >= least) best = choice;
+    if (choice >= least && vectorsFor<E>(choice) > 0) best = choice;
   }
   return best;
 }
@@ -163,7 +166,7 @@ struct Blocks {
       if constexpr (Split < R) addColumn<Split, R>(sums, y, yTaps);
       return;
     }
-    const std::ptrdiff_t step = task.step, tapStep = task.packedRows * E::tapSize;
+    const std::ptrdiff_t step = task.step, tapStep = std::ptrdiff_t{task.packedRows} * E::tapSize;
     const T* const end = x + task.columns * step;
     do {
       addColumn<0, Split>(sums, x, xTaps);
@@ -201,7 +204,8 @@ struct Blocks {
 
   /// Computes the blocks from `begin` to `end` of all rows. Before the first block and after the last one, the lines
   /// beside are some of the block itself; the accumulators that take them are reset or forgotten.
-  static HWY_NOINLINE void compute(const SumTask<T>& task, std::ptrdiff_t begin, std::ptrdiff_t end) {
+  static HWY_NOINLINE void compute(const SumTask<T>& given, std::ptrdiff_t begin, std::ptrdiff_t end) {
+    const SumTask<T> task = given;  // out of reach of the stores, after which it would have to be loaded again
     const std::ptrdiff_t lineTaps = std::ptrdiff_t(oneColumn ? 1 : task.columns) * task.packedRows * E::tapSize;
     const std::ptrdiff_t planeTaps = lineTaps * (task.filterRows + task.packedRows - 1);
     BlockWalk<T> walk(task, R, width, begin, end);
@@ -249,6 +253,11 @@ void computePasses(const SumTask<typename E::T>& task) {
   }
 }
 
+template <class E, int R>
+void computeRows(const SumTask<typename E::T>& task) {
+  if constexpr (vectorsFor<E>(R) > 0) computePasses<E, R, vectorsFor<E>(R)>(task);
+}
+
 /// The output rows from `row` on, `count` of them, `rows` at once.
 template <class E>
 void computeRows(SumTask<typename E::T> task, int row, int count, int rows) {
@@ -257,13 +266,13 @@ void computeRows(SumTask<typename E::T> task, int row, int count, int rows) {
   if (task.energies != nullptr) task.energies += row;
   task.rows = count;
   switch (rows) {
-    case 1: return computePasses<E, 1, vectorsFor<E>(1)>(task);
-    case 2: return computePasses<E, 2, vectorsFor<E>(2)>(task);
-    case 3: return computePasses<E, 3, vectorsFor<E>(3)>(task);
-    case 4: return computePasses<E, 4, vectorsFor<E>(4)>(task);
-    case 6: return computePasses<E, 6, vectorsFor<E>(6)>(task);
+    case 1: return computeRows<E, 1>(task);
+    case 2: return computeRows<E, 2>(task);
+    case 3: return computeRows<E, 3>(task);
+    case 4: return computeRows<E, 4>(task);
+    case 6: return computeRows<E, 6>(task);
     default:
-      if constexpr (registers == 32) computePasses<E, 8, vectorsFor<E>(8)>(task);
+      if constexpr (registers == 32) computeRows<E, 8>(task);
   }
 }
 
@@ -271,9 +280,11 @@ void computeRows(SumTask<typename E::T> task, int row, int count, int rows) {
 /// computed again.
 template <class E>
 void computeSums(const SumTask<typename E::T>& task) {
-  const int rows = mostRows(task.rows < task.filterRows ? task.rows : task.filterRows), rest = task.rows % rows;
+  const int rows = mostRows<E>(task.rows < task.filterRows ? task.rows : task.filterRows), rest = task.rows % rows;
   computeRows<E>(task, 0, task.rows - rest, rows);
-  if (rest > 0) computeRows<E>(task, task.rows - leastRows(rest), leastRows(rest), leastRows(rest));
+  if (rest == 0) return;
+  const int restRows = leastRows<E>(rest);
+  computeRows<E>(task, task.rows - restRows, restRows, restRows);
 }
 
 template <class T>

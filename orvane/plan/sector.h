@@ -52,6 +52,8 @@ class ORVANE_API OuterSector : public Sector {
   CleverPtr<int>& getPreEdge() const { return *preEdge; }
   int getPostEdgeCount() const { return postEdgeCount; }
   CleverPtr<int>& getPostEdge() const { return *postEdge; }
+  /// Whether dimension `d` stands in either list.
+  bool getIsListed(int d) const;
   void setPreEdgeCount(int count) { preEdgeCount = count; }
   void setPostEdgeCount(int count) { postEdgeCount = count; }
 

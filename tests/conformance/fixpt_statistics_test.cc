@@ -8,7 +8,6 @@
 #include <type_traits>
 #include <vector>
 
-#include "orvane/convcorr/conv_corr_separable.h"
 #include "orvane/convcorr/conv_corr_tolk.h"
 #include "orvane/core/element.h"
 #include "orvane/host/reference_host.h"
@@ -204,122 +203,48 @@ TEST_P(FixptStatistics, EveryEndLogsTheSameOnce) {
 INSTANTIATE_TEST_SUITE_P(Fronts, FixptStatistics, testing::ValuesIn(allForms()),
                          [](const auto& form) { return form.param.name; });
 
-/// What processors share with their owner, before it is bound to data.
-struct Handles {
-  int two[2] = {2, 2};
-  CleverPtr<int> dims;
-  CleverPtr<Fixpt> fixpt;
-  CleverPtr<bool> plain;
-  Handles() { dims.ptr = two; }
-  template <class T>
-  CleverPtr<T>& data() {
-    if constexpr (std::is_same_v<T, bool>) {
-      return plain;
-    } else {
-      return fixpt;
-    }
-  }
-};
-
-using Processor = std::unique_ptr<AnyBP>;
-
-template <PadTypeEnum pad, NormEnum norm>
-Processor makeConvCorr(AllocatorTolk* a, Handles& s) {
-  return std::make_unique<ConvCorr<Fixpt, Fixpt, Fixpt, AllocatorTolk>>(a, 2, s.dims, false, s.dims, OutputModeSame,
-                                                                        AlgorithmModeConvolution, norm, pad, s.dims,
-                                                                        s.fixpt, s.fixpt, s.fixpt);
-}
-Processor makeSeparable(AllocatorTolk* a, Handles& s) {
-  return std::make_unique<ConvCorrSeparable<Fixpt, Fixpt, Fixpt, AllocatorTolk>>(
-      a, 2, s.dims, false, s.dims, false, s.dims, s.dims, OutputModeSame, AlgorithmModeConvolution, NormNone,
-      PadTypeReplicate, s.dims, s.fixpt, s.dims, s.fixpt, s.fixpt, s.fixpt);
-}
-Processor makeMedian(AllocatorTolk* a, Handles& s) {
-  return std::make_unique<MedianFilter<Fixpt, Fixpt, AllocatorTolk>>(a, 2, s.dims, false, s.dims, OutputModeSame,
-                                                                     PadTypeSymmetric, s.dims, s.fixpt, s.fixpt);
-}
-template <class T, AlgorithmModeEnum metric>
-Processor makeMatching(AllocatorTolk* a, Handles& s) {
-  return std::make_unique<TemplateMatching<T, T, Fixpt, AllocatorTolk>>(
-      a, 2, s.dims, false, s.dims, OutputModeSame, metric, TMModeMetric, false, false, SearchMethodExhaustive, s.dims,
-      s.data<T>(), s.data<T>(), s.dims, s.dims, s.fixpt, s.dims, s.dims, s.fixpt, s.plain, s.plain);
-}
-
-/// A processor, and how many arrays it makes for each role.
-struct RoleUse {
-  const char* name;
-  Processor (*make)(AllocatorTolk*, Handles&);
-  Counts arrays;
-};
-
 std::vector<std::string> reports(unsigned count) {
   return std::vector<std::string>(count, "AllocatorTolk: specified type name was not registered");
 }
 
-TEST(FixptRoles, AMissingOneIsReportedForEachOfItsArraysAndOutlived) {
-  // An input has a pad value, and its pad another; each processor has a scratch output and the best score's value.
-  const RoleUse uses[] = {
-      {"plain", makeConvCorr<PadTypeConstant, NormNone>, {{"input", 2}, {"output", 1}, {"accumulator", 3}}},
-      {"normalised",
-       makeConvCorr<PadTypeCircular, NormWindowEnergy>,
-       {{"input", 2}, {"output", 1}, {"accumulator", 3}, {"sqrt", 1}}},
-      {"separable", makeSeparable, {{"input", 4}, {"output", 3}, {"accumulator", 6}}},
-      {"median", makeMedian, {{"input", 2 + 3}, {"output", 1}, {"accumulator", 3}}},
-      {"products", makeMatching<Fixpt, AlgorithmModeConvolution>, {{"input", 1}, {"output", 1}, {"accumulator", 3}}},
-      {"SAD", makeMatching<Fixpt, AlgorithmModeSAD>, {{"input", 1}, {"output", 1}, {"accumulator", 4}}},
-      {"SSD", makeMatching<Fixpt, AlgorithmModeSSD>, {{"input", 1}, {"output", 1}, {"accumulator", 4}}},
-      {"MaxAD", makeMatching<Fixpt, AlgorithmModeMaxAD>, {{"input", 1}, {"output", 1}, {"accumulator", 5}}},
-      {"ands", makeMatching<bool, AlgorithmModeConvolution>, {{"output", 1}, {"accumulator", 3}, {"uint8", 1}}},
-      {"any", makeMatching<bool, AlgorithmModeMaxAD>, {{"output", 1}, {"accumulator", 5}}}};
-  const std::string roles[] = {"input", "output", "filter", "accumulator", "sqrt", "uint8", "none"};
-  for (const RoleUse& use : uses) {
-    for (const std::string& missing : roles) {
-      FixptLogMap log;
-      Scene scene;
-      Handles handles;
-      AllocatorTolk allocator(scene.host.getAdaptor());
-      allocator.setFixptLogMap(&log);
-      for (const std::string& role : roles) {
-        if (role != missing) allocator.registerTypeName(role, scene.handle(role));
-      }
-      const Processor processor = use.make(&allocator, handles);
-      for (const auto stage : {setupAttachWork, setupFinish}) processor->setup(stage);
-      const auto found = use.arrays.find(missing);
-      EXPECT_EQ(scene.host.getMessages(), reports(found == use.arrays.end() ? 0 : found->second))
-          << use.name << " without " << missing;
-    }
-  }
-}
-
-TEST(FixptRoles, FrontsWithoutTheirHandlesReportAndEnd) {
+/// Each array that a front makes needs its role. An input has a pad value, and its pad another; a processor has a
+/// scratch output and the best score's value; more are the algorithm's.
+TEST(FixptRoles, FrontsWithoutTheirHandlesReportEachArrayAndEnd) {
   const auto expectReports = [](unsigned count, auto make) {
     FixptLogMap log;
     Scene s;
-    make(s, PadTypeConstant, OutputModeSame, AlgorithmModeConvolution);
+    make(s);
     s.front->setFixptLogMap(&log);
     s.front.reset();
     EXPECT_EQ(s.host.getMessages(), reports(count));
   };
-  expectReports(
-      6, [](Scene& s, auto... modes) { s.make<ConvCorrFront>(2, s.hDims, 2, s.uDims, modes..., NormNone, false); });
-  expectReports(1, [](Scene& s, auto... modes) {
+  static constexpr auto mode = OutputModeSame;
+  expectReports(6, [](Scene& s) {
+    s.make<ConvCorrFront>(2, s.hDims, 2, s.uDims, PadTypeConstant, mode, AlgorithmModeConvolution, NormNone, false);
+  });
+  expectReports(1, [](Scene& s) {
     const auto any = s.handle("any");
-    s.make<ConvCorrFront>(2, s.hDims, 2, s.uDims, modes..., NormWindowEnergy, false, any, any, any, any);
+    s.make<ConvCorrFront>(2, s.hDims, 2, s.uDims, PadTypeCircular, mode, AlgorithmModeConvolution, NormWindowEnergy,
+                          false, any, any, any, any);
   });
-  expectReports(13, [](Scene& s, auto... modes) {
-    s.make<ConvCorrFront>(2, s.columnDims, 2, s.rowDims, 2, s.uDims, modes..., false);
+  expectReports(13, [](Scene& s) {
+    s.make<ConvCorrFront>(2, s.columnDims, 2, s.rowDims, 2, s.uDims, PadTypeReplicate, mode, AlgorithmModeConvolution,
+                          false);
   });
-  expectReports(6, [](Scene& s, auto pad, auto outputMode, auto) {
-    s.make<MedianFilterTolk<Fixpt, Fixpt>>(2, s.hDims, 2, s.uDims, pad, outputMode, false);
+  expectReports(6, [](Scene& s) {
+    s.make<MedianFilterTolk<Fixpt, Fixpt>>(2, s.hDims, 2, s.uDims, PadTypeSymmetric, mode, false);
   });
-  const auto match = [&]<class T>(const T*) {
-    expectReports(5, [](Scene& s, auto... modes) {
-      s.make<TemplateMatchingTolk<T, T, Fixpt>>(2, s.hDims, 2, s.uDims, modes..., TMModeMetric, false, false, false,
-                                                SearchMethodExhaustive);
+  const auto match = [&]<class T>(const T*, AlgorithmModeEnum metric, unsigned count) {
+    expectReports(count, [&](Scene& s) {
+      s.make<TemplateMatchingTolk<T, T, Fixpt>>(2, s.hDims, 2, s.uDims, PadTypeConstant, mode, metric, TMModeMetric,
+                                                false, false, false, SearchMethodExhaustive);
     });
   };
-  match(static_cast<Fixpt*>(nullptr));
-  match(static_cast<bool*>(nullptr));
+  constexpr unsigned ofFixpt[] = {5, 5, 6, 6, 7}, ofBool[] = {5, 5, 5, 5, 6};
+  for (const int metric : {0, 1, 2, 3, 4}) {
+    match(static_cast<Fixpt*>(nullptr), AlgorithmModeEnum(metric), ofFixpt[metric]);
+    match(static_cast<bool*>(nullptr), AlgorithmModeEnum(metric), ofBool[metric]);
+  }
 }
 
 TEST(FixptRoles, TemporariesReportAMissingOneInTheSameWords) {

@@ -77,9 +77,9 @@ using Pairs =
 TYPED_TEST_SUITE(LanesConformance, Pairs);
 
 TYPED_TEST(LanesConformance, OnePassAndTwoOverRandomGeometry) {
-  using UT = typename TestFixture::UT;
-  using HT = typename TestFixture::HT;
-  auto& random = this->random;
+  using In = typename TestFixture::UT;
+  using Tap = typename TestFixture::HT;
+  auto& engine = this->random;
   constexpr int modes = 3, pads = static_cast<int>(padTypes.size()), choices = modes * pads * 2 * 2;
   for (int round = 0; round < 4 * choices; ++round) {
     const ConvolutionOptions options{.direction = static_cast<FilterDirection>(round / (modes * pads) % 2),
@@ -87,21 +87,21 @@ TYPED_TEST(LanesConformance, OnePassAndTwoOverRandomGeometry) {
                                      .pad = static_cast<PadRule>(round / modes % pads),
                                      .padValue = 0.75,
                                      .normalise = static_cast<Normalisation>(round / (modes * pads * 2) % 2)};
-    const Extents input{pick(random, 1, 40), pick(random, 1, 30)};
+    const Extents input{pick(engine, 1, 40), pick(engine, 1, 30)};
     const bool isValid = options.mode == OutputMode::valid;
     const auto extent = [&](std::size_t d) {
-      const int any = windowExtent(random);
+      const int any = windowExtent(engine);
       return isValid ? std::min<std::int64_t>(any, input[d]) : any;
     };
     const Extents filter{extent(0), extent(1)};
-    const bool special = pick(random, 0, 2) == 0;
-    const auto taps = randomValues<HT>(random, static_cast<int>(elementCount(filter)), special);
-    Convolution<UT, HT> job(ArrayView<const HT>(taps, filter), input, options);
+    const bool special = pick(engine, 0, 2) == 0;
+    const auto taps = randomValues<Tap>(engine, static_cast<int>(elementCount(filter)), special);
+    Convolution<In, Tap> job(ArrayView<const Tap>(taps, filter), input, options);
     this->expectSame(textOf(input, filter, options.mode, options.pad), job, input, special);
     if (options.normalise != Normalisation::none) continue;
-    SeparableConvolution<UT, HT> passes(ArrayView<const HT>(taps.data(), {filter[0]}),
-                                        ArrayView<const HT>(taps.data(), {std::min(filter[1], elementCount(filter))}),
-                                        input, options);
+    SeparableConvolution<In, Tap> passes(ArrayView<const Tap>(taps.data(), {filter[0]}),
+                                         ArrayView<const Tap>(taps.data(), {std::min(filter[1], elementCount(filter))}),
+                                         input, options);
     this->expectSame("separable, " + textOf(input, filter, options.mode, options.pad), passes, input, special);
   }
 }
@@ -135,9 +135,9 @@ TYPED_TEST(LanesCorrelationND, RanksOneToFour) {
 
 TEST(Lanes, LongRunsManyRowsAndTunedFilters) {
   std::mt19937 random(13);
-  const Extents input{1300, 61};
-  const auto values = randomValues<float>(random, 1300 * 61);
-  for (const Extents& filter : {Extents{5, 4}, Extents{1, 9}, Extents{31, 1}, Extents{1700, 3}}) {
+  const Extents input{1300, 31};
+  const auto values = randomValues<float>(random, 1300 * 31);
+  for (const Extents& filter : {Extents{5, 4}, Extents{1, 9}, Extents{31, 1}, Extents{1700, 1}}) {
     const auto taps = randomValues<float>(random, static_cast<int>(elementCount(filter)));
     Convolution<float> job(ArrayView<const float>(taps, filter), input,
                            {.mode = OutputMode::same, .pad = PadRule::mirror});

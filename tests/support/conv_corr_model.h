@@ -2,10 +2,12 @@
 
 #include <cmath>
 #include <complex>
+#include <ostream>
 #include <vector>
 
 #include "orvane/core/enums.h"
 #include "tests/support/pad_walk.h"
+#include "tests/support/random_values.h"
 
 /// What convolution and correlation mean, written down once more and in the plainest way: one output at a time, an edge
 /// rule that walks, and a trip through memory after every operation, so that no compiler can fuse, widen or reorder.
@@ -89,11 +91,33 @@ struct Problem {
     return uDims[d] + grown > 0 ? uDims[d] + grown : 0;
   }
   std::size_t outputCount() const { return static_cast<std::size_t>(yDim(0)) * static_cast<std::size_t>(yDim(1)); }
+  bool windowFits() const { return hDims[0] <= uDims[0] && hDims[1] <= uDims[1]; }
   /// Input coordinate under the filter's first element at output index 0.
   int firstTap(int d) const {
     return outputMode == OutputModeValid ? 0 : outputMode == OutputModeSame ? -centre(d) : 1 - hDims[d];
   }
 };
+
+/// A problem of random extents, in which the filter can exceed the input, and random values.
+template <class HT, class UT, class YT>
+Problem<HT, UT, YT> randomProblem(std::mt19937& random, int mostFilter, int mostInput, bool special = false) {
+  Problem<HT, UT, YT> p{};
+  for (int d = 0; d < 2; ++d) {
+    p.hDims[d] = pick(random, 1, mostFilter);
+    p.uDims[d] = pick(random, 1, mostInput);
+  }
+  p.h = randomValues<HT>(random, p.hDims[0] * p.hDims[1], special);
+  p.u = randomValues<UT>(random, p.uDims[0] * p.uDims[1], special);
+  p.padValue = RandomValue<UT>::of(random, false);
+  return p;
+}
+
+template <class HT, class UT, class YT>
+std::ostream& operator<<(std::ostream& text, const Problem<HT, UT, YT>& p) {
+  return text << "filter " << p.hDims[0] << " x " << p.hDims[1] << ", input " << p.uDims[0] << " x " << p.uDims[1]
+              << ", mode " << p.outputMode << ", algorithm " << p.algorithmMode << ", norm " << p.norm << ", pad "
+              << p.padType;
+}
 
 /// The coordinate that one stands for; -1 for the value of a constant pad.
 inline int readFrom(PadTypeEnum padType, int coordinate, int extent) {

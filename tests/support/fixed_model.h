@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "orvane/filters/fixed_array.h"
@@ -24,10 +26,15 @@ struct ExactCast {
   filters::FixedModes modes;
   filters::FixedStatistics counts = {};
 
-  mpq_class operator()(const mpq_class& exact) {
-    const model::Outcome outcome =
-        model::cast(exact, {static_cast<unsigned>(type.word), type.fraction, type.isSigned},
-                    static_cast<fxpModeOverflow_tag>(modes.overflow), static_cast<fxpModeRounding_tag>(modes.rounding));
+  mpq_class operator()(const mpq_class& exact) { return counted(model::cast(exact, core(), overflow(), rounding())); }
+  /// The cast of the square root of a value that is not negative.
+  mpq_class root(const mpq_class& exact) { return counted(model::castRoot(exact, core(), overflow(), rounding())); }
+
+ private:
+  KarnDSPFixpt::FixptType core() const { return {static_cast<unsigned>(type.word), type.fraction, type.isSigned}; }
+  fxpModeOverflow_tag overflow() const { return static_cast<fxpModeOverflow_tag>(modes.overflow); }
+  fxpModeRounding_tag rounding() const { return static_cast<fxpModeRounding_tag>(modes.rounding); }
+  mpq_class counted(const model::Outcome& outcome) {
     const mpq_class value = model::scale(outcome.stored, -long{type.fraction});
     ++counts.casts;
     counts.overflows += outcome.overflow;
@@ -65,6 +72,66 @@ inline std::vector<mpq_class> exactValues(const filters::FixedView& view) {
   for (int i = 0; i < count; ++i) exact.push_back(model::value((*values)[i]));
   return exact;
 }
+
+/// An element or a sum as an exact number.
+struct Exact {
+  mpq_class re, im;
+  bool isComplex = false;
+
+  Exact() = default;
+  Exact(mpq_class real, mpq_class imaginary, bool complex)
+      : re(std::move(real)), im(std::move(imaginary)), isComplex(complex) {}
+  explicit Exact(mpq_class real) : Exact(std::move(real), 0, false) {}
+  bool operator==(const Exact& other) const { return re == other.re && im == other.im; }
+};
+
+/// What comparisons look at.
+inline mpq_class magnitude(const Exact& v) { return v.isComplex ? mpq_class(v.re * v.re + v.im * v.im) : v.re; }
+
+inline std::vector<Exact> exactElements(const filters::FixedArray& array) {
+  std::vector<Exact> elements;
+  const std::vector<mpq_class> parts = exactValues(array);
+  const std::size_t step = array.isComplex() ? 2 : 1;
+  for (std::size_t i = 0; i < parts.size(); i += step) {
+    elements.emplace_back(parts[i], array.isComplex() ? parts[i + 1] : mpq_class(0), array.isComplex());
+  }
+  return elements;
+}
+
+/// The casts of sums of products, real or complex.
+struct ExactCasts {
+  bool isComplex = false;  ///< the sums
+  ExactCast product, partialSum, accumulator, output;
+
+  /// Casts for products of types `a` and `b`; `given` is a product type of that sign, without which they are exact.
+  void setTypes(const FixedType& a, const FixedType& b, const std::optional<FixedType>& given,
+                const FixedType& accumulatorType, const FixedType& outputType, const filters::FixedModes& modes) {
+    const FixedType exact{a.word + b.word, a.fraction + b.fraction, a.isSigned || b.isSigned};
+    product = {given.value_or(exact), modes};
+    accumulator = partialSum = {accumulatorType, modes};
+    partialSum.type.isSigned = exact.isSigned;  // results of operations have the sign of their operands
+    output = {outputType, modes};
+  }
+  Exact sum(ExactCast& cast, const mpq_class& re, const mpq_class& im) const {
+    return {cast(re), isComplex ? cast(im) : mpq_class(0), isComplex};
+  }
+  Exact multiply(const Exact& a, const Exact& b) {
+    if (!a.isComplex && !b.isComplex) return Exact(product(a.re * b.re));
+    if (!a.isComplex) return {product(a.re * b.re), product(a.re * b.im), true};
+    if (!b.isComplex) return {product(a.re * b.re), product(a.im * b.re), true};
+    const mpq_class rr = product(a.re * b.re), ii = product(a.im * b.im), ri = product(a.re * b.im),
+                    ir = product(a.im * b.re);
+    return {partialSum(rr - ii), partialSum(ri + ir), true};
+  }
+  Exact accumulate(const Exact& acc, const Exact& p) { return sum(accumulator, acc.re + p.re, acc.im + p.im); }
+  Exact written(const Exact& acc) { return sum(output, acc.re, acc.im); }
+
+  void expectCountsOfSums(const std::vector<filters::FixedStatistics>& statistics) const {
+    expectCounts(labelled(statistics, "accumulator"), accumulator.counts);
+    expectCounts(labelled(statistics, "product"), product.counts);
+    expectCounts(labelled(statistics, "product sum"), partialSum.counts);
+  }
+};
 
 /// Values of any bits, also of those beyond the word.
 inline filters::FixedArray randomFixed(std::mt19937& random, const filters::Extents& extents, const FixedType& type,

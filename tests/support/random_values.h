@@ -39,6 +39,11 @@ struct RandomValue<std::complex<T>> {
   }
 };
 
+template <>
+struct RandomValue<int> {
+  static int of(std::mt19937& random, bool /*special*/) { return pick(random, -50, 50); }
+};
+
 template <class T>
 std::vector<T> randomValues(std::mt19937& random, int count, bool special = false) {
   std::vector<T> values;

@@ -91,7 +91,7 @@ class CommandTest(CommandCase):
             missing = self.run_tool(*arguments)  # the same text, as an error
             self.assertEqual((missing.returncode, missing.stdout), (2, ""))
             self.assertEqual(missing.stderr, "orvane: arguments are missing\n" + shown.stdout)
-        self.assertRegex(self.run_tool("--version").stdout, r"^orvane \d+\.\d+\.\d+\n$")
+        self.assertRegex(self.run_tool("--version").stdout, r"^orvane \d+\.\d+\.\d+, vector target \w+\n$")
 
     def test_texts_about_all_operations(self):
         self.assertEqual(tuple(line.split()[0] for line in self.run_tool("list").stdout.splitlines()), OPERATIONS)

@@ -101,9 +101,9 @@ class NpyTest(CommandCase):
     def test_files_cut_off_or_changed_anywhere(self):
         numpy.save(self.folder / "in.npy", numpy.arange(6, dtype=">i2").reshape(2, 3))
         whole = (self.folder / "in.npy").read_bytes()
-        for length in range(len(whole)):
+        for length in [*range(0, len(whole), 4), len(whole) - 1]:
             self.refused(whole[:length], "is not an NPY file" if length < 8 else "truncated")
-        for position in range(len(whole) - 12):
+        for position in range(0, len(whole) - 12, 2):
             changed = bytes([whole[position] ^ (1, 0x20, 0x80)[position % 3]])
             done = self.copy(whole[:position] + changed + whole[position + 1:])
             self.assertIn(done.returncode, (0, 2), f"byte {position}")

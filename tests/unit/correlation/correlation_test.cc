@@ -5,10 +5,12 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <string_view>
 #include <vector>
 
 #include "orvane/core/visit_enumerator.h"
 #include "orvane/correlation/correlation_stand_alone.h"
+#include "orvane/lanes/target.h"
 #include "tests/support/pad_walk.h"
 #include "tests/support/plan_scene.h"
 #include "tests/support/random_values.h"
@@ -141,8 +143,11 @@ TYPED_TEST(CorrelationTest, EqualsNestedSumsBitForBit) {
       for (const OutputModeEnum mode : allModes) {
         for (const PadTypeEnum padType : allPads) {
           p.padType = padType;
-          p.run(mode);
-          ASSERT_NO_FATAL_FAILURE(expectNestedSums(p)) << "mode " << mode;
+          for (const std::string_view target : {lanes::plain, std::string_view()}) {
+            ASSERT_TRUE(lanes::forceTarget(target));
+            p.run(mode);
+            ASSERT_NO_FATAL_FAILURE(expectNestedSums(p)) << "mode " << mode << ", target " << lanes::getTarget();
+          }
         }
       }
     }

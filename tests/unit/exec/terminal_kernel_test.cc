@@ -138,17 +138,6 @@ TEST(TerminalKernelTest, SteppedSearchVisitsItsPattern) {
   }
 }
 
-TEST(TerminalKernelTest, SteppedSearchScoresNoWindowThatLeavesTheArray) {
-  Scene<Plain> scene({12, 12}, {3, 3}, {0, 0});
-  scene.hLoc.values = {0, 0};
-  scene.algorithm.scoreOf = [](Position p) { return -p.second; };
-  scene.cover({0, 4}, {9, 9});  // centre row 6, step 2: best row 8; plus 4, less 1: row 11, whose window would leave
-  scene.kernel.stepSearchInside(scene.insideSector, scene.output, scene.best);
-  for (const Position& window : scene.algorithm.windows) EXPECT_LE(window.second, 9);
-  EXPECT_EQ(scene.best.values[1], 9);
-  EXPECT_EQ(scene.algorithm.windows.size(), 9u + 6u);
-}
-
 TEST(AlgorithmTest, StagesOfTheCommonSetUp) {
   Scene<Padded> scene({4, 4}, {3, 2}, {0, 0});
   EXPECT_TRUE(scene.algorithm.getIsStarted());

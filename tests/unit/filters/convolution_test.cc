@@ -2,30 +2,22 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <complex>
+#include <limits>
+#include <string_view>
 #include <utility>
 #include <vector>
 
+#include "orvane/lanes/target.h"
+#include "tests/support/choices.h"
 #include "tests/support/conv_corr_model.h"
-#include "tests/support/random_values.h"
 
 namespace BP::filters {
 namespace {
 
 using test::Problem;
 using test::randomValues;
-
-constexpr std::pair<OutputMode, OutputModeEnum> modes[] = {
-    {OutputMode::valid, OutputModeValid}, {OutputMode::same, OutputModeSame}, {OutputMode::full, OutputModeFull}};
-constexpr std::pair<PadRule, PadTypeEnum> pads[] = {{PadRule::constant, PadTypeConstant},
-                                                    {PadRule::replicate, PadTypeReplicate},
-                                                    {PadRule::symmetric, PadTypeSymmetric},
-                                                    {PadRule::circular, PadTypeCircular},
-                                                    {PadRule::mirror, PadTypeMirror}};
-constexpr std::pair<FilterDirection, AlgorithmModeEnum> directions[] = {
-    {FilterDirection::convolution, AlgorithmModeConvolution}, {FilterDirection::correlation, AlgorithmModeCorrelation}};
-constexpr std::pair<Normalisation, NormEnum> norms[] = {{Normalisation::none, NormNone},
-                                                        {Normalisation::energy, NormWindowEnergy}};
 
 template <class T>
 void expectSame(const std::vector<T>& expected, const Array<T>& actual) {
@@ -35,19 +27,15 @@ void expectSame(const std::vector<T>& expected, const Array<T>& actual) {
   }
 }
 
-/// An input of 6 by 5, a filter of 4 by 3, a pad value of 2, or 2 - i.
+/// A problem for the model and for the API.
 template <class UT, class HT>
 struct Scene {
   using YT = ConvolutionOutput<UT, HT>;
-  std::mt19937 random{7};
-  Problem<HT, UT, YT> problem{{4, 3}, {6, 5}, randomValues<HT>(random, 12), randomValues<UT>(random, 30)};
+  Problem<HT, UT, YT> problem;
   ConvolutionOptions options;
-  Scene() {
-    options.padValue = {2, test::IsComplex<UT>::value ? -1.0 : 0.0};
-    problem.padValue = static_cast<UT>(2);
-    if constexpr (test::IsComplex<UT>::value) problem.padValue = {2, -1};
-  }
-  ArrayView<const UT> input() const { return {problem.u, {problem.uDims[0], problem.uDims[1]}}; }
+  explicit Scene(const Problem<HT, UT, YT>& p) : problem(p) { options.padValue = std::complex<double>(p.padValue); }
+  Extents inputExtents() const { return {problem.uDims[0], problem.uDims[1]}; }
+  ArrayView<const UT> input() const { return {problem.u, inputExtents()}; }
   ArrayView<const HT> filter() const { return {problem.h, {problem.hDims[0], problem.hDims[1]}}; }
 };
 
@@ -65,53 +53,69 @@ using Pairs = testing::Types<ElementPair<float, float>, ElementPair<float, C32>,
                              ElementPair<C64, double>, ElementPair<C64, C64>>;
 TYPED_TEST_SUITE(ConvolutionTest, Pairs);
 
-TYPED_TEST(ConvolutionTest, EveryChoiceMeansWhatItSays) {
-  Scene<typename TypeParam::Input, typename TypeParam::Filter> scene;
-  auto& problem = scene.problem;
-  auto& options = scene.options;
-  for (const auto& [mode, coreMode] : modes) {
-    for (const auto& [pad, corePad] : pads) {
-      for (const auto& [direction, coreDirection] : directions) {
-        for (const auto& [normalisation, norm] : norms) {
-          options.mode = mode, problem.outputMode = coreMode;
-          options.pad = pad, problem.padType = corePad;
-          options.direction = direction, problem.algorithmMode = coreDirection;
-          options.normalise = normalisation, problem.norm = norm;
-          expectSame(solve(problem), convolve(scene.input(), scene.filter(), options));
-        }
-        problem.norm = NormNone, options.normalise = Normalisation::none;
-        auto first = problem;
-        first.h.resize(4);
-        const std::vector row(problem.h.begin() + 4, problem.h.begin() + 7);
-        expectSame(solveSeparable(first, row),
-                   convolveSeparable(scene.input(), ArrayView(first.h, {4}), ArrayView(row, {3}), options));
+TYPED_TEST(ConvolutionTest, EveryChoiceEqualsThePlainModelBitForBitOnEveryTarget) {
+  using UT = typename TypeParam::Input;
+  using HT = typename TypeParam::Filter;
+  std::mt19937 random(11);
+  auto targets = lanes::getTargets();
+  targets.push_back(lanes::plain);
+  for (int trial = 0; trial < 30 && !this->HasFatalFailure(); ++trial) {
+    const bool special = trial % 3 == 2;
+    Scene<UT, HT> scene(test::randomProblem<HT, UT, ConvolutionOutput<UT, HT>>(random, 7, 10, special));
+    const auto row = randomValues<HT>(random, test::pick(random, 1, 5));
+    ASSERT_TRUE(lanes::forceTarget(targets[static_cast<std::size_t>(trial) % targets.size()]));
+    test::forEachChoice(scene.problem, scene.options, [&] {
+      for (const auto& [normalisation, norm] : test::normChoices) {
+        scene.options.normalise = normalisation, scene.problem.norm = norm;
+        SCOPED_TRACE(testing::Message() << scene.problem << ", target " << lanes::getTarget());
+        Convolution<UT, HT> convolution(scene.filter(), scene.inputExtents(), scene.options);
+        for (int run = 0; run < 2; ++run) expectSame(solve(scene.problem), convolution.run(scene.input()));
       }
-    }
+      scene.options.normalise = Normalisation::none, scene.problem.norm = NormNone;
+      Problem<HT, UT, ConvolutionOutput<UT, HT>> shape = scene.problem;
+      shape.hDims[0] = static_cast<int>(shape.h.size()), shape.hDims[1] = static_cast<int>(row.size());
+      if (special || (shape.outputMode == OutputModeValid && !shape.windowFits())) return;
+      SCOPED_TRACE(testing::Message() << "separable " << shape);
+      expectSame(solveSeparable(scene.problem, row),
+                 convolveSeparable(scene.input(), ArrayView<const HT>(scene.problem.h, {shape.hDims[0]}),
+                                   ArrayView<const HT>(row, {shape.hDims[1]}), scene.options));
+    });
   }
+  lanes::forceTarget("");
+}
+
+Scene<float, float> fixedScene(std::mt19937& random) {
+  return Scene<float, float>({{4, 3}, {6, 5}, randomValues<float>(random, 12), randomValues<float>(random, 30), 2});
 }
 
 TEST(ConvolutionRunTest, AnObjectRunsOverOtherArraysFiltersAndPadValues) {
-  Scene<float, float> scene;
+  std::mt19937 random(7);
+  auto scene = fixedScene(random);
   scene.options.mode = OutputMode::full;
   scene.problem.outputMode = OutputModeFull;
-  Convolution<float> convolution(scene.filter(), {6, 5}, scene.options);
-  EXPECT_EQ(convolution.outputExtents(), (Extents{9, 7}));
   Array<float> output({9, 7}), other({9, 7});
-  for (int turn = 0; turn < 3; ++turn) {
-    scene.problem.u = randomValues<float>(scene.random, 30);
-    for (Array<float>* target : {&output, &other, &other}) {
-      convolution.run(scene.input(), *target);
-      expectSame(solve(scene.problem), *target);
+  for (const auto& [normalisation, norm] : test::normChoices) {
+    scene.options.normalise = normalisation, scene.problem.norm = norm;
+    scene.options.padValue = scene.problem.padValue = 2;
+    Convolution<float> convolution(scene.filter(), {6, 5}, scene.options);
+    EXPECT_EQ(convolution.outputExtents(), (Extents{9, 7}));
+    for (int turn = 0; turn < 3; ++turn) {
+      std::ranges::copy(randomValues<float>(random, 30), scene.problem.u.begin());
+      for (Array<float>* target : {&output, &other, &output}) {  // so that each turn begins with the last one's arrays
+        convolution.run(scene.input(), *target);
+        expectSame(solve(scene.problem), *target);
+      }
+      scene.problem.h = randomValues<float>(random, 12);
+      scene.problem.padValue = static_cast<float>(turn);
+      convolution.setFilter(scene.filter());
+      convolution.setPadValue(turn);
     }
-    scene.problem.h = randomValues<float>(scene.random, 12);
-    scene.problem.padValue = static_cast<float>(turn);
-    convolution.setFilter(scene.filter());
-    convolution.setPadValue(turn);
   }
 }
 
 TEST(ConvolutionRunTest, ASeparableObjectRunsWithOtherFilters) {
-  Scene<float, float> scene;
+  std::mt19937 random(7);
+  auto scene = fixedScene(random);
   scene.problem.outputMode = OutputModeSame;
   std::vector<float> column{1, 2, 3}, row{4, 5};
   SeparableConvolution<float> convolution(ArrayView(column, {3}), ArrayView(row, {2}), {6, 5},
@@ -127,11 +131,27 @@ TEST(ConvolutionRunTest, ASeparableObjectRunsWithOtherFilters) {
   }
 }
 
-TEST(ConvolutionRunTest, OneDimensionAndCorrelation) {
-  const std::vector<double> signal{1, 2, 3, 4}, filter{1, 10};
-  expectSame({12, 23, 34}, convolve(ArrayView(signal, {4}), ArrayView(filter, {2})));
-  expectSame({21, 32, 43}, correlate(ArrayView(signal, {4}), ArrayView(filter, {2})));
+using Line = std::vector<double>;
+Line valid(FilterDirection direction, const Line& h, const Line& u) {
+  const auto lineOf = [](const Line& l) { return ArrayView(l, {static_cast<std::int64_t>(l.size())}); };
+  const Array<double> y = convolve(lineOf(u), lineOf(h), {.direction = direction});
+  return {y.begin(), y.end()};
+}
+
+TEST(ConvolutionRunTest, KnownSums) {
   EXPECT_EQ(outputExtents({4}, {2}, OutputMode::valid), Extents{3});
+  const double infinity = std::numeric_limits<double>::infinity();
+  const double a = 1 + 0x1p-27;  // a * a = 1 + 2^-26 + 2^-54, of which the last term is rounded away
+  for (const std::string_view target : {lanes::plain, std::string_view()}) {
+    ASSERT_TRUE(lanes::forceTarget(target));
+    EXPECT_EQ(valid(FilterDirection::convolution, {1, 10}, {1, 2, 3, 4}), (Line{12, 23, 34}));
+    EXPECT_EQ(valid(FilterDirection::correlation, {1, 10}, {1, 2, 3, 4}), (Line{21, 32, 43}));
+    EXPECT_EQ(valid(FilterDirection::correlation, {1, a}, {-(1 + 0x1p-26), a}), Line{0}) << "fused";
+    EXPECT_EQ(valid(FilterDirection::correlation, {1, 1, 1, 1}, {1, 0x1p53, -0x1p53, 1}), Line{1})
+        << "reordered or widened";
+    EXPECT_TRUE(std::isnan(valid(FilterDirection::correlation, {0, 1}, {infinity, 1})[0])) << "zero taps count";
+    EXPECT_FALSE(std::signbit(valid(FilterDirection::convolution, {1}, {-0.0})[0])) << "a sum that starts at +0";
+  }
 }
 
 TEST(ConvolutionRunTest, TheFilterIsCopiedSoItMayOverlapAnything) {
@@ -144,9 +164,10 @@ TEST(ConvolutionRunTest, TheFilterIsCopiedSoItMayOverlapAnything) {
 }
 
 TEST(ConvolutionRunTest, AMovedFromObjectSaysSoAndCanBeAssignedTo) {
-  Scene<double, double> scene;
-  Convolution<double> first(scene.filter(), {6, 5});
-  Convolution<double> second = std::move(first);
+  std::mt19937 random(7);
+  const auto scene = fixedScene(random);
+  Convolution<float> first(scene.filter(), {6, 5});
+  Convolution<float> second = std::move(first);
   expectSame(solve(scene.problem), second.run(scene.input()));
   EXPECT_THROW(first.run(scene.input()), std::logic_error);
   EXPECT_THROW(first.setPadValue(1), std::logic_error);

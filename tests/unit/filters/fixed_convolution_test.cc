@@ -3,55 +3,131 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <array>
-#include <complex>
+#include <cmath>
 #include <cstdint>
+#include <numeric>
 #include <random>
 #include <vector>
 
+#include "tests/support/choices.h"
+#include "tests/support/conv_corr_model.h"
 #include "tests/support/fixed_model.h"
 
 namespace BP::filters {
 namespace {
 
+using test::Exact;
 using test::ExactCast;
 using test::expectCounts;
 using test::labelled;
 using test::pick;
 using testing::ElementsAre;
 
-TEST(FixedConvolutionTest, EqualsIntegerArithmeticAndCountsItsCasts) {
-  std::mt19937 random(3);
-  for (int trial = 0; trial < 100; ++trial) {
-    const FixedModes modes = test::randomModes(random);
-    const FixedTypes types{
-        .input = {8, 2, false}, .accumulator = {12, 3}, .output = {7, 1}, .product = FixedType{11, 4}, .modes = modes};
-    const int taps = pick(random, 1, 5), count = pick(random, 5, 9);
-    std::vector<std::uint8_t> input(static_cast<std::size_t>(count));
-    std::vector<std::int16_t> filter(static_cast<std::size_t>(taps));
-    for (auto& value : input) value = static_cast<std::uint8_t>(pick(random, 0, 255));
-    for (auto& value : filter) value = static_cast<std::int16_t>(pick(random, -256, 255));
-    FixedConvolution convolution(FixedView(ArrayView(filter, {taps}), {9, 4}), {count}, types,
-                                 {.direction = FilterDirection::correlation});
-    ExactCast product{*types.product, modes}, accumulator{types.accumulator, modes}, output{types.output, modes};
-    std::vector<mpq_class> expected;
-    std::vector<std::int8_t> actual(static_cast<std::size_t>(count - taps + 1));
-    for (std::size_t p = 0; p < actual.size(); ++p) {
-      mpq_class sum;
-      for (std::size_t i = 0; i < filter.size(); ++i) {
-        sum = accumulator(sum + product(mpq_class(input[p + i] * filter[i]) / (1 << (2 + 4))));
-      }
-      expected.push_back(output(sum));
+/// A convolution of random types, real and complex, and geometry, with its exact model.
+class Comparison {
+ public:
+  Comparison(std::mt19937& generator, bool normalised)
+      : random(generator), isNormalised(normalised), p(test::randomProblem<int, int, int>(random, 4, 6)) {
+    types.input = pick(random, 0, 3) == 0 ? test::randomType(random, 30, 50) : test::randomType(random, 1, 12);
+    types.inputIsComplex = !isNormalised && pick(random, 0, 2) == 0;
+    filterType = test::randomType(random, 1, 12);
+    const bool filterIsComplex = !isNormalised && pick(random, 0, 2) == 0;
+    types.accumulator = test::randomType(random, 4, pick(random, 0, 1) == 0 ? 24 : 128);
+    types.output = test::randomType(random, 2, 50);
+    types.modes = test::randomModes(random);
+    if (pick(random, 0, 1) == 1) {
+      const bool isSigned = types.input.isSigned || filterType.isSigned;
+      types.product = {pick(random, 3, 60), pick(random, -2, 20), isSigned};
     }
-    convolution.run(FixedView(ArrayView(input, {count}), types.input),
-                    MutableFixedView(ArrayView(actual, {count - taps + 1}), types.output));
-    EXPECT_EQ(test::exactValues(FixedView(ArrayView(actual, {count - taps + 1}), types.output)), expected);
-    const auto statistics = convolution.statistics();
-    EXPECT_EQ(statistics.size(), 3U);
-    expectCounts(labelled(statistics, "product"), product.counts);
-    expectCounts(labelled(statistics, "accumulator"), accumulator.counts);
-    expectCounts(labelled(statistics, "output"), output.counts);
+    if (isNormalised) types.sqrt = test::randomType(random, 2, 40);
+    casts.isComplex = types.inputIsComplex || filterIsComplex;
+    casts.setTypes(types.input, filterType, types.product, types.accumulator, types.output, types.modes);
+    u = test::randomFixed(random, {p.uDims[0], p.uDims[1]}, types.input, types.inputIsComplex);
+    h = test::randomFixed(random, {p.hDims[0], p.hDims[1]}, filterType, filterIsComplex);
+    std::iota(p.u.begin(), p.u.end(), 0);  // elements are looked up by these
+    p.padValue = -1;
+    const double padValue = pick(random, 0, 1) == 1 ? 0 : ExactCast{types.input, types.modes}(5).get_d();
+    pad = Exact(padValue, 0, types.inputIsComplex);
+    options = {.padValue = padValue};
+    if (isNormalised) options.normalise = Normalisation::energy;
   }
+
+  void run() {
+    const auto taps = test::exactElements(u), filter = test::exactElements(h);
+    test::forEachChoice(p, options, [&] {
+      SCOPED_TRACE(testing::Message() << p);
+      FixedConvolution convolution(h, {p.uDims[0], p.uDims[1]}, types, options);
+      const std::vector<Exact> found = test::exactElements(convolution.run(u));
+      test::ExactCasts model = casts;
+      if (isNormalised && !normFits(filter)) return;
+      for (std::size_t i = 0; i < found.size(); ++i) {
+        Exact sum({}, {}, casts.isComplex);
+        mpq_class energy;
+        for (std::size_t k = 0; k < filter.size(); ++k) {
+          const int index = tapIndex(static_cast<int>(i), static_cast<int>(k));
+          const Exact& tap = index < 0 ? pad : taps[static_cast<std::size_t>(index)];
+          const bool flips = p.algorithmMode == AlgorithmModeConvolution;
+          test::ExactCasts uncounted = casts;  // products of the pad value are not told
+          const Exact product =
+              (index < 0 ? uncounted : model).multiply(tap, filter[flips ? filter.size() - 1 - k : k]);
+          sum = model.accumulate(sum, product);
+          if (isNormalised) energy = casts.accumulator(energy + square(tap.re * tap.re));
+        }
+        if (isNormalised && energy < 0) continue;  // wrapped: no root to speak of
+        ASSERT_TRUE(found[i] == model.written(isNormalised ? divided(sum, energy) : sum)) << "output " << i;
+      }
+      if (isNormalised) return;
+      model.expectCountsOfSums(convolution.statistics());
+      test::expectCounts(labelled(convolution.statistics(), "output"), model.output.counts);
+      overflows += model.output.counts.overflows + model.accumulator.counts.overflows;
+    });
+  }
+
+  inline static std::uint64_t overflows = 0;
+  inline static int zeroDivisors = 0, divisors = 0;
+
+ private:
+  int tapIndex(int i, int k) const {
+    return tapAt(p, i % p.yDim(0) + p.firstTap(0) + k % p.hDims[0], i / p.yDim(0) + p.firstTap(1) + k / p.hDims[0]);
+  }
+  bool normFits(const std::vector<Exact>& filter) {
+    square = {casts.product.type, types.modes};
+    if (types.product) square.type.isSigned = types.input.isSigned;
+    if (!types.product) square.type = {2 * types.input.word, 2 * types.input.fraction, types.input.isSigned};
+    root = {*types.sqrt, types.modes};
+    mpq_class energy;
+    for (const Exact& v : filter) energy = casts.accumulator(energy + v.re * v.re);
+    if (energy >= 0) filterNorm = root.root(energy);
+    return energy >= 0;
+  }
+  Exact divided(const Exact& sum, const mpq_class& energy) {
+    const mpq_class divisor = casts.accumulator(root.root(energy) * filterNorm);
+    ++(divisor == 0 ? zeroDivisors : divisors);
+    return Exact(divisor == 0 ? mpq_class(0) : casts.accumulator(sum.re / divisor));
+  }
+
+  std::mt19937& random;
+  bool isNormalised;
+  test::Problem<int, int, int> p;
+  FixedTypes types;
+  FixedType filterType;
+  test::ExactCasts casts;
+  FixedArray u, h;
+  Exact pad;
+  ConvolutionOptions options;
+  ExactCast square, root;
+  mpq_class filterNorm;
+};
+
+TEST(FixedConvolutionTest, EveryCastIsInItsPlaceAndCounted) {
+  std::mt19937 random(5);
+  for (int trial = 0; trial < 60 && !HasFailure(); ++trial) {
+    SCOPED_TRACE(trial);
+    Comparison(random, trial % 3 == 2).run();
+  }
+  EXPECT_GT(Comparison::overflows, 400U);
+  EXPECT_GT(Comparison::zeroDivisors, 100);
+  EXPECT_GT(Comparison::divisors, 100);
 }
 
 const FixedTypes bytes{.input = {8, 0, false}, .accumulator = {24, 0}, .output = {8, 0, false}};
@@ -79,29 +155,6 @@ TEST(FixedConvolutionTest, RunsAgainWithOtherFiltersAndPadValuesAndAddsItsCounts
   EXPECT_THROW(first.statistics(), std::logic_error);
 }
 
-TEST(FixedConvolutionTest, OnlyTheBitsOfAWordCount) {
-  const std::vector<std::int16_t> filter{0x7003, -0x1001};  // 3 and -1 in 12 bits
-  const std::vector<std::uint8_t> input{0xf5, 0x12};        // 5 and 2 in 4 bits
-  FixedConvolution convolution(FixedView(ArrayView(filter, {2}), {12, 0}), {2},
-                               {.input = {4, 0, false}, .accumulator = {20, 0}, .output = {20, 0}},
-                               {.direction = FilterDirection::correlation});
-  EXPECT_THAT(listOf(convolution.run(FixedView(ArrayView(input, {2}), {4, 0, false}))), ElementsAre(13));
-}
-
-TEST(FixedConvolutionTest, ComplexValuesOnEitherSide) {
-  const std::vector<std::complex<double>> some{{1, 2}, {3, -4}};
-  const FixedArray turned = quantise(ArrayView(some, {2}), {8, 0});
-  const FixedArray real = values({5, 7}, {8, 0});
-  for (const bool inputIsComplex : {true, false}) {
-    const FixedTypes types{
-        .input = {8, 0}, .inputIsComplex = inputIsComplex, .accumulator = {16, 0}, .output = {16, 0}};
-    FixedConvolution convolution(inputIsComplex ? real : turned, {2}, types,
-                                 {.direction = FilterDirection::correlation});
-    const auto output = toComplex(convolution.run(inputIsComplex ? turned : real));
-    EXPECT_EQ(output[0], std::complex<double>(5 + 21, 10 - 28));
-  }
-}
-
 TEST(FixedConvolutionTest, NormalisedSumsOfEqualWindowsAreOne) {
   FixedTypes types{.input = {8, 0, false}, .accumulator = {40, 16}, .output = {16, 8}, .sqrt = FixedType{32, 12}};
   const ConvolutionOptions options{.normalise = Normalisation::energy};
@@ -122,6 +175,15 @@ TEST(FixedConvolutionTest, SeparablePassesMeetInTheOutputsType) {
   convolution.setFilters(values({2, 1}, {8, 2}), values({1, 3}, {8, 2}));
   EXPECT_THAT(listOf(convolution.run(input)), ElementsAre(6, 3, 0, 18, 9, 0, 0, 0, 0));
   EXPECT_EQ(labelled(convolution.statistics(), "output").casts, 18U);
+}
+
+TEST(FixedConvolutionTest, TheSecondPadValueIsTheFirstFiltersSumInTheOutputsTypeTimesTheFirst) {
+  const FixedTypes types{.input = {16, 0}, .accumulator = {24, 0}, .output = {5, 0}};
+  FixedSeparableConvolution convolution(
+      values({10, 10}, {8, 0}), values({1, -1}, {8, 0}), {2, 2}, types,
+      {.direction = FilterDirection::correlation, .mode = OutputMode::full, .padValue = -1});
+  // The sum saturates to 15 before it is multiplied by -1; the intermediate's first element is -10.
+  EXPECT_EQ(listOf(convolution.run(FixedArray({2, 2}, types.input)))[0], -15 + 10);
 }
 
 TEST(QuantiseTest, RoundsOverflowsAndCounts) {

@@ -9,6 +9,7 @@
 #include <tuple>
 #include <vector>
 
+#include "tests/support/choices.h"
 #include "tests/support/fixed_model.h"
 #include "tests/unit/median/median_model.h"
 
@@ -28,8 +29,8 @@ class Comparison {
     if (pick(random, 0, 1) == 1) types.accumulator = test::randomType(random, 1, 128);
     if (pick(random, 0, 1) == 1) types.output = test::randomType(random, 1, 128);
     types.modes = test::randomModes(random);
-    p.outputMode = OutputModeEnum{pick(random, 0, 2)};
-    p.padType = PadTypeEnum{pick(random, 1, 4)};
+    std::tie(mode, p.outputMode) = test::modeChoices[pick(random, 0, 2)];
+    std::tie(pad, p.padType) = test::padChoices[pick(random, 0, 4)];
     for (int d = 0; d < 2; ++d) {
       p.uDims[d] = pick(random, 1, 6);
       p.hDims[d] = pick(random, 1, p.outputMode == OutputModeValid ? std::min(4, p.uDims[d]) : 4);
@@ -38,10 +39,10 @@ class Comparison {
   }
 
   void run() {
-    const double pad = pick(random, 0, 1) == 1 ? 0 : ExactCast{types.input, types.modes}(5).get_d();
-    p.padValue = pad;
+    const double padValue = pick(random, 0, 1) == 1 ? 0 : ExactCast{types.input, types.modes}(5).get_d();
+    p.padValue = padValue;
     FixedMedian median({p.hDims[0], p.hDims[1]}, {p.uDims[0], p.uDims[1]}, types,
-                       {.mode = OutputMode{p.outputMode}, .pad = PadRule{p.padType - 1}, .padValue = pad});
+                       {.mode = mode, .pad = pad, .padValue = padValue});
     for (int run = 0; run < 2; ++run) {
       const FixedArray u = test::randomFixed(random, {p.uDims[0], p.uDims[1]}, types.input);
       p.u = test::exactValues(u);
@@ -68,6 +69,8 @@ class Comparison {
 
   std::mt19937& random;
   FixedMedianTypes types;
+  OutputMode mode;
+  PadRule pad;
   test::Problem<mpq_class, mpq_class, mpq_class> p{};
   ExactCast output;
 };

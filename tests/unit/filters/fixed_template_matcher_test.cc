@@ -14,48 +14,20 @@
 namespace BP::filters {
 namespace {
 
+using test::Exact;
 using test::ExactCast;
 using test::pick;
 
-/// An element or a score as an exact number.
-struct Exact {
-  mpq_class re, im;
-  bool isComplex = false;
-
-  Exact() = default;
-  explicit Exact(mpq_class real) : re(std::move(real)) {}
-  Exact(mpq_class real, mpq_class imaginary, bool complex)
-      : re(std::move(real)), im(std::move(imaginary)), isComplex(complex) {}
-  bool operator==(const Exact& other) const { return re == other.re && im == other.im; }
-};
-
-/// What comparisons look at.
-mpq_class magnitude(const Exact& v) { return v.isComplex ? mpq_class(v.re * v.re + v.im * v.im) : v.re; }
-
-/// The types of a match, and what its casts count.
-struct Casts {
+/// The types of a match, and what its casts count; those of differences are not counted.
+struct Casts : test::ExactCasts {
   FixedMatchTypes types;
-  bool isComplex = false;  ///< scores
-  ExactCast accumulator, uncounted, product, partialSum, output;
+  ExactCast uncounted;
 
-  Exact accumulate(ExactCast& cast, const mpq_class& re, const mpq_class& im) const {
-    return {cast(re), isComplex ? cast(im) : mpq_class(0), isComplex};
-  }
   Exact difference(const Exact& a, const Exact& b) {
-    const Exact first = accumulate(uncounted, a.re, a.im);
-    return accumulate(uncounted, first.re - b.re, first.im - b.im);
+    const Exact first = sum(uncounted, a.re, a.im);
+    return sum(uncounted, first.re - b.re, first.im - b.im);
   }
-  Exact add(ExactCast& cast, const Exact& a, const Exact& b) const {
-    return accumulate(cast, a.re + b.re, a.im + b.im);
-  }
-  Exact multiply(const Exact& a, const Exact& b) {
-    if (!a.isComplex && !b.isComplex) return {product(a.re * b.re), 0, false};
-    if (!a.isComplex) return {product(a.re * b.re), product(a.re * b.im), true};
-    if (!b.isComplex) return {product(a.re * b.re), product(a.im * b.re), true};
-    const mpq_class rr = product(a.re * b.re), ii = product(a.im * b.im), ri = product(a.re * b.im),
-                    ir = product(a.im * b.re);
-    return {partialSum(rr - ii), partialSum(ri + ir), true};
-  }
+  Exact addUncounted(const Exact& a, const Exact& b) { return sum(uncounted, a.re + b.re, a.im + b.im); }
 };
 
 /// A score in the accumulator's type, operation by operation.
@@ -72,18 +44,18 @@ struct ExactWindowScore {
       const bool isProduct = m.metric == AlgorithmModeConvolution;
       Exact t = m.h[static_cast<std::size_t>(isProduct ? count - 1 - k : k)];
       if (isProduct) {
-        score = c.add(c.accumulator, score, c.multiply(a, t));
+        score = c.accumulate(score, c.multiply(a, t));
       } else if (m.metric == AlgorithmModeSSD) {
         const Exact d = c.difference(a, t);
-        score = c.add(c.uncounted, score, c.multiply(d, d));
+        score = c.addUncounted(score, c.multiply(d, d));
       } else {
         if (m.metric == AlgorithmModeMaxAD) {
-          for (Exact* v : {&a, &t}) *v = c.accumulate(c.uncounted, v->re, v->im);
+          for (Exact* v : {&a, &t}) *v = c.sum(c.uncounted, v->re, v->im);
         }
         const bool isGreater = c.isComplex ? squared(a) > squared(t) : a.re > t.re;
         const Exact d = isGreater ? c.difference(a, t) : c.difference(t, a);
         if (m.metric == AlgorithmModeSAD) {
-          score = c.add(c.uncounted, score, d);
+          score = c.addUncounted(score, d);
         } else if (k == 0 || magnitude(d) > magnitude(score)) {
           score = d;
         }
@@ -114,16 +86,14 @@ struct FixedElements {
     const bool squares = model.metric == AlgorithmModeSSD;
     types.accumulator.isSigned = types.accumulator.isSigned || squares;
     const FixedType &first = squares ? types.accumulator : types.input, &second = squares ? first : pattern;
-    FixedType product{first.word + second.word, first.fraction + second.fraction, first.isSigned || second.isSigned};
-    if ((squares || model.metric == AlgorithmModeConvolution) && (product.word > 128 || pick(random, 0, 1) == 1)) {
-      types.product = product = {pick(random, 3, 100), pick(random, -2, 20), product.isSigned};
+    const bool isSigned = first.isSigned || second.isSigned;
+    const bool isTooWide = first.word + second.word > 128;
+    if ((squares || model.metric == AlgorithmModeConvolution) && (isTooWide || pick(random, 0, 1) == 1)) {
+      types.product = {pick(random, 3, 100), pick(random, -2, 20), isSigned};
     }
     casts->isComplex = types.inputIsComplex || patternIsComplex;
-    casts->accumulator = casts->uncounted = {types.accumulator, types.modes};
-    casts->product = {product, types.modes};
-    casts->partialSum = {types.accumulator, types.modes};
-    casts->partialSum.type.isSigned = product.isSigned;
-    casts->output = {types.output, types.modes};
+    casts->setTypes(first, second, types.product, types.accumulator, types.output, types.modes);
+    casts->uncounted = {types.accumulator, types.modes};
     model.windowScore.casts = casts;
     isCounted = model.metric == AlgorithmModeConvolution;
   }
@@ -137,17 +107,9 @@ struct FixedElements {
   FixedArray randomPattern(std::mt19937& random, const int (&dims)[2]) {
     return test::randomFixed(random, {dims[0], dims[1]}, pattern, patternIsComplex);
   }
-  std::vector<Exact> valuesOf(const FixedArray& array) {
-    std::vector<Exact> values;
-    const std::vector<mpq_class> parts = test::exactValues(array);
-    const std::size_t step = array.isComplex() ? 2 : 1;
-    for (std::size_t i = 0; i < parts.size(); i += step) {
-      values.emplace_back(parts[i], array.isComplex() ? parts[i + 1] : mpq_class(0), array.isComplex());
-    }
-    return values;
-  }
+  std::vector<Exact> valuesOf(const FixedArray& array) { return test::exactElements(array); }
   std::vector<Exact> written(std::vector<Exact> scores) {
-    for (Exact& score : scores) score = casts->accumulate(casts->output, score.re, score.im);
+    for (Exact& score : scores) score = casts->written(score);
     return scores;
   }
 
@@ -162,10 +124,7 @@ struct FixedElements {
   void checkCounts(FixedTemplateMatcher& matcher) {
     const auto statistics = matcher.statistics();
     test::expectCounts(test::labelled(statistics, "output"), casts->output.counts);
-    if (!isCounted) return;
-    test::expectCounts(test::labelled(statistics, "accumulator"), casts->accumulator.counts);
-    test::expectCounts(test::labelled(statistics, "product"), casts->product.counts);
-    test::expectCounts(test::labelled(statistics, "product sum"), casts->partialSum.counts);
+    if (isCounted) casts->expectCountsOfSums(statistics);
   }
 
   std::shared_ptr<Casts> casts;

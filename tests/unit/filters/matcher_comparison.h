@@ -10,15 +10,12 @@
 #include <vector>
 
 #include "orvane/filters/template_matcher.h"
+#include "tests/support/choices.h"
 #include "tests/support/matching_model.h"
-#include "tests/support/random_values.h"
 
 /// Matches against the model over random geometry; what one run finds must not depend on those before.
 namespace BP::test {
 
-constexpr std::pair<filters::OutputMode, OutputModeEnum> matchModes[] = {{filters::OutputMode::valid, OutputModeValid},
-                                                                         {filters::OutputMode::same, OutputModeSame},
-                                                                         {filters::OutputMode::full, OutputModeFull}};
 constexpr std::pair<filters::Metric, AlgorithmModeEnum> matchMetrics[] = {
     {filters::Metric::sad, AlgorithmModeSAD},
     {filters::Metric::ssd, AlgorithmModeSSD},
@@ -58,7 +55,7 @@ class MatcherComparison {
  private:
   /// A random geometry, for the model and for the matcher.
   void choose() {
-    const auto& [mode, coreMode] = matchModes[pick(random, 0, 2)];
+    const auto& [mode, coreMode] = modeChoices[pick(random, 0, 2)];
     const auto& [metric, coreMetric] = matchMetrics[pick(random, 0, 3)];
     const int search = pick(random, 0, 1);
     options = {.metric = metric, .mode = mode, .search = static_cast<filters::Search>(search)};

@@ -6,7 +6,9 @@
 #include <random>
 #include <stdexcept>
 
+#include "tests/support/pad_walk.h"
 #include "tests/support/plan_scene.h"
+#include "tests/support/random_values.h"
 
 namespace BP::test {
 namespace {
@@ -23,21 +25,20 @@ std::vector<PlanSector> asDescribed(const std::vector<SectorCopy>& sectors) {
 
 TEST(PlanDescriptionTest, IsThePlanThatAHostsProcessorRuns) {
   std::mt19937 random(11);
-  const auto pick = [&](int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); };
   for (int trial = 0; trial < 400; ++trial) {
-    PlanRequest request{.mode = static_cast<OutputModeEnum>(pick(0, 2)), .pad = static_cast<PadTypeEnum>(pick(1, 4))};
+    PlanRequest request{.mode = allModes[pick(random, 0, 2)], .pad = allPads[pick(random, 0, 4)]};
     std::vector<int> centre;
     RegionSpec region;
-    const int rank = pick(1, 3);
+    const int rank = pick(random, 1, 3);
     for (int d = 0; d < rank; ++d) {
-      request.input.push_back(pick(1, 9));
-      request.window.push_back(pick(1, 9));
+      request.input.push_back(pick(random, 1, 9));
+      request.window.push_back(pick(random, 1, 9));
       centre.push_back((request.window.back() - 1) / 2);
-      region.loc.push_back(pick(-12, 8));
-      region.dims.push_back(pick(1, 14));
+      region.loc.push_back(pick(random, -12, 8));
+      region.dims.push_back(pick(random, 1, 14));
     }
-    if (pick(0, 1) == 1) request.reach = pick(0, 2);
-    const bool hasRegion = pick(0, 1) == 1;
+    if (pick(random, 0, 1) == 1) request.reach = pick(random, 0, 2);
+    const bool hasRegion = pick(random, 0, 1) == 1;
     if (hasRegion) request.region = PlanRegion{region.loc, region.dims};
     const int reach = request.reach.value_or(request.mode == OutputModeValid ? 0 : 1);
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <complex>
+#include <limits>
 #include <random>
 #include <type_traits>
 #include <utility>
@@ -82,6 +83,16 @@ TEST(TemplateMatcherRunTest, WithoutABestMatchThereIsAMapAlone) {
   const auto match = matchTemplate(ArrayView(image, {4, 1}), ArrayView(pattern, {2, 1}), {.best = false, .map = true});
   EXPECT_FALSE(match.found);
   EXPECT_EQ(std::vector(match.map.begin(), match.map.end()), (std::vector<float>{7, 0, 6}));
+}
+
+TEST(TemplateMatcherRunTest, AnEarlyNanStaysALaterOneIsIgnored) {
+  const std::vector<float> pattern{3};
+  for (const std::size_t at : {0U, 2U}) {
+    std::vector<float> image{1, 2, 2.5F, 3};
+    image[at] = std::numeric_limits<float>::quiet_NaN();
+    const auto match = matchTemplate(ArrayView(image, {4, 1}), ArrayView(pattern, {1, 1}), {.metric = Metric::ssd});
+    EXPECT_EQ(match.location[0], at == 0 ? 0 : 3);
+  }
 }
 
 TEST(TemplateMatcherRunTest, AMovedFromObjectSaysSo) {

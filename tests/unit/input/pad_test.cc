@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <random>
 #include <vector>
 
 #include "orvane/core/allocator.h"

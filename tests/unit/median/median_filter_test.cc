@@ -1,266 +1,65 @@
+// What the front and the processor add to medians: sizes that vary, stages, ranks, complex elements, regions.
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <array>
-#include <cmath>
-#include <limits>
-#include <memory>
-#include <random>
-#include <string>
 #include <vector>
 
 #include "orvane/host/reference_host.h"
 #include "orvane/median/median_filter_tolk.h"
 #include "orvane/platform/karn_fixpt_3_make.h"
-#include "tests/support/random_values.h"
+#include "tests/support/region_run.h"
 #include "tests/unit/median/median_model.h"
 
 namespace BP::test {
 namespace {
 
-using KarnDSPFixpt::DSPDataAttributesHandle;
 using KarnDSPFixpt::Fixpt;
-using KarnDSPFixpt::FixptFactory;
-using KarnDSPFixpt::makeAttributes;
+using testing::Each;
 using testing::ElementsAre;
 
-/// How values lie in memory: plain ones as they are, fixed-point ones as the stored integers of an array.
-template <class T>
-struct Elements {
-  using Value = T;
-  Elements(const std::vector<T>& v, const DSPDataAttributesHandle&)
-      : count(v.size()), data(std::make_unique<T[]>(count)) {
-    std::copy(v.begin(), v.end(), data.get());
+constexpr double untouched = 77;
+
+/// A front of doubles with its host; the output has room to spare.
+struct Bench {
+  std::vector<int> hDims, uDims;
+  std::vector<double> u, y = std::vector<double>(100, untouched);
+  double pad = 9;
+  ReferenceHost host;
+  MedianFilterTolk<double, double> front;
+
+  Bench(std::vector<int> window, std::vector<int> extents, std::vector<double> values, OutputModeEnum mode,
+        PadTypeEnum padType = PadTypeConstant)
+      : hDims(std::move(window)),
+        uDims(std::move(extents)),
+        u(std::move(values)),
+        front(host.getAdaptor(), static_cast<int>(hDims.size()), hDims.data(), static_cast<int>(uDims.size()),
+              uDims.data(), padType, mode, true) {
+    host.provideWorkVectors(front.getAllocator());
+    front.setup(u.data(), y.data(), mode == OutputModeValid ? nullptr : &pad, false);
   }
-  T* handOver() { return data.get(); }
-  T at(std::size_t i) { return data[i]; }
-  std::size_t count;
-  std::unique_ptr<T[]> data;
-};
-template <>
-struct Elements<Fixpt> {
-  using Value = int;
-  Elements(const std::vector<int>& v, const DSPDataAttributesHandle& type)
-      : count(v.size()), data(FixptFactory::createFixpt(type, static_cast<int>(count), 0)) {
-    for (std::size_t i = 0; i < count; ++i) (*data)[static_cast<int>(i)].setStored(v[i]);
-  }
-  /// The front that takes the object ends it.
-  Fixpt* handOver() { return data; }
-  int at(std::size_t i) { return static_cast<int>((*data)[static_cast<int>(i)].stored()); }
-  std::size_t count;
-  Fixpt* data;
-};
-
-/// The fixed-point types, of which plain elements need none.
-struct Types {
-  DSPDataAttributesHandle input = makeAttributes({}), output = input, accumulator = input;
-};
-
-/// A front with its host and arrays; the output has room to spare, filled with `untouched`.
-template <class T>
-class Bench {
- public:
-  using Value = typename Elements<T>::Value;
-  using P = Problem<Value, Value, Value>;
-  static constexpr Value untouched = static_cast<Value>(77);
-
-  explicit Bench(const P& p, bool isVarSize = false, const Types& types = {})
-      : hDims{p.hDims[0], p.hDims[1]},
-        uDims{p.uDims[0], p.uDims[1]},
-        u(p.u, types.input),
-        y(std::vector<Value>(p.outputCount() + 100, untouched), types.output),
-        pad({p.padValue}, types.input),
-        front(std::make_unique<MedianFilterTolk<T, T>>(host.getAdaptor(), 2, hDims.data(), 2, uDims.data(), p.padType,
-                                                       p.outputMode, isVarSize, types.input, types.output,
-                                                       types.accumulator)) {
-    host.provideWorkVectors(front->getAllocator());
-    front->setup(u.handOver(), y.handOver(), pad.handOver(), false);
-  }
-
   /// The first `count` outputs of one run; the rest must stay as it was.
-  std::vector<Value> run(std::size_t count) {
-    front->computeOutputs();
+  std::vector<double> run(std::size_t count) {
+    std::ranges::fill(y, untouched);
+    front.computeOutputs();
     EXPECT_THAT(host.getMessages(), testing::IsEmpty());
-    std::vector<Value> result;
-    for (std::size_t i = 0; i < y.count; ++i) result.push_back(y.at(i));
-    EXPECT_EQ(std::vector<Value>(result.begin() + static_cast<std::ptrdiff_t>(count), result.end()),
-              std::vector<Value>(y.count - count, untouched))
-        << "written behind the output";
-    result.resize(count);
-    return result;
+    const auto behind = y.begin() + static_cast<std::ptrdiff_t>(count);
+    EXPECT_THAT(std::vector(behind, y.end()), Each(untouched)) << "written behind the output";
+    return {y.begin(), behind};
   }
-
-  std::array<int, 2> hDims, uDims;
-  Elements<T> u, y, pad;
-  ReferenceHost host;
-  std::unique_ptr<MedianFilterTolk<T, T>> front;
 };
 
-template <class T>
-std::vector<typename Elements<T>::Value> outputsOf(const typename Bench<T>::P& p, const Types& types = {}) {
-  return Bench<T>(p, false, types).run(p.outputCount());
-}
-
-/// Runs problems of random extents, windows wider than the input among them, with every mode and pad, and calls
-/// `check(output, window)` for each output.
-template <class T, class MakeValueT, class CheckT>
-void forRandomProblems(int trials, const Types& types, MakeValueT makeValue, CheckT check) {
-  std::mt19937 random(5);
-  for (int trial = 0; trial < trials; ++trial) {
-    typename Bench<T>::P p{};
-    for (int d = 0; d < 2; ++d) {
-      p.hDims[d] = pick(random, 1, 6);
-      p.uDims[d] = pick(random, 1, 9);
-    }
-    for (int i = 0; i < p.uDims[0] * p.uDims[1]; ++i) p.u.push_back(makeValue(random, trial));
-    p.padValue = makeValue(random, trial);
-    for (const auto mode : allModes) {
-      for (const auto pad : allPads) {
-        p.outputMode = mode;
-        p.padType = pad;
-        const auto y = outputsOf<T>(p, types);
-        for (int i = 0; i < static_cast<int>(y.size()); ++i) {
-          SCOPED_TRACE(testing::Message() << "trial " << trial << ", window " << p.hDims[0] << " x " << p.hDims[1]
-                                          << ", input " << p.uDims[0] << " x " << p.uDims[1] << ", mode " << mode
-                                          << ", pad " << pad << ", output " << i);
-          check(y[static_cast<std::size_t>(i)], windowAt(p, i % p.yDim(0), i / p.yDim(0)));
-          if (testing::Test::HasFailure()) return;
-        }
-      }
-    }
-  }
-}
-
-template <class T>
-class RealMedianTest : public testing::Test {};
-using RealTypes = testing::Types<float, double>;
-TYPED_TEST_SUITE(RealMedianTest, RealTypes);
-
-template <class T>
-T meanOf(T lower, T upper) {
-  return sum(product(upper, T(0.5)), product(lower, T(0.5)));
-}
-
-/// With NaN no sort tells what comes out, but the selection still does, and its model throws beyond the window.
-TYPED_TEST(RealMedianTest, EqualsTheSortAndTheStatedSelectionBitForBit) {
-  using T = TypeParam;
-  const auto value = [](std::mt19937& random, int trial) {
-    using Limits = std::numeric_limits<T>;
-    // Two of the greatest have a mean only if they are halved before the sum; the half of the least is rounded.
-    const T few[] = {T(0),
-                     T(-0.0),
-                     T(1),
-                     Limits::max(),
-                     Limits::denorm_min(),
-                     Limits::infinity(),
-                     -Limits::infinity(),
-                     Limits::quiet_NaN()};
-    switch (trial % 4) {
-      case 0: return RandomValue<T>::of(random, false);
-      case 1: return T(pick(random, 0, 2));
-      default: return few[pick(random, 0, trial % 4 == 2 ? 6 : 7)];
-    }
-  };
-  const auto isNan = [](T v) { return std::isnan(v); };
-  forRandomProblems<T>(80, {}, value, [&](T y, const std::vector<T>& window) {
-    const T selected = medianOf(window, rankBySelection<T>, meanOf<T>);
-    EXPECT_TRUE(sameBits(y, selected)) << y << " for " << selected;
-    if (std::any_of(window.begin(), window.end(), isNan)) return;
-    const T sorted = medianOf(window, rankBySort<T>, meanOf<T>);
-    EXPECT_TRUE(y == sorted || (isNan(y) && isNan(sorted))) << y << " for " << sorted;
-  });
-}
-
-/// Every line of up to seven values out of four.
-TYPED_TEST(RealMedianTest, NanNeverLeadsOutsideTheWindow) {
-  using T = TypeParam;
-  const T few[] = {T(1), T(2), T(3), std::numeric_limits<T>::quiet_NaN()};
-  for (int n = 1; n <= 7; ++n) {
-    std::vector<T> line(static_cast<std::size_t>(n));
-    Bench<T> bench({{n, 1}, {n, 1}, {}, line});
-    for (int code = 0; code < 1 << (2 * n); ++code) {
-      for (std::size_t i = 0; i < line.size(); ++i) line[i] = few[code >> (2 * i) & 3];
-      std::copy(line.begin(), line.end(), bench.u.handOver());
-      bench.front->computeOutputs();
-      ASSERT_TRUE(sameBits(bench.y.at(0), medianOf(line, rankBySelection<T>, meanOf<T>))) << n << ", code " << code;
-    }
-  }
-}
-
-TEST(MedianTest, BoolCountsAndATieIsTrue) {
-  const auto value = [](std::mt19937& random, int /*trial*/) { return pick(random, 0, 1) == 1; };
-  forRandomProblems<bool>(40, {}, value, [](bool y, const std::vector<bool>& window) {
-    const auto half = std::count(window.begin(), window.end(), true) * 2 - static_cast<std::ptrdiff_t>(window.size());
-    EXPECT_EQ(y, half >= 0);
-  });
-  EXPECT_THAT(outputsOf<bool>({{0, 1}, {2, 1}, {}, {false, false}, false, OutputModeSame}), ElementsAre(true, true))
-      << "no value at all is a tie";
-}
-
-DSPDataAttributesHandle fixpt(unsigned word, int fraction, fxpModeRounding_tag rounding = fxpRoundFloor,
-                              fxpModeOverflow_tag overflow = fxpOverflowWrap, bool isComplex = false) {
-  return makeAttributes(
-      {.value = {word, fraction}, .overflow = overflow, .rounding = rounding, .isComplex = isComplex});
-}
-
-TEST(FixptMedianTest, EqualsTheSortWithMeansByShift) {
-  const Types types{fixpt(8, 3), fixpt(8, 3), fixpt(9, 3)};
-  const auto value = [](std::mt19937& random, int trial) {
-    return trial % 2 == 0 ? pick(random, -128, 127) : pick(random, 0, 3);
-  };
-  forRandomProblems<Fixpt>(30, types, value, [](int y, const std::vector<int>& window) {
-    EXPECT_EQ(y, medianOf(window, rankBySort<int>, [](int lower, int upper) { return (lower + upper) >> 1; }));
-  });
-}
-
-TEST(FixptMedianTest, MeanIsFormedInTheAccumulatorTypeByItsRounding) {
-  const struct {
-    DSPDataAttributesHandle accumulator;
-    int a, b, mean;
-  } cases[] = {
-      {fixpt(16, 0), 4, 3, 3},
-      {fixpt(16, 0, fxpRoundConvergent), 4, 3, 4},
-      {fixpt(16, 0), -4, -3, -4},
-      {fixpt(16, 1, fxpRoundCeiling), -4, -3, -4},  // -3.5 exactly, floored by the output's type
-      {fixpt(8, 0, fxpRoundFloor, fxpOverflowSaturate), 100, 120, 63},
-      {fixpt(8, 0), 100, 120, -18},
-  };
-  for (const auto& c : cases) {
-    const Types types{fixpt(8, 0), fixpt(8, 0), c.accumulator};
-    EXPECT_THAT(outputsOf<Fixpt>({{2, 1}, {2, 1}, {}, {c.a, c.b}}, types), ElementsAre(c.mean)) << c.a << ' ' << c.b;
-  }
-}
-
-TEST(FixptMedianTest, ComplexElementsAreRankedByMagnitude) {
-  const auto type = fixpt(8, 0, fxpRoundFloor, fxpOverflowWrap, true);
-  int hDims[] = {3, 1}, uDims[] = {3, 1};
-  ReferenceHost host;
-  MedianFilterTolk<Fixpt, Fixpt> front(host.getAdaptor(), 2, hDims, 2, uDims, PadTypeReplicate, OutputModeValid, false,
-                                       type, type, type);
-  host.provideWorkVectors(front.getAllocator());
-  Fixpt* const u = FixptFactory::createFixpt(type, 3, 0);
-  Fixpt* const y = FixptFactory::createFixpt(type, 1, 0);
-  (*u)[0].setComplex(0, -9);
-  (*u)[1].setComplex(1, 0);
-  (*u)[2].setComplex(3, -4);
-  front.setup(u, y, nullptr, false);
-  front.computeOutputs();
-  EXPECT_EQ((*y)[0].toDouble(), 3);
-  EXPECT_EQ(y->imaginaryToDouble(), -4);
-}
-
-TEST(MedianFrontTest, AWindowMayShrinkAndGrowWithinItsStoreOnly) {
+TEST(MedianFront, AWindowMayShrinkAndGrowWithinItsStoreOnly) {
   Problem<double, double, double> p{{3, 2}, {4, 3}, {}, {}, 0, OutputModeSame, {}, {}, PadTypeSymmetric};
   for (int i = 0; i < 12; ++i) p.u.push_back((i * 7) % 12);
-  Bench<double> bench(p, true);
+  Bench bench({3, 2}, {4, 3}, p.u, p.outputMode, p.padType);
   const auto check = [&](int width, int height, int inputWidth, int inputHeight, bool fits = true) {
     bench.hDims = {p.hDims[0] = width, p.hDims[1] = height};
     bench.uDims = {p.uDims[0] = inputWidth, p.uDims[1] = inputHeight};
     std::vector<double> expected;
     for (int i = 0; fits && i < inputWidth * inputHeight; ++i) {
-      expected.push_back(medianOf(windowAt(p, i % inputWidth, i / inputWidth), rankBySort<double>, meanOf<double>));
+      expected.push_back(medianOf(windowAt(p, i % inputWidth, i / inputWidth), rankBySort<double>,
+                                  [](double lower, double upper) { return upper * 0.5 + lower * 0.5; }));
     }
-    std::fill_n(bench.y.handOver(), 12, Bench<double>::untouched);
     EXPECT_EQ(bench.run(expected.size()), expected) << width << " x " << height;
   };
   check(3, 2, 4, 3);
@@ -271,68 +70,73 @@ TEST(MedianFrontTest, AWindowMayShrinkAndGrowWithinItsStoreOnly) {
   }
   check(2, 2, 4, 3);
   bench.hDims = {3, 3};
-  bench.front->setup(setupAttachWork);
+  bench.front.setup(setupAttachWork);
   check(3, 3, 4, 3);
 }
 
-TEST(MedianFrontTest, PadValueIsTunedBetweenRuns) {
-  Bench<double> bench({{3, 1}, {2, 1}, {}, {1, 2}, 9, OutputModeFull});
-  EXPECT_THAT(bench.run(4), ElementsAre(9, 2, 2, 9));
+TEST(MedianFront, StagesMayRepeatAndOnlyThePadValueIsTuned) {
+  Bench bench({3, 1}, {2, 1}, {1, 2}, OutputModeFull);
   double pad = -9;
-  bench.front->tune(nullptr, nullptr, &pad);
+  bench.front.tune(&pad, &pad, nullptr);
+  EXPECT_THAT(bench.run(4), ElementsAre(9, 2, 2, 9));
+  bench.front.tune(nullptr, nullptr, &pad);
+  for (const int stage : {5, 6, 2, 2}) bench.front.setup(static_cast<setupModeT>(stage));
   EXPECT_THAT(bench.run(4), ElementsAre(-9, 1, 1, -9));
-  bench.front->tune(&pad, &pad, nullptr);
-  for (const int stage : {5, 6, 2, 2}) bench.front->setup(static_cast<setupModeT>(stage));
-  EXPECT_THAT(bench.run(4), ElementsAre(-9, 1, 1, -9));
-  EXPECT_EQ(bench.front->getMedianFilter(), bench.front->getMedianFilter()->getConvCorr2());
-
-  Bench<double> valid({{3, 1}, {3, 1}, {}, {3, 1, 2}});
-  valid.front->setup(valid.u.handOver(), valid.y.handOver(), nullptr, false);  // no pad value, which is not asked for
-  EXPECT_THAT(valid.run(1), ElementsAre(2));
+  EXPECT_EQ(bench.front.getMedianFilter(), bench.front.getMedianFilter()->getConvCorr2());
+  EXPECT_THAT(Bench({3, 1}, {3, 1}, {3, 1, 2}, OutputModeValid).run(1), ElementsAre(2)) << "without a pad value";
 }
 
-TEST(MedianFrontTest, OneDimensionIsALineMoreThanTwoFilterTheFirstPlaneAndNoneDoNothing) {
-  float u[] = {4, 1, 3, 2, 9, 9, 9, 9}, y[8];
-  int hDims[] = {3, 1, 2}, uDims[] = {4, 1, 2};
-  for (const int rank : {1, 3, 0}) {
-    std::fill_n(y, 8, -77.0F);
-    ReferenceHost host;
-    MedianFilterTolk<float, float> front(host.getAdaptor(), rank, hDims, rank, uDims, PadTypeReplicate, OutputModeSame,
-                                         false);
-    host.provideWorkVectors(front.getAllocator());
-    front.setup(u, y, nullptr, false);
-    front.computeOutputs();
-    EXPECT_THAT(std::vector(y + 4, y + 8), testing::Each(-77)) << rank;
-    const std::vector<float> nothing(4, -77), medians{4, 3, 2, 2};
-    EXPECT_EQ(std::vector(y, y + 4), rank == 0 ? nothing : medians) << rank;
+TEST(MedianFront, OneDimensionIsALineMoreThanTwoFilterTheFirstPlaneAndNoneDoNothing) {
+  const std::vector<double> u{4, 1, 3, 2, 9, 9, 9, 9};
+  for (const auto& [window, extents] : {std::pair(std::vector{3}, std::vector{4}), {{3, 1, 2}, {4, 1, 2}}}) {
+    EXPECT_THAT(Bench(window, extents, u, OutputModeSame, PadTypeReplicate).run(4), ElementsAre(4, 3, 2, 2));
   }
+  Bench({}, {}, u, OutputModeSame, PadTypeReplicate).run(0);
 }
 
-TEST(MedianFilterTest, ARegionOfInterestHoldsItsPartOfTheOutput) {
-  Problem<float, float, float> p{{3, 3}, {7, 6}, {}, {}, 0, OutputModeSame, {}, {}, PadTypeCircular};
-  std::mt19937 random(2);
-  p.u = randomValues<float>(random, 42);
-  int centres[] = {1, 1}, at[] = {2, 0}, size[] = {5, 4};
-  CleverPtr<int> hDims, uDims, centre, loc, dims;
-  hDims.ptr = p.hDims, uDims.ptr = p.uDims, centre.ptr = centres, loc.ptr = at, dims.ptr = size;
-  std::vector<float> part(20);
-  CleverPtr<float> u, y;
-  u.ptr = p.u.data(), y.ptr = part.data();
+TEST(MedianFront, AnEmptyWindowOfBooleansIsATie) {
+  int hDims[] = {0, 1}, uDims[] = {2, 1};
+  bool u[2] = {}, y[2] = {};
   ReferenceHost host;
-  AllocatorTolk allocator(host.getAdaptor());
-  const RestrictedRegion region(2, dims, loc);
-  MedianFilter<float, float, AllocatorTolk> processor(&allocator, 2, hDims, false, uDims, p.outputMode, p.padType,
-                                                      centre, u, y, &region);
-  host.provideWorkVectors(allocator);
-  allocator.refreshWorkVectors();
-  for (const auto stage : {setupAttachWork, setupLinkTables, setupStart}) processor.setup(stage);
-  processor.invoke();
-  std::vector<float> expected;
-  for (int i = 0; i < 20; ++i) {
-    std::vector<float> window = windowAt(p, at[0] + i % 5, at[1] + i / 5);
-    expected.push_back(rankBySort(window, 4));
+  MedianFilterTolk<bool, bool> front(host.getAdaptor(), 2, hDims, 2, uDims, PadTypeReplicate, OutputModeSame, false);
+  host.provideWorkVectors(front.getAllocator());
+  front.setup(u, y, nullptr, false);
+  front.computeOutputs();
+  EXPECT_THAT(y, Each(true));
+}
+
+TEST(MedianFront, ComplexElementsAreRankedByMagnitude) {
+  const auto type = KarnDSPFixpt::makeAttributes({.value = {8, 0}, .isComplex = true});
+  int hDims[] = {3, 1}, uDims[] = {3, 1};
+  ReferenceHost host;
+  MedianFilterTolk<Fixpt, Fixpt> front(host.getAdaptor(), 2, hDims, 2, uDims, PadTypeReplicate, OutputModeValid, false,
+                                       type, type, type);
+  host.provideWorkVectors(front.getAllocator());
+  Fixpt* const u = KarnDSPFixpt::makeFixpt(type, 3).release();
+  Fixpt* const y = KarnDSPFixpt::makeFixpt(type, 1).release();
+  (*u)[0].setComplex(0, -9);
+  (*u)[1].setComplex(1, 0);
+  (*u)[2].setComplex(3, -4);
+  front.setup(u, y, nullptr, false);
+  front.computeOutputs();
+  EXPECT_EQ((*y)[0].toDouble(), 3);
+  EXPECT_EQ(y->imaginaryToDouble(), -4);
+}
+
+TEST(MedianProcessor, ARegionOfInterestHoldsItsPartOfTheOutput) {
+  std::mt19937 random(2);
+  for (int trial = 0; trial < 20; ++trial) {
+    RegionRun run(random);
+    const auto& p = run.problem;
+    const auto part = run([&](AllocatorTolk* allocator, auto& s) {
+      return MedianFilter<float, float, AllocatorTolk>(allocator, 2, s.hDims, false, s.uDims, p.outputMode, p.padType,
+                                                       s.centre, s.u, s.y, &s.region);
+    });
+    for (std::size_t i = 0; i < part.size(); ++i) {
+      const auto window = windowAt(p, run.column(i), run.row(i));
+      EXPECT_EQ(part[i], medianOf(window, rankBySort<float>, [](float a, float b) { return b * 0.5F + a * 0.5F; }));
+    }
   }
-  EXPECT_EQ(part, expected);
 }
 
 }  // namespace

@@ -1,0 +1,133 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <type_traits>
+#include <vector>
+
+#include "orvane/core/element.h"
+#include "orvane/core/enums.h"
+#include "orvane/input/line_reader.h"
+#include "orvane/lanes/separable.h"
+#include "orvane/lanes/target.h"
+
+namespace BP {
+
+/// Where the two passes of a separable filter read and write.
+struct SeparableGeometry {
+  int outputDims[2];
+  int first[2];       ///< coordinates of the first tap of output (0, 0): in the input, and in the array between
+  int columns, rows;  ///< taps of the first filter, along dimension 0, and of the second, along dimension 1
+};
+
+/// Computes both passes of a separable filter in one walk, with the bits of two passes: lines of the array between are
+/// filtered as they are needed, and few of them are kept.
+///
+///     input line -> along dimension 0 -> a ring of lines between -> along dimension 1 -> output row
+///
+/// The output is cut into strips along dimension 0. Lines of strips at the input's edges are gathered through the pad,
+/// those of others are pointers into the input. HT, UT and YT are the plain element types of filters, input and output.
+template <class HT, class UT, class YT>
+class SeparableWalk {
+ public:
+  /// Makes all room, for filters of these many taps.
+  void resize(int columns, int rows);
+
+  /// Filters all lines that `lines` reads, of rank 2, into `y`. `beyond` is what the array between yields beyond its
+  /// edge under a constant pad. False, and nothing done, if lanes are not in use or there is nothing to compute.
+  bool run(const LineSource<UT>& lines, const YT* beyond, const HT* first, const HT* second, bool reversed,
+           const SeparableGeometry& geometry, YT* y);
+
+ private:
+  using Real = decltype(std::real(YT()));
+  template <class A>
+  static constexpr bool isComplex = !std::is_same_v<A, Real>;
+  template <class In>
+  static constexpr lanes::Elements kindOf = isComplex<In> ? (isComplex<HT> ? lanes::Elements::complexComplex
+                                                                           : lanes::Elements::complexReal)
+                                                          : (isComplex<HT> ? lanes::Elements::realComplex
+                                                                           : lanes::Elements::realReal);
+
+  static constexpr int stripWidth = 256;
+  static constexpr int maxRows = 512;        ///< in a run
+  static constexpr int maxCopiedRows = 128;  ///< in a run whose lines are gathered
+
+  void runStrip(const SeparableGeometry& g, int x, int width, YT* y);
+  const UT* lineAt(int row, int length, int number);
+
+  LineReader<UT> reader;
+  LineSource<UT> source{};
+  std::vector<Real> alongTaps, acrossTaps;
+  lanes::PackedFilter<Real> along, across;
+  std::vector<Real> scratch;
+  std::vector<const Real*> scratchLines;
+  std::vector<const Real*> linePointers;
+  std::vector<Real*> outPointers;
+  std::vector<UT> copied;
+  std::vector<YT> beyondLine;
+};
+
+template <class HT, class UT, class YT>
+void SeparableWalk<HT, UT, YT>::resize(int columns, int rows) {
+  const lanes::FilterExtents alongExtents{1, 1, columns}, acrossExtents{1, rows, 1};
+  alongTaps.resize(lanes::PackedFilter<Real>::sizeFor(kindOf<UT>, alongExtents));
+  acrossTaps.resize(lanes::PackedFilter<Real>::sizeFor(kindOf<YT>, acrossExtents));
+  along = {kindOf<UT>, alongExtents, alongTaps.data()};
+  across = {kindOf<YT>, acrossExtents, acrossTaps.data()};
+  const auto room = lanes::SeparableSums<Real>::scratchFor(across, stripWidth);
+  scratch.resize(room.values);
+  scratchLines.resize(room.pointers);
+  const auto size = [](int count) { return static_cast<std::size_t>(count); };
+  linePointers.resize(size(maxRows) + size(rows) - 1);
+  outPointers.resize(size(maxRows));
+  copied.resize((size(maxCopiedRows) + size(rows) - 1) * (size(stripWidth) + size(columns) - 1));
+  beyondLine.resize(size(stripWidth));
+  reader.resize(stripWidth + columns - 1);
+}
+
+template <class HT, class UT, class YT>
+bool SeparableWalk<HT, UT, YT>::run(const LineSource<UT>& lines, const YT* beyond, const HT* first, const HT* second,
+                                    bool reversed, const SeparableGeometry& g, YT* y) {
+  const int width = g.outputDims[0];
+  if (!lanes::areInUse() || width < 1 || g.outputDims[1] < 1 || lines.dims[0] < 1 || lines.dims[1] < 1) return false;
+  source = lines;
+  along.pack(reinterpret_cast<const Real*>(first), reversed);
+  across.pack(reinterpret_cast<const Real*>(second), reversed);
+  if (source.padType == PadTypeConstant) std::fill(beyondLine.begin(), beyondLine.end(), *beyond);
+  for (int x = 0; x < width; x += stripWidth) runStrip(g, x, std::min(stripWidth, width - x), y);
+  return true;
+}
+
+/// The line of a row between, which its first pass takes from the input's row; null for a row of the constant pad.
+template <class HT, class UT, class YT>
+const UT* SeparableWalk<HT, UT, YT>::lineAt(int row, int length, int number) {
+  const bool isBeyond = row < 0 || row >= source.dims[1];
+  if (isBeyond && source.padType == PadTypeConstant) return nullptr;
+  const int index[2] = {0, row};
+  UT* const room = reader.gathers() ? copied.data() + std::ptrdiff_t{number} * length : nullptr;
+  return reader.read(index, room);
+}
+
+template <class HT, class UT, class YT>
+void SeparableWalk<HT, UT, YT>::runStrip(const SeparableGeometry& g, int x, int width, YT* y) {
+  const int start = g.first[0] + x, length = width + g.columns - 1;
+  reader.beginSector(source, start < 0 || start + length > source.dims[0]);
+  reader.beginStretch(start, length);
+  const lanes::SeparableSums<Real> sums(along, across, scratch.data(), scratchLines.data());
+  const int runRows = reader.gathers() ? maxCopiedRows : maxRows;
+  for (int row = 0; row < g.outputDims[1]; row += runRows) {
+    const int count = std::min(runRows, g.outputDims[1] - row);
+    for (int k = 0; k < count + g.rows - 1; ++k) {
+      linePointers[static_cast<std::size_t>(k)] =
+          reinterpret_cast<const Real*>(lineAt(g.first[1] + row + k, length, k));
+    }
+    for (int r = 0; r < count; ++r) {
+      outPointers[static_cast<std::size_t>(r)] =
+          reinterpret_cast<Real*>(y + x + std::ptrdiff_t{g.outputDims[0]} * (row + r));
+    }
+    sums.sumProducts({linePointers.data(), count + g.rows - 1, count, width, outPointers.data()},
+                     reinterpret_cast<const Real*>(beyondLine.data()));
+  }
+}
+
+}  // namespace BP
