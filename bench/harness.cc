@@ -76,8 +76,9 @@ Sampler timed(std::function<void()> action, double outputs) {
   constexpr double least = 2e6;
   return [action = std::move(action), outputs, times = std::int64_t{0}]() mutable {
     if (times == 0) {
-      action();
-      for (times = 1; timeOf(action, times) < least;) times *= 2;
+      const double first = timeOf(action, times = 1);
+      if (first > 10 * least) return first / outputs;  // long enough to tell at once
+      while (timeOf(action, times) < least) times *= 2;
     }
     return timeOf(action, times) / (static_cast<double>(times) * outputs);
   };
@@ -107,8 +108,8 @@ void Harness::measure(const Subject& subject, const Sampler& ours, const std::ve
   for (const Peer& peer : peers) all.emplace_back(peer.sampler);
   for (const Series& series : all) series.warmUp();
 
-  // Long jobs take few repeats. The budget is wall time of this process' turns.
-  const std::size_t least = settings.quick ? 3 : 5, most = 101;
+  // A budget of processor time; long jobs take the least number of repeats.
+  constexpr std::size_t least = 3, most = 101;
   const double end = now() + (settings.quick ? 0.1e9 : 0.5e9);
   for (std::size_t n = 0; n < least || (n < most && now() < end); ++n) {
     for (Series& series : all) series.sample();

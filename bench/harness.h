@@ -28,8 +28,8 @@ void keep(const T& value) {
 }
 
 /// Times `action`, which makes `outputs` outputs, in the calling thread's own processor time: while other programs have
-/// their turn it does not count. Actions are repeated to fill two milliseconds; the first sample, which finds out how
-/// often, is no measurement.
+/// their turn it does not count. Actions are repeated to fill two milliseconds; the first sample finds out how often,
+/// and is no measurement.
 Sampler timed(std::function<void()> action, double outputs);
 
 struct Peer {
