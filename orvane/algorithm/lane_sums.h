@@ -16,7 +16,8 @@ namespace BP {
 /// How much one call of the lanes computes, at most.
 struct RunLimits {
   static constexpr int rows = 24;
-  static constexpr int width = 512;
+  /// Bytes of a line: long enough that memory is read in long stretches, so short that a run stays in a near cache.
+  static constexpr int lineBytes = 16 * 1024;
   /// Of runs whose lines are copied first: gathered ones, and those of a turned area.
   static constexpr int copiedWidth = 256;
   /// Areas of fewer outputs along dimension 0 are turned, if they are higher than wide.
@@ -52,6 +53,8 @@ class LaneSums {
   using OutputElement = YT;
   using Real = decltype(std::real(YT()));
   using Run = lanes::Run<Real>;
+  /// The most outputs in a row of a run.
+  static constexpr int maxWidth = RunLimits::lineBytes / static_cast<int>(sizeof(UT));
 
   /// Takes the filter's extents, the first `rank` of them, and makes all room.
   void resize(const Block& filter, int rank);
@@ -122,10 +125,10 @@ void LaneSums<HT, UT, YT, normalise>::resize(const Block& filter, int rank) {
   forms[0].resize(extents);
   if (canTurn) forms[1].resize({extents.planes * extents.rows, extents.columns, 1});
   if constexpr (normalise != 0 && !isReal) {
-    energies.resize(std::size_t{RunLimits::rows} * RunLimits::width);
+    energies.resize(std::size_t{RunLimits::rows} * static_cast<std::size_t>(maxWidth));
     energyRows.resize(RunLimits::rows);
     for (std::size_t r = 0; r < energyRows.size(); ++r) {
-      energyRows[r] = reinterpret_cast<Real*>(energies.data() + r * RunLimits::width);
+      energyRows[r] = reinterpret_cast<Real*>(energies.data() + r * static_cast<std::size_t>(maxWidth));
     }
   }
 }
@@ -160,7 +163,7 @@ void LaneSums<HT, UT, YT, normalise>::computeComplexNormalised(const lanes::Pack
   YT norm = *filterNorm, root{};
   for (int r = 0; r < run.rows; ++r) {
     YT* const out = reinterpret_cast<YT*>(run.out[r]);
-    const Energy* const rowEnergies = energies.data() + std::size_t(r) * RunLimits::width;
+    const Energy* const rowEnergies = energies.data() + std::size_t(r) * static_cast<std::size_t>(maxWidth);
     for (std::ptrdiff_t i = 0; i < run.width; ++i) {
       YT energy = rowEnergies[i];
       divideByNorms(out[i], energy, root, norm);
