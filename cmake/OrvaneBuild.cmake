@@ -16,8 +16,14 @@ set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
 file(RELATIVE_PATH bin_to_lib /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
 set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/${bin_to_lib}")
 
-# The standard headers that most sources read, parsed once for each target that asks for them.
+# orvane_precompile(TARGET HEADERS_OR_REUSE...): parses the standard headers that most sources read once for the target.
+# GCC 12 gives false alarms inside std::string where it optimises precompiled headers, and so goes without.
 set(ORVANE_COMMON_HEADERS <algorithm> <array> <complex> <cstdint> <map> <memory> <string> <type_traits> <vector>)
+function(orvane_precompile target)
+  if(ORVANE_SANITIZE OR NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_precompile_headers(${target} ${ARGN})
+  endif()
+endfunction()
 
 add_library(orvane_build INTERFACE)
 # Contraction would fuse a multiplication and an addition into one rounding; results must not depend on it.
