@@ -22,7 +22,8 @@ double numberOf(const Values& values, const std::string& name);
 Option modeOption(const std::string& meaning);
 const ModeRow& modeOf(const Values& values);
 
-/// `--pad constant:V`, or the name of another pad type. V is a number, or RE,IM for complex elements, or left out for 0.
+/// `--pad constant:V`, or the name of another pad type. V is a number, or RE,IM for complex elements, or left out for
+/// 0.
 Option padOption(const std::string& meaning, const std::string& defaultValue);
 
 /// What is read beyond the edge.
