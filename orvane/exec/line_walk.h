@@ -99,7 +99,6 @@ class LineWalk {
   std::vector<Real*> out;
   std::vector<UT> copied;
   std::vector<YT> turnedOutput;
-  std::vector<UT> oneLine;
 };
 
 /// The walk of an algorithm without lanes: it computes nothing.
