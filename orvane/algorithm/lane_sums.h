@@ -7,26 +7,12 @@
 #include <type_traits>
 #include <vector>
 
+#include "orvane/algorithm/run_limits.h"
 #include "orvane/core/element.h"
 #include "orvane/lanes/sums.h"
 #include "orvane/plan/block.h"
 
 namespace BP {
-
-/// How much one call of the lanes computes, at most.
-struct RunLimits {
-  static constexpr int rows = 24;
-  /// Bytes of a line: long enough that memory is read in long stretches, so short that a run stays in a near cache.
-  static constexpr int lineBytes = 16 * 1024;
-  /// Of runs whose lines are copied first: gathered ones, and those of a turned area.
-  static constexpr int copiedWidth = 256;
-  /// Areas of fewer outputs along dimension 0 are turned, if they are higher than wide.
-  static constexpr int narrow = 16;
-  /// Filters of more taps are left to the plain loop: they would be kept eightfold.
-  static constexpr std::int64_t taps = std::int64_t{1} << 20;
-  /// Areas under filters of more taps are not turned.
-  static constexpr std::int64_t turnedTaps = std::int64_t{1} << 16;
-};
 
 /// The norm of a window from its energy, and the division by it: sample := sample / (root of the energy * norm of the
 /// filter), 0 where that divisor is 0.
@@ -53,6 +39,7 @@ class LaneSums {
   using OutputElement = YT;
   using Real = decltype(std::real(YT()));
   using Run = lanes::Run<Real>;
+  using Limits = RunLimits;
   /// The most outputs in a row of a run.
   static constexpr int maxWidth = RunLimits::lineBytes / static_cast<int>(sizeof(UT));
 
@@ -72,6 +59,8 @@ class LaneSums {
   /// Whether they take it turned as well.
   bool getCanTurn() const { return canTurn; }
   const lanes::FilterExtents& getExtents() const { return extents; }
+  /// Areas of fewer outputs along dimension 0 are turned, if they are higher than wide.
+  static constexpr int getNarrow() { return Limits::narrow; }
 
   /// Computes a run of up to `RunLimits` outputs. `turned`: filter rows are planes and filter columns are rows.
   void compute(bool turned, const Run& run);

@@ -63,7 +63,7 @@ class TerminalKernel : public Kernel<Out, Alloc> {
     if constexpr (!std::is_same_v<Lanes, NoLanes>) {
       auto& in = algorithm->getInput();
       constexpr int padType = Algo::InputType::padType;
-      if (edges != nullptr && padType == 0) return false;
+      if ((edges != nullptr && padType == 0) || !canRun()) return false;
       const auto& u = in.getBlock();
       return lines.run({u.getData().ptr, u.getDims().ptr, u.getNumDims(), padType, in.padValues().ptr}, sector, edges,
                        algorithm->getFilter(), u, result.getBlock(), result.getBlock().getData().ptr);
