@@ -40,7 +40,8 @@ int run(int argc, char** argv) {
 
   bench::Harness harness(settings);
   for (const auto measure : {bench::measureLimits, bench::measureConvolution, bench::measureSeparable,
-                             bench::measureVolume, bench::measureCalls, bench::measurePlan, bench::measureFixedPoint}) {
+                             bench::measureVolume, bench::measureCalls, bench::measurePlan, bench::measureFixedPoint,
+                             bench::measureMedians}) {
     measure(harness);
   }
   if (!harness.hasRows()) throw std::invalid_argument("--filter: no row has all of: " + settings.filter);

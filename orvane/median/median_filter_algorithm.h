@@ -10,6 +10,7 @@
 #include "orvane/core/element.h"
 #include "orvane/core/enums.h"
 #include "orvane/input/tap_reader.h"
+#include "orvane/median/fixed_lane_medians.h"
 #include "orvane/median/lane_medians.h"
 #include "orvane/median/selection_window.h"
 #include "orvane/plan/block.h"
@@ -17,6 +18,20 @@
 #include "orvane/plan/sector.h"
 
 namespace BP {
+
+/// What computes many medians of elements UT at once.
+template <class UT>
+struct MedianLanesOf {
+  using type = LaneMedians<UT>;
+};
+template <>
+struct MedianLanesOf<bool> {
+  using type = LaneMajorities;
+};
+template <>
+struct MedianLanesOf<Fixpt> {
+  using type = FixedLaneMedians;
+};
 
 /// The median of the values under a window that has a shape and no coefficients.
 ///
@@ -38,10 +53,10 @@ class MedianFilterAlgorithm : public DistanceMetricAlgorithm<AllocT, Traversable
  public:
   using Base = DistanceMetricAlgorithm<AllocT, TraversableBlock, InputT, YT, UT>;
   using Out = Output<YT, AllocT>;
-  using Lanes = std::conditional_t<std::is_floating_point_v<UT>, LaneMedians<UT>, NoLanes>;
+  using Lanes = typename MedianLanesOf<UT>::type;
 
   MedianFilterAlgorithm(AllocT* alloc, TraversableBlock* window, InputT* in)
-      : Base(alloc, window, in), selection(alloc), laneMedians(makeLanes()) {}
+      : Base(alloc, window, in), selection(alloc), laneMedians(selection) {}
 
   /// The common set-up; at `setupAttachWork` the store of the window's values is made.
   void setup(setupModeT mode) {
@@ -53,9 +68,7 @@ class MedianFilterAlgorithm : public DistanceMetricAlgorithm<AllocT, Traversable
         selection.makeStore(this->allocator, static_cast<int>(std::min(size, most)));
       }
     }
-    if constexpr (!std::is_same_v<Lanes, NoLanes>) {
-      if (mode == setupResize || mode == setupStart) laneMedians.resize(*this->filter);
-    }
+    if (mode == setupResize || mode == setupStart) laneMedians.resize(*this->filter);
   }
 
   Lanes& getLaneSums() { return laneMedians; }
@@ -105,14 +118,6 @@ class MedianFilterAlgorithm : public DistanceMetricAlgorithm<AllocT, Traversable
     } else {
       forEachTap(taps, *this->filter, [&](int n) { selection.put(n, taps.read()); });
       selection.select(static_cast<int>(count()), result);
-    }
-  }
-
-  Lanes makeLanes() {
-    if constexpr (std::is_same_v<Lanes, NoLanes>) {
-      return {};
-    } else {
-      return Lanes(selection);
     }
   }
 

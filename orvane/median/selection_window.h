@@ -30,6 +30,7 @@ class SelectionWindow {
   }
 
   int getCapacity() const { return capacity; }
+  const T* getStore() const { return values.ptr; }
   /// Value `i`. For fixed point the reference is valid until the next access.
   T& at(int i) { return elementAt(values.ptr, i); }
 
@@ -101,6 +102,10 @@ class MedianSelection {
     values = std::make_unique<SelectionWindow<UT>>(allocator, size);
   }
   int getCapacity() const { return values == nullptr ? 0 : values->getCapacity(); }
+  /// The store as fixed point, whose type is that of the values; null before there is one.
+  const UT* getSample() const { return values == nullptr ? nullptr : values->getStore(); }
+  /// The element in which the two middle values are added.
+  const YT* getAccumulator() const { return lowerMiddle.ptr; }
 
   void put(int n, const UT& value) { assign(values->at(n), value); }
 
