@@ -197,6 +197,10 @@ void computeMerged(const MedianTask<typename K::T>& task) {
   }
 }
 
+/// Columns of a 3 x 3 window that are sorted at a time.
+template <class T>
+constexpr std::ptrdiff_t columns3x3 = 2048 / sizeof(T);
+
 /// Three values of a column in order, for one output in each lane.
 template <class V>
 struct Sorted3 {
@@ -218,24 +222,69 @@ HWY_INLINE V medianOf(const Sorted3<V>& a, const Sorted3<V>& b, const Sorted3<V>
   return hn::Max(hn::Min(low, middle), hn::Min(hn::Max(low, middle), high));
 }
 
-/// Two output rows of a 3 x 3 window, of which there are at least a vector: they share the pair of the middle lines.
+/// Calls `visit(x)` for the places of vectors that cover `count` elements, at least as many as a vector has. The last one
+/// overlaps the one before.
+template <class VisitT>
+HWY_INLINE void forEachVector(std::ptrdiff_t count, std::ptrdiff_t lanes, VisitT&& visit) {
+  for (std::ptrdiff_t x = 0; x < count - lanes; x += lanes) visit(x);
+  visit(count - lanes);
+}
+
+/// Sorts the columns of four lines for two output rows of a 3 x 3 window, which share the pair of the middle lines:
+/// `upper` and `lower` are three lines each. What the last two lines hold is added to `seen`.
+template <class K, class T>
+void sortColumns3(const T* const* lines, std::ptrdiff_t count, T (*upper)[columns3x3<T>], T (*lower)[columns3x3<T>],
+                  typename K::Seen& allSeen) {
+  const hn::ScalableTag<T> tag;
+  typename K::Seen seen = allSeen;
+  forEachVector(count, static_cast<std::ptrdiff_t>(HWY_LANES(T)), [&](std::ptrdiff_t x) HWY_ATTR {
+    const auto a = hn::LoadU(tag, lines[1] + x), b = hn::LoadU(tag, lines[2] + x);
+    const auto last = hn::LoadU(tag, lines[3] + x);
+    if constexpr (K::isFloating) seen.add(b), seen.add(last);
+    const auto low = hn::Min(a, b), high = hn::Max(a, b);
+    const auto store = [&](T(*to)[columns3x3<T>], const auto& sorted) HWY_ATTR {
+      hn::StoreU(sorted.low, tag, to[0] + x);
+      hn::StoreU(sorted.middle, tag, to[1] + x);
+      hn::StoreU(sorted.high, tag, to[2] + x);
+    };
+    store(upper, insert3(low, high, hn::LoadU(tag, lines[0] + x)));
+    store(lower, insert3(low, high, last));
+  });
+  allSeen = seen;
+}
+
+/// One output row from its sorted columns.
 template <class T>
-void medianRows3x3(const T* const* lines, T* first, T* second, std::ptrdiff_t width) {
+void mergeColumns3(const T (*sorted)[columns3x3<T>], T* out, std::ptrdiff_t count) {
   const hn::ScalableTag<T> tag;
   using V = hn::Vec<decltype(tag)>;
-  constexpr auto lanes = static_cast<std::ptrdiff_t>(HWY_LANES(T));
-  for (std::ptrdiff_t next = 0; next < width; next += lanes) {
-    const std::ptrdiff_t x = std::min(next, width - lanes);  // the last vector overlaps the one before
-    Sorted3<V> upper[3], lower[3];
+  forEachVector(count, static_cast<std::ptrdiff_t>(HWY_LANES(T)), [&](std::ptrdiff_t x) HWY_ATTR {
+    Sorted3<V> columns[3];
     ORVANE_UNROLL_8 for (int c = 0; c < 3; ++c) {
-      const V a = hn::LoadU(tag, lines[1] + x + c), b = hn::LoadU(tag, lines[2] + x + c);
-      const V low = hn::Min(a, b), high = hn::Max(a, b);
-      upper[c] = insert3(low, high, hn::LoadU(tag, lines[0] + x + c));
-      lower[c] = insert3(low, high, hn::LoadU(tag, lines[3] + x + c));
+      columns[c] = {hn::LoadU(tag, sorted[0] + x + c), hn::LoadU(tag, sorted[1] + x + c),
+                    hn::LoadU(tag, sorted[2] + x + c)};
     }
-    hn::StoreU(medianOf(upper[0], upper[1], upper[2]), tag, first + x);
-    hn::StoreU(medianOf(lower[0], lower[1], lower[2]), tag, second + x);
+    hn::StoreU(medianOf(columns[0], columns[1], columns[2]), tag, out + x);
+  });
+}
+
+/// Two output rows of a 3 x 3 window, of at least a vector. Columns are sorted piece by piece into the nearest cache.
+/// Returns the flags of the last two lines.
+template <class K, class T>
+unsigned medianRows3x3(const T* const* lines, T* first, T* second, std::ptrdiff_t width) {
+  typename K::Seen seen;
+  constexpr std::ptrdiff_t piece = columns3x3<T> - 2;
+  alignas(64) T upper[3][columns3x3<T>], lower[3][columns3x3<T>];
+  for (std::ptrdiff_t next = 0; next < width; next += piece) {
+    const std::ptrdiff_t x = std::min(next, width - static_cast<std::ptrdiff_t>(HWY_LANES(T)));
+    const std::ptrdiff_t count = std::min(piece, width - x);
+    const T* const from[] = {lines[0] + x, lines[1] + x, lines[2] + x, lines[3] + x};
+    sortColumns3<K>(from, count + 2, upper, lower, seen);
+    mergeColumns3<T>(upper, first + x, count);
+    mergeColumns3<T>(lower, second + x, count);
   }
+  if constexpr (K::isFloating) return seen.flags();
+  return 0;
 }
 
 /// The flags of a stretch of line.
@@ -260,28 +309,22 @@ class Strip3x3 {
       : task(medianTask), first(start), count(std::min(stripOf3x3, medianTask.run.width - start)) {}
 
   void compute() {
+    unsigned known = flagsOf<K>(task.run.lines[0] + first, count + 2) | flagsOf<K>(task.run.lines[1] + first, count + 2);
     for (int y = 0; y < task.run.rows; y += 2) {
       const T* lines[4];
-      unsigned flags = 0;
-      for (int k = 0; k < 4; ++k) {
-        const int number = std::min(y + k, task.run.rows + 1);
-        if (number >= known) seen[number % 4] = flagsOf<K>(task.run.lines[number] + first, count + 2);
-        known = std::max(known, number + 1);
-        flags |= seen[number % 4];
-        lines[k] = task.run.lines[number] + first;
-      }
+      for (int k = 0; k < 4; ++k) lines[k] = task.run.lines[std::min(y + k, task.run.rows + 1)] + first;
       const int rows = std::min(2, task.run.rows - y);
       T* const out = task.run.out[y] + first;
-      medianRows3x3<T>(lines, out, rows == 2 ? task.run.out[y + 1] + first : task.outputEdge, count);
-      repair(task, flags, y, rows, first, count);
+      T* const next = rows == 2 ? task.run.out[y + 1] + first : task.outputEdge;
+      const unsigned flags = medianRows3x3<K, T>(lines, out, next, count);
+      repair(task, known | flags, y, rows, first, count);
+      known = flags;
     }
   }
 
  private:
   const MedianTask<T>& task;
   const std::ptrdiff_t first, count;
-  unsigned seen[4] = {};
-  int known = 0;  ///< lines whose flags were found
 };
 
 template <class K>
