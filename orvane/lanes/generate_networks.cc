@@ -279,7 +279,7 @@ void printSmallNetworks() {
 }  // namespace
 
 int main() {
-  constexpr int squares[] = {4, 5, 6, 7, 9};
+  constexpr int squares[] = {5, 7, 9, 11, 15};
   std::puts(R"(// Made by generate_networks.cc. Included once for each target.
 
 #if defined(ORVANE_LANES_MEDIAN_NETWORKS_INL) == defined(HWY_TARGET_TOGGLE)

@@ -58,7 +58,7 @@ constexpr int tileExtent(int extent, int most) {
 /// The tile that is fastest, as measured, for a window.
 constexpr TileShape tileShapeFor(int columns, int rows) {
   const auto most = [](int extent) { return extent < 6 ? 2 : extent < 24 ? 4 : extent < 80 ? 8 : maxTile; };
-  const bool isFlat = columns < 9 && rows < 9;
+  const bool isFlat = columns < 16 && rows < 16;
   return {columns, rows, tileExtent(columns, most(columns)), tileExtent(rows, isFlat ? 2 : most(rows))};
 }
 

@@ -340,6 +340,7 @@ void computeMedians(const MedianTask<T>& task) {
   using K = Keys<T>;
   const TileShape& shape = task.plan->shape;
   if (shape.columns == 3 && shape.rows == 3 && task.run.width >= K::lanes) return compute3x3<K>(task);
+#if HWY_TARGET != HWY_SCALAR  // one value at a time gains little, and would take as long to compile
   bool isDone = false;
   forEachTile<typename K::Vectors>([&](auto tile) HWY_ATTR {
     using Tile = decltype(tile);
@@ -348,7 +349,9 @@ void computeMedians(const MedianTask<T>& task) {
     computeStrips<K, Tile::shape.tileWidth>(task, straight);
     isDone = true;
   });
-  if (!isDone) computeMerged<K>(task);
+  if (isDone) return;
+#endif
+  computeMerged<K>(task);
 }
 
 }  // namespace HWY_NAMESPACE

@@ -15,7 +15,7 @@ namespace BP {
 
 /// How much one call of the medians' lanes computes, at most. Its lines are sorted once for all of its rows.
 struct MedianLimits : RunLimits {
-  static constexpr int rows = 128;
+  static constexpr int rows = 256;
 };
 
 /// A window as the vector lanes want it, for medians in place of `LaneSums`; T is the type of the elements in memory.
