@@ -23,7 +23,8 @@ Array<T> randomPixels(std::int64_t side) {
   std::mt19937 engine(1);
   Array<T> pixels({side, side});
   for (T& pixel : pixels) {
-    pixel = std::is_floating_point_v<T> ? static_cast<T>(engine()) : static_cast<T>(engine() >> 31 * std::is_same_v<T, bool>);
+    pixel = std::is_floating_point_v<T> ? static_cast<T>(engine())
+                                        : static_cast<T>(engine() >> 31 * std::is_same_v<T, bool>);
   }
   return pixels;
 }

@@ -131,7 +131,8 @@ struct Record {
   List columns(int first, int count) {
     List list;
     for (int i = 0; i < count * plan.shape.commonRows(); ++i) {
-      list.push_back(network.load(columnLine(plan.columns.of(first, count).firstLine + i, first / plan.shape.tileWidth)));
+      list.push_back(
+          network.load(columnLine(plan.columns.of(first, count).firstLine + i, first / plan.shape.tileWidth)));
     }
     return list;
   }
@@ -243,8 +244,10 @@ void printSmall(int a, int b, bool isSort) {
     std::printf("  static void sort%d(const Key* a, std::ptrdiff_t as, Key* out) {\n", a);
   } else {
     const char* const unused = b == 0 ? "[[maybe_unused]] " : "";
-    std::printf("  static void merge%dAnd%d(const Key* a, std::ptrdiff_t as, %sconst Key* b, %sstd::ptrdiff_t bs,"
-                " Key* out) {\n", a, b, unused, unused);
+    std::printf(
+        "  static void merge%dAnd%d(const Key* a, std::ptrdiff_t as, %sconst Key* b, %sstd::ptrdiff_t bs,"
+        " Key* out) {\n",
+        a, b, unused, unused);
   }
   if (a < 2) std::printf("    (void)as;\n");
   if (b == 1) std::printf("    (void)bs;\n");

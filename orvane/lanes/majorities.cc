@@ -38,8 +38,8 @@ namespace HWY_NAMESPACE {
 
 /// sums[x] += added[x] - removed[x]; `removed` may be null.
 template <class Sum>
-void moveDown(Sum* HWY_RESTRICT sums, const unsigned char* HWY_RESTRICT added, const unsigned char* HWY_RESTRICT removed,
-              std::ptrdiff_t count) {
+void moveDown(Sum* HWY_RESTRICT sums, const unsigned char* HWY_RESTRICT added,
+              const unsigned char* HWY_RESTRICT removed, std::ptrdiff_t count) {
   if (removed == nullptr) {
     for (std::ptrdiff_t x = 0; x < count; ++x) sums[x] = static_cast<Sum>(sums[x] + added[x]);
   } else {
@@ -66,8 +66,8 @@ void compareFew(const Sum* HWY_RESTRICT sums, Sum half, unsigned char* HWY_RESTR
 /// Whether sums of `columns` neighbouring columns reach `half`. The binary digits of `columns` tell which sums of 1, 2,
 /// 4, ... columns follow each other in a sum; `room` holds three rows.
 template <class Sum>
-void compareMany(const Sum* sums, int columns, Sum half, Sum* room, std::ptrdiff_t stride, unsigned char* HWY_RESTRICT out,
-                 std::ptrdiff_t count) {
+void compareMany(const Sum* sums, int columns, Sum half, Sum* room, std::ptrdiff_t stride,
+                 unsigned char* HWY_RESTRICT out, std::ptrdiff_t count) {
   const std::ptrdiff_t length = count + columns - 1;
   const Sum* powers = sums;  // of `power` columns each
   Sum* const total = room + 2 * stride;

@@ -8,8 +8,8 @@
 
 namespace BP::lanes {
 
-/// Medians of values that are 0 or 1: an output is 1 if at least half of the values in its window are. Words are those of
-/// medians.h.
+/// Medians of values that are 0 or 1: an output is 1 if at least half of the values in its window are. Words are those
+/// of medians.h.
 ///
 /// The sums of all columns over the window's rows are kept from output row to output row: a line is added, another one
 /// subtracted. Sums over neighbouring columns are put together from sums of 1, 2, 4 and so on of them. An object serves

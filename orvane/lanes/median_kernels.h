@@ -40,7 +40,7 @@ struct MedianTask {
   OneByOne<T> plain;
   const TilePlan* plan;
   StripLayout layout;
-  Key* rows;        ///< prepared input rows, `ringRows` of them
+  Key* rows;  ///< prepared input rows, `ringRows` of them
   int ringRows;
   unsigned* flags;  ///< of each prepared row
   Key* columns;

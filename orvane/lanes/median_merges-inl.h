@@ -1,7 +1,7 @@
 // Tiles of any extents, merged at run time. Included once for each target.
 //
-// A list is a vector of keys for each rank, in memory. A merge deals both lists out by residue, like cards, into 2, 4 or
-// 8 pairs of shorter lists; short ones are merged in registers, by the networks made when the library was built. One
+// A list is a vector of keys for each rank, in memory. A merge deals both lists out by residue, like cards, into 2, 4
+// or 8 pairs of shorter lists; short ones are merged in registers, by the networks made when the library was built. One
 // streaming pass then undoes one to three levels of odd-even merging, for the ranks that are wanted alone.
 
 #if defined(ORVANE_LANES_MEDIAN_MERGES_INL) == defined(HWY_TARGET_TOGGLE)
@@ -126,7 +126,8 @@ class MergedTile {
         mergeFamily(plan.columns, family, columns, vectors);
         continue;
       }
-      const Key* const pixels = rows + (shape.tileHeight - 1) * layout.row + plan.rows.of(family.phase, 1).firstLine * layout.line;
+      const Key* const pixels =
+          rows + (shape.tileHeight - 1) * layout.row + plan.rows.of(family.phase, 1).firstLine * layout.line;
       for (std::ptrdiff_t v = 0; v < vectors; ++v) {
         top = start;
         const List sorted = sort({pixels + v * K::lanes, static_cast<int>(layout.row), shape.commonRows()});
@@ -150,9 +151,9 @@ class MergedTile {
                  count * plan.shape.commonRows());
   }
   List row(int y, int first, int count) const {
-    return lines(rowKeys + y * layout.row + plan.rows.of(first, count).firstLine * layout.line +
-                     first / plan.shape.tileWidth,
-                 count);
+    return lines(
+        rowKeys + y * layout.row + plan.rows.of(first, count).firstLine * layout.line + first / plan.shape.tileWidth,
+        count);
   }
   List pixels(int column, int first, int count) {
     const Key* const pixel = row(first, column, 1).keys;
@@ -211,7 +212,8 @@ typename MergedTile<K>::List MergedTile<K>::sort(List list) {
   int part = Networks::mostSorted;
   while (2 * part < list.size) part *= 2;
   const List first = sort({list.keys, list.stride, part});
-  return merge(first, sort({list.keys + static_cast<std::ptrdiff_t>(part) * list.stride, list.stride, list.size - part}));
+  return merge(first,
+               sort({list.keys + static_cast<std::ptrdiff_t>(part) * list.stride, list.stride, list.size - part}));
 }
 
 template <class K>
@@ -271,7 +273,9 @@ void MergedTile<K>::mergeInto(List a, List b, int low, int high, Key* out) {
 template <class K>
 typename MergedTile<K>::V MergedTile<K>::select(List a, List b, int rank) const {
   if (a.size < b.size) std::swap(a, b);
-  const auto at = [](const List& list, int i) { return K::load(list.keys + static_cast<std::ptrdiff_t>(i) * list.stride); };
+  const auto at = [](const List& list, int i) {
+    return K::load(list.keys + static_cast<std::ptrdiff_t>(i) * list.stride);
+  };
   int first = std::max(0, rank + 1 - a.size), last = std::min(b.size, rank + 1);
   V some = K::greatest(), others = some;
   if (first == 0) {

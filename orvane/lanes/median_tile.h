@@ -8,10 +8,10 @@
 
 /// Medians of a tile of neighbouring windows, described once.
 ///
-/// Neighbouring windows share most of their values. What all windows of a *tile* of outputs share, the *core*, is sorted
-/// once. Then the tile is halved again and again. The windows of a half share some more columns or rows, which are
-/// merged into the core, and values of too low or too high a rank for any median are dropped. A single output remains
-/// at last, and of its core the middle.
+/// Neighbouring windows share most of their values. What all windows of a *tile* of outputs share, the *core*, is
+/// sorted once. Then the tile is halved again and again. The windows of a half share some more columns or rows, which
+/// are merged into the core, and values of too low or too high a rank for any median are dropped. A single output
+/// remains at last, and of its core the middle.
 ///
 ///     window 5 x 5, tile 2 x 2          left half of the tile
 ///
@@ -73,7 +73,10 @@ struct StripLayout {
 
   constexpr StripLayout(const TileShape& shape, int keySize, int rowLines) : tiles(0), line(0), row(0) {
     const int lanes = widestVector / keySize;
-    const int vectors = shape.columns <= 5 ? (keySize == 1 ? 8 : 16) : shape.columns < 40 ? 4 : shape.columns < 80 ? 2 : 1;
+    const int vectors = shape.columns <= 5   ? (keySize == 1 ? 8 : 16)
+                        : shape.columns < 40 ? 4
+                        : shape.columns < 80 ? 2
+                                             : 1;
     tiles = vectors * lanes;
     line = (tiles + 2 * shape.reach() + 2 * lanes - 1) / lanes * lanes + lanes;
     line += line * keySize % 1024 == 0 ? lanes : 0;  // lines at equal places of all pages would share few cache sets
@@ -247,9 +250,8 @@ class TileWalk {
     half.hasCommonRows = node.hasCommonRows;
     const int height = shape.rows - node.height() + 1;
     const List added = node.hasCommonRows ? ops.columns(first, count)
-                                          : mergeAll(first, first + count, [&, n = &node](int c) {
-                                              return n->columns[slot(c, true)];
-                                            });
+                                          : mergeAll(first, first + count,
+                                                     [&, n = &node](int c) { return n->columns[slot(c, true)]; });
     if (addToCore(half, node.core, node.coreSize + count * height, added)) return;
     forEachPartial(half.x0, half.x1, shape.columns,
                    [&](int c) { half.columns[slot(c, true)] = node.columns[slot(c, true)]; });
@@ -262,11 +264,9 @@ class TileWalk {
   void splitRows(const Node& node, Node& half, bool isSecond) {
     const auto [first, count] = cut(half.y0, half.y1, shape.rows, isSecond);
     const int width = shape.columns - node.width() + 1;
-    const List added =
-        mergeAll(first, first + count, [&, n = &node](int y) { return n->rows[slot(y, false)]; });
+    const List added = mergeAll(first, first + count, [&, n = &node](int y) { return n->rows[slot(y, false)]; });
     if (addToCore(half, node.core, node.coreSize + count * width, added)) return;
-    forEachPartial(half.y0, half.y1, shape.rows,
-                   [&](int y) { half.rows[slot(y, false)] = node.rows[slot(y, false)]; });
+    forEachPartial(half.y0, half.y1, shape.rows, [&](int y) { half.rows[slot(y, false)] = node.rows[slot(y, false)]; });
     forEachPartial(half.x0, half.x1, shape.columns, [&, start = first, length = count](int c) {
       half.columns[slot(c, true)] = ops.merge(node.columns[slot(c, true)], ops.pixels(c, start, length));
     });
@@ -341,8 +341,8 @@ inline TilePlan::TilePlan(const TileShape& tileShape)
   tile_plan::Count count{*this};
   TileWalk<tile_plan::Count>(shape, count).run();
   // sorting a column takes pieces of it beside the result
-  arena = count.most + TilePlan::mergeRoom(shape.count()) + 8 * static_cast<std::size_t>(margin) *
-                           static_cast<std::size_t>(shape.commonRows() / 4 + 8);
+  arena = count.most + TilePlan::mergeRoom(shape.count()) +
+          8 * static_cast<std::size_t>(margin) * static_cast<std::size_t>(shape.commonRows() / 4 + 8);
 }
 
 }  // namespace BP::lanes

@@ -86,7 +86,8 @@ HWY_INLINE void finishOutputs(const typename K::Key* keys, std::ptrdiff_t line, 
     parts[i] = hn::BitCast(K::tag, element);
   }
   joinAll<K, std::size_t{tileWidth}>(parts, ordered);
-  for (int i = 0; i < tileWidth; ++i) hn::StoreU(hn::BitCast(K::elementTag, ordered[i]), K::elementTag, out + i * K::lanes);
+  for (int i = 0; i < tileWidth; ++i)
+    hn::StoreU(hn::BitCast(K::elementTag, ordered[i]), K::elementTag, out + i * K::lanes);
 }
 
 /// One strip of a run.
@@ -222,8 +223,8 @@ HWY_INLINE V medianOf(const Sorted3<V>& a, const Sorted3<V>& b, const Sorted3<V>
   return hn::Max(hn::Min(low, middle), hn::Min(hn::Max(low, middle), high));
 }
 
-/// Calls `visit(x)` for the places of vectors that cover `count` elements, at least as many as a vector has. The last one
-/// overlaps the one before.
+/// Calls `visit(x)` for the places of vectors that cover `count` elements, at least as many as a vector has. The last
+/// one overlaps the one before.
 template <class VisitT>
 HWY_INLINE void forEachVector(std::ptrdiff_t count, std::ptrdiff_t lanes, VisitT&& visit) {
   for (std::ptrdiff_t x = 0; x < count - lanes; x += lanes) visit(x);
@@ -309,7 +310,8 @@ class Strip3x3 {
       : task(medianTask), first(start), count(std::min(stripOf3x3, medianTask.run.width - start)) {}
 
   void compute() {
-    unsigned known = flagsOf<K>(task.run.lines[0] + first, count + 2) | flagsOf<K>(task.run.lines[1] + first, count + 2);
+    unsigned known =
+        flagsOf<K>(task.run.lines[0] + first, count + 2) | flagsOf<K>(task.run.lines[1] + first, count + 2);
     for (int y = 0; y < task.run.rows; y += 2) {
       const T* lines[4];
       for (int k = 0; k < 4; ++k) lines[k] = task.run.lines[std::min(y + k, task.run.rows + 1)] + first;

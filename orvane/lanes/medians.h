@@ -42,8 +42,8 @@ class LaneMedian {
   LaneMedian();
   ~LaneMedian();
 
-  /// Makes all room for a window; false, and nothing is kept, if it has no elements or more than `mostElements`. An even
-  /// window of integers is not taken either: how their mean rounds is not known here.
+  /// Makes all room for a window; false, and nothing is kept, if it has no elements or more than `mostElements`. An
+  /// even window of integers is not taken either: how their mean rounds is not known here.
   bool resize(int columns, int rows);
 
   /// Computes a run, with any number of rows and outputs.

@@ -16,9 +16,9 @@ class FixedMedianWalk;
 
 /// Medians of fixed-point values on their raw integers, whose order is that of the values.
 ///
-/// This needs integers of 8 or 16 bits that fill their containers, a window of an odd number of elements, an output of the
-/// input's type, and an accumulator that holds all of its values. Then no cast rounds or overflows. Everything else is
-/// left to the plain loop. The statistics of the output are those of the plain loop.
+/// This needs integers of 8 or 16 bits that fill their containers, a window of an odd number of elements, an output of
+/// the input's type, and an accumulator that holds all of its values. Then no cast rounds or overflows. Everything else
+/// is left to the plain loop. The statistics of the output are those of the plain loop.
 class FixedLaneMedians {
  public:
   using Walk = FixedMedianWalk;

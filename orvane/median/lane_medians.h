@@ -56,8 +56,8 @@ class MedianWindow {
   bool isSquare = false;
 };
 
-/// Medians of floating-point values. Outputs that depend on the order of the plain loop's comparisons are selected as in
-/// the plain loop, from the same values in the same order.
+/// Medians of floating-point values. Outputs that depend on the order of the plain loop's comparisons are selected as
+/// in the plain loop, from the same values in the same order.
 template <class T>
 class LaneMedians : public MedianWindow<T, lanes::LaneMedian<T>> {
  public:
@@ -84,9 +84,14 @@ class LaneMedians : public MedianWindow<T, lanes::LaneMedian<T>> {
     const lanes::FilterExtents& window = again.medians.getExtents();
     Selection& selection = again.medians.selection;
     int n = 0;
-    for (int j = 0; j < window.rows; ++j) {
-      for (int i = 0; i < window.columns; ++i) {
-        selection.put(n++, again.isTurned ? run.lines[row + i][x + j] : run.lines[row + j][x + i]);
+    if (again.isTurned) {
+      for (int j = 0; j < window.rows; ++j) {
+        for (int i = 0; i < window.columns; ++i) selection.put(n++, run.lines[row + i][x + j]);
+      }
+    } else {
+      for (int j = 0; j < window.rows; ++j) {
+        const T* const line = run.lines[row + j] + x;
+        for (int i = 0; i < window.columns; ++i) selection.put(n++, line[i]);
       }
     }
     selection.select(n, run.out[row][x]);

@@ -98,7 +98,8 @@ std::vector<double> outputsAndStatistics(FixedMedian& job, const FixedArray& inp
   const std::int64_t size = elementCount(output.extents()) * (output.type().word > 8 ? 2 : 1);
   std::vector<double> all(bytes, bytes + size);
   for (const FixedStatistics& s : job.statistics()) {
-    for (const double x : {double(s.casts), double(s.overflows), double(s.lossy), s.minimum, s.maximum}) all.push_back(x);
+    for (const double x : {double(s.casts), double(s.overflows), double(s.lossy), s.minimum, s.maximum})
+      all.push_back(x);
   }
   return all;
 }
@@ -107,7 +108,9 @@ std::vector<double> outputsAndStatistics(FixedMedian& job, const FixedArray& inp
 TEST(FixedMedianLanes, OutputsAndStatistics) {
   std::mt19937 random(22);
   for (int round = 0; round < 500; ++round) {
-    const FixedType type{pick(random, 0, 3) == 0 ? pick(random, 6, 16) : pick(random, 0, 1) == 0 ? 8 : 16,
+    const FixedType type{pick(random, 0, 3) == 0   ? pick(random, 6, 16)
+                         : pick(random, 0, 1) == 0 ? 8
+                                                   : 16,
                          pick(random, -3, 9), pick(random, 0, 1) == 0};
     FixedMedianTypes types{.input = type, .modes = {.overflow = static_cast<Overflow>(pick(random, 0, 3))}};
     if (pick(random, 0, 4) == 0) types.accumulator = FixedType{type.word, type.fraction + pick(random, -1, 1), true};
