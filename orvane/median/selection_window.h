@@ -107,6 +107,8 @@ class MedianSelection {
   /// The element in which the two middle values are added.
   const YT* getAccumulator() const { return lowerMiddle.ptr; }
 
+  /// The first value of the store, of plain elements.
+  UT* getValues() { return &values->at(0); }
   void put(int n, const UT& value) { assign(values->at(n), value); }
 
   /// result := the median of the first n values, the mean of the two in the middle if n is even.
