@@ -92,5 +92,6 @@ void measureVolume(Harness& harness);
 void measureCalls(Harness& harness);
 void measurePlan(Harness& harness);
 void measureFixedPoint(Harness& harness);
+void measureMedians(Harness& harness);
 
 }  // namespace bench

@@ -15,6 +15,13 @@ std::function<void()> openCvSeparable(ArrayView<const T>, ArrayView<const T>, Ar
   return {};
 }
 
+template <class T>
+std::function<void()> openCvMedian(ArrayView<const T>, std::int64_t, ArrayView<T>) {
+  return {};
+}
+template std::function<void()> openCvMedian(ArrayView<const float>, std::int64_t, ArrayView<float>);
+template std::function<void()> openCvMedian(ArrayView<const std::uint8_t>, std::int64_t, ArrayView<std::uint8_t>);
+
 #define ORVANE_INSTANTIATE(T)                                                                                \
   template std::function<void()> openCvFilter2D(ArrayView<const T>, ArrayView<const T>, ArrayView<T>);       \
   template std::function<void()> openCvSeparable(ArrayView<const T>, ArrayView<const T>, ArrayView<const T>, \

@@ -35,6 +35,17 @@ std::function<void()> openCvSeparable(ArrayView<const T> input, ArrayView<const 
       };
 }
 
+template <class T>
+std::function<void()> openCvMedian(ArrayView<const T> input, std::int64_t side, ArrayView<T> output) {
+  if (side > 5 && sizeof(T) > 1) return {};
+  cv::setNumThreads(1);
+  return [from = matrixOf(input), to = matrixOf<T>(output), window = static_cast<int>(side)]() mutable {
+    cv::medianBlur(from, to, window);
+  };
+}
+template std::function<void()> openCvMedian(ArrayView<const float>, std::int64_t, ArrayView<float>);
+template std::function<void()> openCvMedian(ArrayView<const std::uint8_t>, std::int64_t, ArrayView<std::uint8_t>);
+
 #define ORVANE_INSTANTIATE(T)                                                                                \
   template std::function<void()> openCvFilter2D(ArrayView<const T>, ArrayView<const T>, ArrayView<T>);       \
   template std::function<void()> openCvSeparable(ArrayView<const T>, ArrayView<const T>, ArrayView<const T>, \

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 
 #include "orvane/filters/array.h"
@@ -17,5 +18,10 @@ std::function<void()> openCvFilter2D(BP::filters::ArrayView<const T> input, BP::
 template <class T>
 std::function<void()> openCvSeparable(BP::filters::ArrayView<const T> input, BP::filters::ArrayView<const T> first,
                                       BP::filters::ArrayView<const T> second, BP::filters::ArrayView<T> output);
+
+/// The median of a square window, with pad replicate. T is `float` for sides 3 and 5, empty for others, or a byte.
+template <class T>
+std::function<void()> openCvMedian(BP::filters::ArrayView<const T> input, std::int64_t side,
+                                   BP::filters::ArrayView<T> output);
 
 }  // namespace bench

@@ -7,25 +7,11 @@
 #include <type_traits>
 #include <vector>
 
+#include "orvane/algorithm/run_limits.h"
 #include "orvane/lanes/sums.h"
 #include "orvane/plan/block.h"
 
 namespace BP {
-
-/// How much one call of the lanes computes, at most.
-struct RunLimits {
-  static constexpr int rows = 24;
-  /// Bytes of a line: long enough that memory is read in long stretches, so short that a run stays in a near cache.
-  static constexpr int lineBytes = 16 * 1024;
-  /// Of runs whose lines are copied first: gathered ones, and those of a turned area.
-  static constexpr int copiedWidth = 256;
-  /// Areas of fewer outputs along dimension 0 are turned, if they are higher than wide.
-  static constexpr int narrow = 16;
-  /// Filters of more taps are left to the plain loop: they would be kept eightfold.
-  static constexpr std::int64_t taps = std::int64_t{1} << 20;
-  /// Areas under filters of more taps are not turned.
-  static constexpr std::int64_t turnedTaps = std::int64_t{1} << 16;
-};
 
 /// Sums of products, plain or normalised, of many outputs at once: a filter as the vector lanes want it. The sums and
 /// their order are those of the plain loop.
@@ -39,6 +25,7 @@ class LaneSums {
   using OutputElement = YT;
   using Real = decltype(std::real(YT()));
   using Run = lanes::Run<Real>;
+  using Limits = RunLimits;
   /// The most outputs in a row of a run.
   static constexpr int maxWidth = RunLimits::lineBytes / static_cast<int>(sizeof(UT));
 
@@ -58,6 +45,8 @@ class LaneSums {
   /// Whether they take it turned as well.
   bool getCanTurn() const { return canTurn; }
   const lanes::FilterExtents& getExtents() const { return extents; }
+  /// Areas of fewer outputs along dimension 0 are turned, if they are higher than wide.
+  static constexpr int getNarrow() { return Limits::narrow; }
 
   /// Computes a run of up to `RunLimits` outputs. `turned`: filter rows are planes and filter columns are rows.
   void compute(bool turned, const Run& run);

@@ -38,8 +38,8 @@ void LineWalk<SumsT>::resize(const Block& filter, const Block& input, int walked
     const Size reach = d < hostRank ? Size{input.getDims().ptr[d]} + filter.getDims().ptr[d] - 1 : 1;
     return static_cast<int>(std::clamp(reach, Size{1}, Size{limit}));
   };
-  capacity = {bounded(RunLimits::rows, 1), bounded(SumsT::maxWidth, 0), bounded(RunLimits::copiedWidth, 0),
-              bounded(RunLimits::narrow - 1, 0), bounded(RunLimits::copiedWidth, 1)};
+  capacity = {bounded(Limits::rows, 1), bounded(SumsT::maxWidth, 0), bounded(Limits::copiedWidth, 0),
+              bounded(sums->getNarrow() - 1, 0), bounded(Limits::copiedWidth, 1)};
   const Size upright = uprightElements(capacity.copiedWidth, capacity.rows);
   if (!sums->getCanTurn()) capacity.turnedWidth = 0;
   const Size turned = capacity.turnedWidth == 0 ? 0 : turnedElements(capacity.turnedWidth, capacity.turnedHeight);

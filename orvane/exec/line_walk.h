@@ -16,7 +16,7 @@ namespace BP {
 
 /// Walks a sector in runs: stretches of neighbouring outputs in several rows, which vector lanes compute at once.
 ///
-///     sector   +--------------+-------+     a run has up to 24 rows along dimension 1,
+///     sector   +--------------+-------+     a run has some rows along dimension 1 (see its limits),
 ///              | run          | run   |     and a width that leaves its lines in a near cache;
 ///              +--------------+-------+     further dimensions are walked position by position
 ///              | run          | run   |
@@ -45,6 +45,7 @@ class LineWalk {
 
  private:
   using Real = typename SumsT::Real;
+  using Limits = typename SumsT::Limits;
   using Size = std::ptrdiff_t;
 
   /// The numbers of one walk, an entry per dimension, at least two.
@@ -76,7 +77,7 @@ class LineWalk {
   /// Elements that gathered or turned lines may take; a filter that needs more is left to the plain loop.
   static constexpr Size maxCopied = Size{1} << 21;
 
-  /// How much of `RunLimits` the extents of the arrays let a run use; a sector of more outputs takes more runs.
+  /// How much of `Limits` the extents of the arrays let a run use; a sector of more outputs takes more runs.
   struct Capacity {
     int rows = 0;
     int width = 0;
@@ -107,6 +108,17 @@ class LineWalk<NoLanes> {
  public:
   explicit LineWalk(NoLanes* /*laneSums*/) {}
   void resize(const Block& /*filter*/, const Block& /*input*/, int /*walkedRank*/) {}
+};
+
+/// The walk of an algorithm's lanes: their own one, if they have elements in memory that are not those of the arrays.
+template <class Lanes>
+struct WalkOf {
+  using type = LineWalk<Lanes>;
+};
+template <class Lanes>
+requires requires { typename Lanes::Walk; }
+struct WalkOf<Lanes> {
+  using type = typename Lanes::Walk;
 };
 
 }  // namespace BP

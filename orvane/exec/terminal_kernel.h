@@ -63,10 +63,11 @@ class TerminalKernel : public Kernel<Out, Alloc> {
     if constexpr (!std::is_same_v<Lanes, NoLanes>) {
       auto& in = algorithm->getInput();
       constexpr int padType = Algo::InputType::padType;
-      if (edges != nullptr && padType == 0) return false;
+      if ((edges != nullptr && padType == 0) || !canRun()) return false;
       const auto& u = in.getBlock();
-      return lines.run({u.getData().ptr, u.getDims().ptr, u.getNumDims(), padType, in.padValues().ptr}, sector, edges,
-                       algorithm->getFilter(), u, result.getBlock(), result.getBlock().getData().ptr);
+      const LineSource source{u.getData().ptr, u.getDims().ptr, u.getNumDims(), padType, in.padValues().ptr};
+      return lines.run(source, sector, edges, algorithm->getFilter(), u, result.getBlock(),
+                       result.getBlock().getData().ptr);
     }
     return false;
   }
@@ -123,7 +124,7 @@ class TerminalKernel : public Kernel<Out, Alloc> {
   }
 
   Algo* algorithm;
-  LineWalk<Lanes> lines;
+  typename WalkOf<Lanes>::type lines;
 };
 
 }  // namespace BP

@@ -121,5 +121,9 @@ template class LineReader<float>;
 template class LineReader<double>;
 template class LineReader<std::complex<float>>;
 template class LineReader<std::complex<double>>;
+template class LineReader<std::int8_t>;
+template class LineReader<std::uint8_t>;
+template class LineReader<std::int16_t>;
+template class LineReader<std::uint16_t>;
 
 }  // namespace BP

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
-#include <memory>
 #include <type_traits>
 
 #include "orvane/algorithm/algorithm.h"
@@ -11,12 +10,28 @@
 #include "orvane/core/element.h"
 #include "orvane/core/enums.h"
 #include "orvane/input/tap_reader.h"
+#include "orvane/median/fixed_lane_medians.h"
+#include "orvane/median/lane_medians.h"
 #include "orvane/median/selection_window.h"
 #include "orvane/plan/block.h"
 #include "orvane/plan/output.h"
 #include "orvane/plan/sector.h"
 
 namespace BP {
+
+/// What computes many medians of elements UT at once.
+template <class UT>
+struct MedianLanesOf {
+  using type = LaneMedians<UT>;
+};
+template <>
+struct MedianLanesOf<bool> {
+  using type = LaneMajorities;
+};
+template <>
+struct MedianLanesOf<Fixpt> {
+  using type = FixedLaneMedians;
+};
 
 /// The median of the values under a window that has a shape and no coefficients.
 ///
@@ -38,27 +53,34 @@ class MedianFilterAlgorithm : public DistanceMetricAlgorithm<AllocT, Traversable
  public:
   using Base = DistanceMetricAlgorithm<AllocT, TraversableBlock, InputT, YT, UT>;
   using Out = Output<YT, AllocT>;
+  using Lanes = typename MedianLanesOf<UT>::type;
 
-  MedianFilterAlgorithm(AllocT* alloc, TraversableBlock* window, InputT* in) : Base(alloc, window, in) {
-    if constexpr (!isCounting) alloc->allocateArray(lowerMiddle, 1, "accumulator");
-  }
+  MedianFilterAlgorithm(AllocT* alloc, TraversableBlock* window, InputT* in)
+      : Base(alloc, window, in), selection(alloc), laneMedians(selection) {}
 
   /// The common set-up; at `setupAttachWork` the store of the window's values is made.
   void setup(setupModeT mode) {
     Base::setup(mode);
     if constexpr (!isCounting) {
-      if (mode != setupAttachWork) return;
-      constexpr std::int64_t most = std::numeric_limits<int>::max();
-      const std::int64_t size = elementCount(this->filter->getNumDims(), this->filter->getDims().ptr);
-      values = std::make_unique<SelectionWindow<UT>>(this->allocator, static_cast<int>(std::min(size, most)));
+      if (mode == setupAttachWork) {
+        constexpr std::int64_t most = std::numeric_limits<int>::max();
+        const std::int64_t size = elementCount(this->filter->getNumDims(), this->filter->getDims().ptr);
+        selection.makeStore(this->allocator, static_cast<int>(std::min(size, most)));
+      }
     }
+    if (mode == setupResize || mode == setupStart) laneMedians.resize(*this->filter);
   }
+
+  Lanes& getLaneSums() { return laneMedians; }
 
   /// Whether the window can be computed. If not, kernels do not change the output.
   bool canRun() const {
-    if constexpr (isCounting) return true;
-    const std::int64_t n = count();
-    return n > 0 && values != nullptr && n <= values->getCapacity();
+    if constexpr (isCounting) {
+      return true;
+    } else {
+      const std::int64_t n = count();
+      return n > 0 && n <= selection.getCapacity();
+    }
   }
 
   /// The median of a window wholly inside the input, whose first element has linear index `imageIndex`.
@@ -77,6 +99,7 @@ class MedianFilterAlgorithm : public DistanceMetricAlgorithm<AllocT, Traversable
 
  private:
   static constexpr bool isCounting = std::is_same_v<UT, bool>;
+  using Selection = std::conditional_t<isCounting, NoSelection, MedianSelection<UT, YT>>;
 
   /// Number of values in the walked plane of the window.
   std::int64_t count() const {
@@ -93,24 +116,13 @@ class MedianFilterAlgorithm : public DistanceMetricAlgorithm<AllocT, Traversable
       forEachTap(taps, *this->filter, [&](int /*n*/) { trueCount += taps.read() ? 1 : 0; });
       result = 2 * trueCount >= count();
     } else {
-      forEachTap(taps, *this->filter, [&](int n) { assign(values->at(n), taps.read()); });
-      selectMiddle(static_cast<int>(count()), result);
+      forEachTap(taps, *this->filter, [&](int n) { selection.put(n, taps.read()); });
+      selection.select(static_cast<int>(count()), result);
     }
   }
 
-  void selectMiddle(int n, YT& result) {
-    const int k = (n - 1) / 2;
-    values->select(k, n);
-    if (n % 2 != 0) return assign(result, values->at(k));
-    YT& mean = elementAt(lowerMiddle.ptr, 0);
-    assign(mean, values->at(k));
-    values->select(k + 1, n);
-    averageInto(mean, values->at(k + 1));
-    assign(result, mean);
-  }
-
-  CleverPtr<YT> lowerMiddle;
-  std::unique_ptr<SelectionWindow<UT>> values;
+  Selection selection;
+  Lanes laneMedians;
 };
 
 }  // namespace BP

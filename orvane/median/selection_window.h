@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/element.h"
 
@@ -28,6 +30,7 @@ class SelectionWindow {
   }
 
   int getCapacity() const { return capacity; }
+  const T* getStore() const { return values.ptr; }
   /// Value `i`. For fixed point the reference is valid until the next access.
   T& at(int i) { return elementAt(values.ptr, i); }
 
@@ -82,6 +85,47 @@ class SelectionWindow {
   CleverPtr<T> values;
   CleverPtr<T> swapPair;
   CleverPtr<T> pivot;
+};
+
+/// The median of the values of one window, by selection. UT and YT are the element types of values and median.
+template <class UT, class YT>
+class MedianSelection {
+ public:
+  template <class AllocT>
+  explicit MedianSelection(AllocT* allocator) {
+    allocator->allocateArray(lowerMiddle, 1, "accumulator");
+  }
+
+  /// Makes the store for up to `size` values. There is none before.
+  template <class AllocT>
+  void makeStore(AllocT* allocator, int size) {
+    values = std::make_unique<SelectionWindow<UT>>(allocator, size);
+  }
+  int getCapacity() const { return values == nullptr ? 0 : values->getCapacity(); }
+  /// The store as fixed point, whose type is that of the values; null before there is one.
+  const UT* getSample() const { return values == nullptr ? nullptr : values->getStore(); }
+  /// The element in which the two middle values are added.
+  const YT* getAccumulator() const { return lowerMiddle.ptr; }
+
+  /// The first value of the store, of plain elements.
+  UT* getValues() { return &values->at(0); }
+  void put(int n, const UT& value) { assign(values->at(n), value); }
+
+  /// result := the median of the first n values, the mean of the two in the middle if n is even.
+  void select(int n, YT& result) {
+    const int k = (n - 1) / 2;
+    values->select(k, n);
+    if (n % 2 != 0) return assign(result, values->at(k));
+    YT& mean = elementAt(lowerMiddle.ptr, 0);
+    assign(mean, values->at(k));
+    values->select(k + 1, n);
+    averageInto(mean, values->at(k + 1));
+    assign(result, mean);
+  }
+
+ private:
+  CleverPtr<YT> lowerMiddle;
+  std::unique_ptr<SelectionWindow<UT>> values;
 };
 
 }  // namespace BP

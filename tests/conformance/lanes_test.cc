@@ -10,7 +10,7 @@
 
 #include "orvane/filters/convolution.h"
 #include "orvane/filters/correlation_nd.h"
-#include "orvane/lanes/target.h"
+#include "tests/support/every_target.h"
 #include "tests/support/guarded_lines.h"
 #include "tests/support/random_values.h"
 
@@ -18,27 +18,6 @@ namespace BP::test {
 namespace {
 
 using namespace filters;
-
-/// Runs `compute` by the plain loops and then on each target; all outputs must have the same bits.
-template <class T, class ComputeT>
-void expectSameOnEveryTarget(const std::string& problem, ComputeT&& compute) {
-  ASSERT_TRUE(lanes::forceTarget(lanes::plain));
-  const std::vector<T> expected = compute();
-  for (const std::string_view target : lanes::getTargets()) {
-    ASSERT_TRUE(lanes::forceTarget(target));
-    ASSERT_EQ(lanes::getTarget(), target);
-    const std::vector<T> found = compute();
-    const auto [e, f] = std::ranges::mismatch(expected, found, [](const T& a, const T& b) { return sameBits(a, b); });
-    ASSERT_TRUE(e == expected.end() && f == found.end())
-        << target << ": " << problem << ", output " << e - expected.begin() << " of " << expected.size();
-  }
-  lanes::forceTarget("");
-}
-
-std::string textOf(const Extents& input, const Extents& filter, OutputMode mode, PadRule pad) {
-  return "input " + toText(input) + ", filter " + toText(filter) + ", mode " + std::to_string(static_cast<int>(mode)) +
-         ", pad " + std::to_string(static_cast<int>(pad));
-}
 
 /// An extent of a window: mostly small, at times wider than any input here.
 int windowExtent(std::mt19937& random) { return pick(random, 1, pick(random, 0, 3) != 0 ? 7 : 45); }

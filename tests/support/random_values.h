@@ -56,6 +56,7 @@ template <class T>
 bool sameBits(T a, T b) {
   return (std::isnan(a) && std::isnan(b)) || (a == b && std::signbit(a) == std::signbit(b));
 }
+inline bool sameBits(bool a, bool b) { return a == b; }
 template <class T>
 bool sameBits(std::complex<T> a, std::complex<T> b) {
   return sameBits(a.real(), b.real()) && sameBits(a.imag(), b.imag());
