@@ -40,7 +40,7 @@ int run(int argc, char** argv) {
 
   bench::Harness harness(settings);
   for (const auto measure : {bench::measureLimits, bench::measureConvolution, bench::measureSeparable,
-                             bench::measureVolume, bench::measureCalls, bench::measurePlan, bench::measureFixedPoint}) {
+                             bench::measureMatching, bench::measureVolume, bench::measureCalls, bench::measurePlan, bench::measureFixedPoint}) {
     measure(harness);
   }
   if (!harness.hasRows()) throw std::invalid_argument("--filter: no row has all of: " + settings.filter);

@@ -15,6 +15,10 @@ std::function<void()> openCvSeparable(ArrayView<const T>, ArrayView<const T>, Ar
   return {};
 }
 
+std::function<void()> openCvSquaredDifferences(ArrayView<const float>, ArrayView<const float>, ArrayView<float>) {
+  return {};
+}
+
 #define ORVANE_INSTANTIATE(T)                                                                                \
   template std::function<void()> openCvFilter2D(ArrayView<const T>, ArrayView<const T>, ArrayView<T>);       \
   template std::function<void()> openCvSeparable(ArrayView<const T>, ArrayView<const T>, ArrayView<const T>, \

@@ -35,6 +35,14 @@ std::function<void()> openCvSeparable(ArrayView<const T> input, ArrayView<const 
       };
 }
 
+std::function<void()> openCvSquaredDifferences(ArrayView<const float> image, ArrayView<const float> pattern,
+                                               ArrayView<float> output) {
+  cv::setNumThreads(1);
+  return [from = matrixOf(image), part = matrixOf(pattern), to = matrixOf<float>(output)]() mutable {
+    cv::matchTemplate(from, part, to, cv::TM_SQDIFF);
+  };
+}
+
 #define ORVANE_INSTANTIATE(T)                                                                                \
   template std::function<void()> openCvFilter2D(ArrayView<const T>, ArrayView<const T>, ArrayView<T>);       \
   template std::function<void()> openCvSeparable(ArrayView<const T>, ArrayView<const T>, ArrayView<const T>, \

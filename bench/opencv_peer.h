@@ -18,4 +18,9 @@ template <class T>
 std::function<void()> openCvSeparable(BP::filters::ArrayView<const T> input, BP::filters::ArrayView<const T> first,
                                       BP::filters::ArrayView<const T> second, BP::filters::ArrayView<T> output);
 
+/// The sums of squared differences of a template at each position where it lies inside the image.
+std::function<void()> openCvSquaredDifferences(BP::filters::ArrayView<const float> image,
+                                               BP::filters::ArrayView<const float> pattern,
+                                               BP::filters::ArrayView<float> output);
+
 }  // namespace bench

@@ -11,6 +11,7 @@
 
 #include "orvane/lanes/difference_elements-inl.h"
 #include "orvane/lanes/difference_kernels.h"
+#include "orvane/lanes/least_difference-inl.h"
 #include "orvane/lanes/sums-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -22,7 +23,7 @@ template <class T, Term term>
 constexpr DifferenceKernels<T> makeDifferenceKernelsOf() {
   using D = hn::ScalableTag<T>;
   return {computeSums<RealDifference<D, term>>, computeSums<ComplexDifference<D, term, true>>,
-          computeSums<ComplexDifference<D, term, false>>};
+          computeSums<ComplexDifference<D, term, false>>, searchRow<RealDifference<D, term>, 4>};
 }
 
 template <class T>

@@ -131,7 +131,7 @@ void PackedFilter<T>::sumDifferences(const Run<T>& run) const {
   SumTask<T> task = makeTask(isComplexInput(elements), extents, run);
   task.taps = storage;
   const DifferenceKernels<T>& kernels =
-      differenceKernels<T>()[static_cast<std::size_t>(term) - static_cast<std::size_t>(Term::absoluteDifference)];
+      differenceKernels<T>()[differenceIndex(term)];
   if (elements == Elements::realReal) return kernels.real(task);
   return isComplexInput(elements) ? kernels.complexInput(task) : kernels.realComplex(task);
 }
