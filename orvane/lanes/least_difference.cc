@@ -1,5 +1,6 @@
 #include "orvane/lanes/least_difference.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -8,8 +9,8 @@
 namespace BP::lanes {
 namespace {
 
-/// Every so many rows of positions are visited in the first round.
-constexpr int firstRoundStep = 8;
+/// The first rounds visit every so many rows of positions, one after the other.
+constexpr int roundSteps[] = {64, 8};
 
 }  // namespace
 
@@ -24,19 +25,21 @@ LeastDifference<T> findLeastDifference(Term term, const SearchArea<T>& area, con
   task.pitch = area.pitch;
   LeastDifference<T> best{limit};
   const auto searchRow = differenceKernels<T>()[differenceIndex(term)].searchRow;
-  const auto searchRows = [&](int first, int step) {
-    for (int y = first; y < area.height; y += step) {
+  const auto searchRows = [&](int first, int end, int step) {
+    for (int y = first; y < end; y += step) {
       task.image = area.image + y * area.pitch;
       task.y = y;
       searchRow(task, best);
     }
   };
-  if (area.height > firstRoundStep) {
-    searchRows(firstRoundStep / 2, firstRoundStep);
-    // The best may still be met at an earlier position with the same score.
-    if (best.isFound()) best = {std::nextafter(best.score, std::numeric_limits<T>::infinity())};
+  for (const int step : roundSteps) {
+    if (area.height <= step) continue;
+    searchRows(step / 2, area.height, step);
+    searchRows(std::max(0, best.y - step / 2), std::min(area.height, best.y + step / 2), step > 8 ? 8 : 1);
   }
-  searchRows(0, 1);
+  // The best may still be met at an earlier position with the same score.
+  if (best.isFound()) best = {std::nextafter(best.score, std::numeric_limits<T>::infinity())};
+  searchRows(0, area.height, 1);
   return best;
 }
 
