@@ -1,4 +1,8 @@
 // Template matching: maps of each metric, and the search for the best match beside its own map.
+#if __has_include(<malloc.h>)
+#include <malloc.h>
+#endif
+
 #include <algorithm>
 #include <cmath>
 #include <initializer_list>
@@ -6,6 +10,7 @@
 #include "bench/limits.h"
 #include "bench/opencv_peer.h"
 #include "bench/scene.h"
+#include "orvane/filters/fixed_template_matcher.h"
 #include "orvane/filters/template_matcher.h"
 
 namespace bench {
@@ -35,15 +40,13 @@ template <class UT, class HT>
 Sampler matchTime(const Array<UT>& image, const Array<HT>& pattern, Metric metric, bool isMap) {
   const auto matcher = std::make_shared<TemplateMatcher<UT, HT>>(
       pattern.view(), image.extents(), MatchOptions{.metric = metric, .best = !isMap, .map = isMap});
-  return timed([matcher, &image] { keep(matcher->run(image.view())); },
-               positionsOf(pattern.extents()[0]));
+  return timed([matcher, &image] { keep(matcher->run(image.view())); }, positionsOf(pattern.extents()[0]));
 }
 
 /// The map of squared differences by OpenCV, held against ours.
 Sampler openCvTime(const Array<float>& image, const Array<float>& pattern) {
   const TemplateMatcher<float> matcher(pattern.view(), image.extents());
-  auto output = std::make_shared<Array<float>>(
-      Extents{matcher.positions().size[0], matcher.positions().size[1]});
+  auto output = std::make_shared<Array<float>>(Extents{matcher.positions().size[0], matcher.positions().size[1]});
   const auto run = openCvSquaredDifferences(image, pattern, *output);
   if (!run) return {};
   run();
@@ -76,6 +79,37 @@ void measureOtherMap(Harness& harness, Metric metric, std::int64_t window) {
                   {{"product map", matchTime(image, pattern, Metric::product, true)}});
 }
 
+/// Counts of elements that differ.
+void measureBits(Harness& harness, std::int64_t window) {
+  const Subject subject = subjectOf("SAD map", "bool", window);
+  if (!harness.wants(subject)) return;
+  auto random = [engine = std::mt19937(1)](const Extents& extents) mutable {
+    Array<bool> array(extents);
+    for (bool& value : array) value = engine() % 2 != 0;
+    return array;
+  };
+  const auto image = random(Extents{side, side}), pattern = random(Extents{window, window});
+  harness.measure(subject, matchTime(image, pattern, Metric::sad, true));
+}
+
+/// Differences of 8-bit values, which are exact in their accumulator.
+void measureBytes(Harness& harness, Metric metric, std::int64_t window) {
+  const Subject subject = subjectOf(std::string(nameOf(metric)) + " map", "u8.0", window);
+  if (!harness.wants(subject)) return;
+  auto random = [engine = std::mt19937(1)](const Extents& extents) mutable {
+    FixedArray array(extents, fixedType("u8.0"));
+    auto* const bytes = static_cast<unsigned char*>(array.data());
+    for (std::int64_t i = 0; i < extents[0] * extents[1]; ++i) bytes[i] = static_cast<unsigned char>(engine() >> 8);
+    return array;
+  };
+  const auto image = random(Extents{side, side}), pattern = random(Extents{window, window});
+  const FixedType sums = fixedType(metric == Metric::ssd ? "s32.0" : "u16.0");
+  const auto matcher = std::make_shared<FixedTemplateMatcher>(
+      pattern, image.extents(), FixedMatchTypes{.input = image.type(), .accumulator = sums, .output = sums},
+      MatchOptions{.metric = metric, .best = false, .map = true});
+  harness.measure(subject, timed([matcher, &image] { keep(matcher->run(image)); }, positionsOf(window)));
+}
+
 /// Smooth shapes of every size, edges, and a little noise: neighbouring elements are alike, as in a photograph.
 Array<float> picture() {
   std::mt19937 engine(3);
@@ -95,7 +129,9 @@ Array<float> picture() {
       }
     }
   }
-  const auto place = [&](std::int64_t last) { return static_cast<std::int64_t>(engine() % static_cast<std::uint32_t>(last)); };
+  const auto place = [&](std::int64_t last) {
+    return static_cast<std::int64_t>(engine() % static_cast<std::uint32_t>(last));
+  };
   for (int shape = 0; shape < 50; ++shape) {
     const std::int64_t left = place(side), top = place(side);
     const std::int64_t right = std::min(side, left + 20 + place(180)), bottom = std::min(side, top + 20 + place(180));
@@ -133,6 +169,11 @@ void measureSearch(Harness& harness, Metric metric, std::int64_t window) {
 }  // namespace
 
 void measureMatching(Harness& harness) {
+#ifdef M_MMAP_THRESHOLD
+  // Maps are made anew in each run. Their memory stays with the process, as it does in programs that run for long.
+  mallopt(M_MMAP_THRESHOLD, 1 << 30);
+  mallopt(M_TRIM_THRESHOLD, 1 << 30);
+#endif
   for (const Metric metric : {Metric::ssd, Metric::sad}) {
     for (const std::int64_t window : {8, 16, 32, 64}) {
       if (harness.settings.quick && window != 16) continue;
@@ -144,6 +185,8 @@ void measureMatching(Harness& harness) {
     measureOtherMap<float, std::complex<float>>(harness, metric, 16);
   }
   measureOtherMap<float, float>(harness, Metric::maxad, 16);
+  for (const std::int64_t window : {16, 32}) measureBits(harness, window);
+  for (const Metric metric : {Metric::sad, Metric::ssd}) measureBytes(harness, metric, 16);
   measureSearch(harness, Metric::maxad, 16);
 }
 

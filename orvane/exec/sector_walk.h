@@ -146,7 +146,6 @@ class BestMatch {
     feed(collector, value, x, y);
     std::copy_n(collector.getIndex().ptr, 2, bestIndex.ptr);
   }
-  const typename Algo::Value& getBest() const { return elementAt(collector.getValue().ptr, 0); }
 
  private:
   MinIdxCollector<typename Algo::AllocatorType, typename Algo::Value>& collector;

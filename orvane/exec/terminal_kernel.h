@@ -26,7 +26,7 @@ class TerminalKernel : public Kernel<Out, Alloc> {
     if (stage != setupResize && stage != setupStart) return;
     const auto& filter = algorithm->getFilter();
     const int rank = isEmpty ? filter.getNumDims() : std::min(filter.getNumDims(), 2);
-    lines.resize(filter, algorithm->getInput().getBlock(), rank, searchesInLanes && !stopsEarly);
+    lines.resize(filter, algorithm->getInput().getBlock(), rank, searchesInLanes && !findsLeast);
   }
 
   void searchOutside(OutsideSector& s, Out& result, CleverPtr<int>& best) override { searchOver(s, result, best); }
@@ -80,8 +80,9 @@ class TerminalKernel : public Kernel<Out, Alloc> {
   static constexpr bool isEmpty = requires { Algo::walksByIterator; };
 
   /// Whether lanes search: their scores are those of the walk wherever nothing is read beyond an edge.
-  static constexpr bool searchesInLanes = !isEmpty && !std::is_same_v<Lanes, NoLanes> && Algo::InputType::padType == 0;
-  static constexpr bool stopsEarly = requires { requires Algo::scoresNeverFall; };
+  static constexpr bool findsLeast = requires(Algo & algo, const WalkGeometry& walk) { algo.findLeast(walk); };
+  static constexpr bool searchesInLanes =
+      !isEmpty && (findsLeast || !std::is_same_v<Lanes, NoLanes>)&&Algo::InputType::padType == 0;
 
   /// Searches a sector as the walk would; false, and nothing done, if lanes do not. What the walk leaves in the scratch
   /// output, the score of the last position, is there as well.
@@ -93,12 +94,12 @@ class TerminalKernel : public Kernel<Out, Alloc> {
     } else if constexpr (!std::is_same_v<SectorT, InsideSector>) {
       best.take(score, walk.lo[0], walk.lo[1]);  // all positions have this score, and the first of equals stays
       return true;
-    } else if constexpr (stopsEarly) {
-      if (!lines.isReady()) return false;
+    } else if constexpr (findsLeast) {
+      if (!algorithm->canFindLeast()) return false;
       best.take(score, walk.lo[0], walk.lo[1]);  // even a NaN, which stays for good
-      auto found = algorithm->findLeast(walk, best.getBest());
+      const auto found = algorithm->findLeast(walk);
+      if (found.isFound()) best.take(score, walk.lo[0] + found.x, walk.lo[1] + found.y);
       score(walk.hi[0], walk.hi[1]);
-      if (found.isFound()) best.put(found.score, walk.lo[0] + found.x, walk.lo[1] + found.y);
       return true;
     } else {
       return searchInStrips(sector, walk, best);

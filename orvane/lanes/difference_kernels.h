@@ -1,7 +1,9 @@
 #pragma once
 
 #include <array>
+#include <cmath>
 #include <cstddef>
+#include <limits>
 
 #include "orvane/lanes/least_difference.h"
 #include "orvane/lanes/sum_kernels.h"
@@ -11,13 +13,16 @@
 
 namespace BP::lanes {
 
-/// One row of positions in which the least difference is looked for.
+/// An area of positions in which the least difference is looked for.
 template <class T>
 struct SearchTask {
-  SumTask<T> sums;           ///< taps, columns and rows of the template, and the width of the row
-  const T* image = nullptr;  ///< the first element of the row's first window
-  std::ptrdiff_t pitch = 0;
-  int y = 0;  ///< number of the row
+  const T* taps;  ///< of the template, in storage order
+  int columns, rows;
+  const T* image;  ///< the first element of the first window
+  std::ptrdiff_t pitch;
+  std::ptrdiff_t width;  ///< positions in a row
+
+  static T nextAbove(T score) { return std::nextafter(score, std::numeric_limits<T>::infinity()); }
 };
 
 /// The kernels of one term in one target.
@@ -27,8 +32,9 @@ struct DifferenceKernels {
   Function* real;          ///< real input and real template
   Function* complexInput;  ///< complex input and any template
   Function* realComplex;   ///< real input and complex template
-  /// Replaces `best` by the first position of those with the least score below that of `best`. Real elements.
-  void (*searchRow)(const SearchTask<T>&, LeastDifference<T>& best);
+  /// Replaces `best` by the first position, in the rows from `y` to before `end`, of those with the least score below
+  /// that of `best`. A best in the same rows gives way to an equal score in an earlier one. Real elements.
+  void (*search)(const SearchTask<T>&, int y, int end, LeastDifference<T>& best);
 };
 
 /// Place of the kernels of a term.

@@ -23,7 +23,7 @@ template <class T, Term term>
 constexpr DifferenceKernels<T> makeDifferenceKernelsOf() {
   using D = hn::ScalableTag<T>;
   return {computeSums<RealDifference<D, term>>, computeSums<ComplexDifference<D, term, true>>,
-          computeSums<ComplexDifference<D, term, false>>, searchRow<RealDifference<D, term>, 4>};
+          computeSums<ComplexDifference<D, term, false>>, search<RealDifference<D, term>>};
 }
 
 template <class T>

@@ -1,8 +1,6 @@
 #include "orvane/lanes/least_difference.h"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 
 #include "orvane/lanes/difference_kernels.h"
 
@@ -17,29 +15,17 @@ constexpr int roundSteps[] = {64, 8};
 template <class T>
 LeastDifference<T> findLeastDifference(Term term, const SearchArea<T>& area, const T* taps,
                                        const FilterExtents& extents, T limit) {
-  SearchTask<T> task;
-  task.sums.taps = taps;
-  task.sums.filterRows = extents.rows;
-  task.sums.columns = extents.columns;
-  task.sums.width = area.width;
-  task.pitch = area.pitch;
+  const SearchTask<T> task{taps, extents.columns, extents.rows, area.image, area.pitch, area.width};
+  const auto search = differenceKernels<T>()[differenceIndex(term)].search;
   LeastDifference<T> best{limit};
-  const auto searchRow = differenceKernels<T>()[differenceIndex(term)].searchRow;
-  const auto searchRows = [&](int first, int end, int step) {
-    for (int y = first; y < end; y += step) {
-      task.image = area.image + y * area.pitch;
-      task.y = y;
-      searchRow(task, best);
-    }
-  };
   for (const int step : roundSteps) {
     if (area.height <= step) continue;
-    searchRows(step / 2, area.height, step);
-    searchRows(std::max(0, best.y - step / 2), std::min(area.height, best.y + step / 2), step > 8 ? 8 : 1);
+    for (int y = step / 2; y < area.height; y += step) search(task, y, y + 1, best);
+    search(task, std::max(0, best.y - step / 2), std::min(area.height, best.y + step / 2), best);
   }
   // The best may still be met at an earlier position with the same score.
-  if (best.isFound()) best = {std::nextafter(best.score, std::numeric_limits<T>::infinity())};
-  searchRows(0, area.height, 1);
+  if (best.isFound()) best = {SearchTask<T>::nextAbove(best.score)};
+  search(task, 0, area.height, best);
   return best;
 }
 

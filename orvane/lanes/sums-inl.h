@@ -38,7 +38,7 @@ namespace BP::lanes {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-#if HWY_TARGET == HWY_AVX3 || (HWY_TARGET == HWY_NEON && HWY_ARCH_ARM_A64)
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL || (HWY_TARGET == HWY_NEON && HWY_ARCH_ARM_A64)
 constexpr int registers = 32;
 constexpr int rowChoices[] = {8, 6, 4, 3, 2, 1};
 #else

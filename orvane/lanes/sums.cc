@@ -130,8 +130,7 @@ template <class T>
 void PackedFilter<T>::sumDifferences(const Run<T>& run) const {
   SumTask<T> task = makeTask(isComplexInput(elements), extents, run);
   task.taps = storage;
-  const DifferenceKernels<T>& kernels =
-      differenceKernels<T>()[differenceIndex(term)];
+  const DifferenceKernels<T>& kernels = differenceKernels<T>()[differenceIndex(term)];
   if (elements == Elements::realReal) return kernels.real(task);
   return isComplexInput(elements) ? kernels.complexInput(task) : kernels.realComplex(task);
 }

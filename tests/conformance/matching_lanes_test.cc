@@ -8,6 +8,7 @@
 #include <tuple>
 #include <vector>
 
+#include "orvane/filters/fixed_template_matcher.h"
 #include "orvane/filters/template_matcher.h"
 #include "orvane/lanes/target.h"
 #include "tests/support/guarded_lines.h"
@@ -142,6 +143,77 @@ TYPED_TEST(MatchingLanes, MapsSearchesAndNeighbourhoodsOverRandomGeometry) {
     if (options.mode == OutputMode::valid && (pattern[0] > image[0] || pattern[1] > image[1])) continue;
     this->compare(round, image, pattern, static_cast<Values>(pick(engine, 0, 2)), options);
     if (this->HasFatalFailure()) return;
+  }
+}
+
+FixedArray anyFixedArray(std::mt19937& random, const Extents& extents, const FixedType& type) {
+  FixedArray array(extents, type);
+  const int containers = static_cast<int>(array.extents()[0] * array.extents()[1]) * (type.word > 8 ? 2 : 1);
+  for (int i = 0; i < containers; ++i)
+    static_cast<unsigned char*>(array.data())[i] = random() & 255;  // also spare bits
+  return array;
+}
+
+bool sameFixed(const FixedArray& a, const FixedArray& b) {
+  const auto bytes = detail::bytesOf(a.extents(), a.type(), a.isComplex());
+  return a.extents() == b.extents() &&
+         std::equal(static_cast<const char*>(a.data()), static_cast<const char*>(a.data()) + bytes,
+                    static_cast<const char*>(b.data()));
+}
+
+/// One fixed-point match on the target in use: results and counts.
+struct FixedRun {
+  FixedRun(const FixedArray& image, const FixedArray& pattern, const FixedMatchTypes& types,
+           const MatchOptions& options) {
+    FixedTemplateMatcher matcher(pattern, image.extents(), types, options);
+    match = matcher.run(image);
+    statistics = matcher.statistics();
+  }
+  bool operator==(const FixedRun& other) const {
+    return match.found == other.match.found && match.location == other.match.location &&
+           match.score == other.match.score && sameFixed(match.map, other.match.map) &&
+           sameFixed(match.neighbourhood, other.match.neighbourhood) &&
+           std::ranges::equal(statistics, other.statistics, [](const FixedStatistics& a, const FixedStatistics& b) {
+             return a.label == b.label && a.casts == b.casts && a.overflows == b.overflows && a.lossy == b.lossy &&
+                    a.minimum == b.minimum && a.maximum == b.maximum;
+           });
+  }
+
+  FixedMatch match;
+  std::vector<FixedStatistics> statistics;
+};
+
+/// Types for which lanes are exact, and others in which sums round, overflow or wrap.
+TEST(MatchingLanes, FixedPointResultsAndCounts) {
+  std::mt19937 random(22);
+  for (int round = 0; round < 600; ++round) {
+    const int fraction = pick(random, 0, 2) == 0 ? pick(random, -2, 3) : 0;
+    const auto anyType = [&](int low, int high) {
+      return FixedType{pick(random, low, high), fraction + (pick(random, 0, 9) == 0 ? 1 : 0), pick(random, 0, 1) != 0};
+    };
+    FixedMatchTypes types{
+        .input = anyType(1, pick(random, 0, 1) != 0 ? 8 : 16),
+        .accumulator = anyType(pick(random, 0, 3) != 0 ? 20 : 4, 34),
+        .output = anyType(4, 34),
+        .modes = {static_cast<Rounding>(pick(random, 0, 5)), static_cast<Overflow>(pick(random, 0, 3))}};
+    MatchOptions options{.metric = static_cast<Metric>(round % 3),
+                         .mode = static_cast<OutputMode>(round / 3 % 3),
+                         .neighbourhood = pick(random, 0, 4),
+                         .map = true};
+    if (options.metric == Metric::ssd) types.accumulator.isSigned = true;
+    const Extents image{pick(random, 1, 5) == 1 ? 600 : pick(random, 6, 60), pick(random, 6, 60)};
+    const Extents pattern{pick(random, 1, 6), pick(random, 1, 6)};
+    const FixedArray u = anyFixedArray(random, image, types.input), h = anyFixedArray(random, pattern, anyType(1, 9));
+    ASSERT_TRUE(lanes::forceTarget(lanes::plain));
+    const FixedRun expected(u, h, types, options);
+    for (const std::string_view target : lanes::getTargets()) {
+      ASSERT_TRUE(lanes::forceTarget(target));
+      ASSERT_TRUE(expected == FixedRun(u, h, types, options))
+          << target << ", round " << round << ", input " << toText(types.input) << ", template " << toText(h.type())
+          << ", accumulator " << toText(types.accumulator) << ", output " << toText(types.output) << ", metric "
+          << static_cast<int>(options.metric);
+    }
+    lanes::forceTarget("");
   }
 }
 
