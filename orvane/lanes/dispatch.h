@@ -37,8 +37,8 @@ static inline std::size_t targetIndex() { return indexOfTarget(targetInUse()); }
 #ifdef ORVANE_LANES_COUNT_BITS
 /// The same in a source with the target that counts bits: where AVX-512 is in use, and the machine has it.
 static inline std::size_t bitCountingTargetIndex() {
-  const bool counts = targetInUse() == HWY_AVX3 && (hwy::SupportedTargets() & HWY_TARGETS & HWY_AVX3_DL) != 0;
-  return counts ? indexOfTarget(HWY_AVX3_DL) : targetIndex();
+  static const bool isThere = (hwy::SupportedTargets() & HWY_TARGETS & HWY_AVX3_DL) != 0;  // asking takes long
+  return isThere && targetInUse() == HWY_AVX3 ? indexOfTarget(HWY_AVX3_DL) : targetIndex();
 }
 #endif
 

@@ -184,9 +184,9 @@ struct FixedRun {
 };
 
 /// Types for which lanes are exact, and others in which sums round, overflow or wrap.
-TEST(MatchingLanes, FixedPointResultsAndCounts) {
+TEST(FixedMatchingLanes, FixedPointResultsAndCounts) {
   std::mt19937 random(22);
-  for (int round = 0; round < 600; ++round) {
+  for (int round = 0; round < 300; ++round) {
     const int fraction = pick(random, 0, 2) == 0 ? pick(random, -2, 3) : 0;
     const auto anyType = [&](int low, int high) {
       return FixedType{pick(random, low, high), fraction + (pick(random, 0, 9) == 0 ? 1 : 0), pick(random, 0, 1) != 0};
