@@ -20,8 +20,8 @@ namespace BP {
 /// `resize` makes all room: a number of lines that follows from the template, of limited length.
 class IntegerScores {
  public:
-  /// Takes the extents of a template; one without elements, or of too many, is not taken.
-  void resize(lanes::IntegerTerm term, int columns, int rows);
+  /// Takes the extents of a template; one without elements, or of too many, is not taken. `least` is that of bytes.
+  void resize(lanes::IntegerTerm term, int columns, int rows, std::int32_t least = 0);
   bool isReady() const { return extents.columns > 0; }
 
   /// Takes the template's values, in storage order. Needed once after `resize`, and for new values.
@@ -36,6 +36,7 @@ class IntegerScores {
 
  private:
   static constexpr int tileWidth = 512;
+  static_assert(tileWidth % lanes::IntegerTemplate::outputGroup == 0);
   static constexpr int tileRows = 24;
   static constexpr std::int64_t maxElements = std::int64_t{1} << 21;
 
@@ -52,17 +53,17 @@ class IntegerScores {
   std::vector<std::int32_t*> out;
 };
 
-inline void IntegerScores::resize(lanes::IntegerTerm term, int columns, int rows) {
+inline void IntegerScores::resize(lanes::IntegerTerm term, int columns, int rows, std::int32_t least) {
   extents = {1, 0, 0};
   if (columns < 1 || rows < 1) return;
   const std::int64_t pitch = std::int64_t{tileWidth} + columns + lanes::IntegerTemplate::spare;
   const std::int64_t count = std::int64_t{tileRows} + rows - 1;
-  if (pitch * count > maxElements) return;
+  if (pitch * count > maxElements || !lanes::IntegerTemplate::canTake(term, {1, rows, columns})) return;
   extents = {1, rows, columns};
   ringLines = static_cast<int>(count);
   linePitch = static_cast<std::size_t>(pitch);
   taps.resize(lanes::IntegerTemplate::sizeFor(term, extents));
-  pattern = {term, extents, taps.data()};
+  pattern = {term, extents, taps.data(), least};
   lineStore.resize(linePitch * static_cast<std::size_t>(count));
   scores.resize(std::size_t{tileWidth} * tileRows);
   lines.resize(static_cast<std::size_t>(count));

@@ -15,6 +15,8 @@ namespace BP::lanes {
 struct IntegerKernels {
   using Function = void(const SumTask<std::int32_t>&);
   std::array<Function*, 4> score;  ///< in the order of `IntegerTerm`
+  /// Differences of bytes. The taps of a row are 8 in a value, the last one filled up with zeros.
+  void (*scoreBytes)(const SumTask<std::int32_t>&);
   void (*makeWindows)(std::int32_t* line, std::ptrdiff_t length);
 };
 

@@ -48,7 +48,15 @@ class IntegerDifferenceAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT
     if (mode != setupResize && mode != setupStart) return;
     const int* const dims = this->filter->getDims().ptr;
     const bool isPlane = this->filter->getNumDims() >= 2;
-    scores.resize(integerTerm, isPlane ? dims[0] : 0, isPlane ? dims[1] : 0);
+    auto usedTerm = integerTerm;
+    std::int32_t least = 0;
+    if constexpr (!isBoolean) {
+      if (valuesAreBytes()) {
+        usedTerm = lanes::IntegerTerm::byteDifference;
+        least = this->filter->getData().ptr->attributes().isSigned() ? -128 : 0;
+      }
+    }
+    scores.resize(usedTerm, isPlane ? dims[0] : 0, isPlane ? dims[1] : 0, least);
     tapCount = scores.isReady() ? std::int64_t{dims[0]} * dims[1] : 0;
     taps.resize(static_cast<std::size_t>(tapCount));
   }
@@ -134,6 +142,17 @@ class IntegerDifferenceAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT
              StoredRange(product).holds(0, most * most) && holdsScore(most * most, sums);
     }
     return holdsScore(most, sums);
+  }
+
+  /// Whether image and template are both unsigned bytes, or both signed ones, of which absolute differences are wanted.
+  bool valuesAreBytes() const requires(!isBoolean) {
+    if constexpr (term == lanes::Term::absoluteDifference) {
+      const Fixpt *const image = this->input->getBlock().getData().ptr, *const pattern = this->filter->getData().ptr;
+      return image != nullptr && pattern != nullptr && isReal(*image) && isReal(*pattern) &&
+             image->attributes().type().word <= 8 && pattern->attributes().type().word <= 8 &&
+             image->attributes().isSigned() == pattern->attributes().isSigned();
+    }
+    return false;
   }
 
   static void read(const bool* from, int first, int count, std::int32_t* to) { std::copy_n(from + first, count, to); }
