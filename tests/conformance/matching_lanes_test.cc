@@ -71,7 +71,7 @@ struct MatchingLanes : testing::Test {
   using HT = std::tuple_element_t<1, Pair>;
 
   std::mt19937 random{21};
-  GuardedLines memory{2, 64};
+  GuardedLines memory{2, 640};
 
   MatchOptions anyOptions(int round) {
     MatchOptions options{.metric = static_cast<Metric>(round % 4),
@@ -146,6 +146,15 @@ TYPED_TEST(MatchingLanes, MapsSearchesAndNeighbourhoodsOverRandomGeometry) {
   }
 }
 
+/// Rows that take several runs, tiles and strips.
+TYPED_TEST(MatchingLanes, LongRows) {
+  for (int round = 0; round < 8; ++round) {
+    const MatchOptions options{.metric = static_cast<Metric>(round % 4), .neighbourhood = 3, .map = true};
+    this->compare(round, {5000, 30}, {5, 3}, round < 4 ? Values::few : Values::wide, options);
+    if (this->HasFatalFailure()) return;
+  }
+}
+
 FixedArray anyFixedArray(std::mt19937& random, const Extents& extents, const FixedType& type) {
   FixedArray array(extents, type);
   const int containers = static_cast<int>(array.extents()[0] * array.extents()[1]) * (type.word > 8 ? 2 : 1);
@@ -202,7 +211,9 @@ TEST(FixedMatchingLanes, FixedPointResultsAndCounts) {
                          .map = true};
     if (options.metric == Metric::ssd) types.accumulator.isSigned = true;
     const Extents image{pick(random, 1, 5) == 1 ? 600 : pick(random, 6, 60), pick(random, 6, 60)};
-    const Extents pattern{pick(random, 1, 6), pick(random, 1, 6)};
+    const int most = round % 8 == 0 ? 19 : 6;
+    const Extents pattern{std::min<std::int64_t>(pick(random, 1, most), image[0]),
+                          std::min<std::int64_t>(pick(random, 1, most), image[1])};
     const FixedArray u = anyFixedArray(random, image, types.input), h = anyFixedArray(random, pattern, anyType(1, 9));
     ASSERT_TRUE(lanes::forceTarget(lanes::plain));
     const FixedRun expected(u, h, types, options);
