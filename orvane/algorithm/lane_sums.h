@@ -7,7 +7,6 @@
 #include <type_traits>
 #include <vector>
 
-#include "orvane/core/element.h"
 #include "orvane/lanes/sums.h"
 #include "orvane/plan/block.h"
 
@@ -27,19 +26,6 @@ struct RunLimits {
   /// Areas under filters of more taps are not turned.
   static constexpr std::int64_t turnedTaps = std::int64_t{1} << 16;
 };
-
-/// The norm of a window from its energy, and the division by it: sample := sample / (root of the energy * norm of the
-/// filter), 0 where that divisor is 0.
-template <class YT>
-void divideByNorms(YT& sample, YT& energy, YT& root, YT& filterNorm) {
-  setRoot(root, energy);
-  multiply(energy, root, filterNorm);
-  if (isZero(energy)) {
-    putZero(sample);
-  } else {
-    divideBy(sample, energy);
-  }
-}
 
 /// Sums of products, plain or normalised, or of differences, of many outputs at once: a filter as the vector lanes want
 /// it. The sums and their order are those of the plain loop.
@@ -81,13 +67,9 @@ class LaneSums {
   static constexpr bool isComplex(const Real*) { return false; }
   static constexpr bool inputIsComplex = isComplex(static_cast<const UT*>(nullptr));
   static constexpr bool filterIsComplex = isComplex(static_cast<const HT*>(nullptr));
-  static constexpr bool isReal = !inputIsComplex && !filterIsComplex;
   static constexpr lanes::Elements kind =
       inputIsComplex ? (filterIsComplex ? lanes::Elements::complexComplex : lanes::Elements::complexReal)
                      : (filterIsComplex ? lanes::Elements::realComplex : lanes::Elements::realReal);
-  /// The type of energies as the lanes give them.
-  using Energy = std::conditional_t<inputIsComplex, std::complex<Real>, Real>;
-
   struct Form {
     std::vector<Real> taps;
     lanes::PackedFilter<Real> filter;
@@ -98,7 +80,6 @@ class LaneSums {
   };
 
   const lanes::PackedFilter<Real>& packed(bool turned);
-  void computeComplexNormalised(const lanes::PackedFilter<Real>& filter, const Run& run);
 
   lanes::FilterExtents extents{0, 0, 0};
   Form forms[2];  // upright, turned
@@ -107,8 +88,6 @@ class LaneSums {
   const HT* elements = nullptr;
   bool isReversed = false;
   const YT* filterNorm = nullptr;
-  std::vector<Energy> energies;
-  std::vector<Real*> energyRows;
 };
 
 template <class HT, class UT, class YT, int normalise, lanes::Term term>
@@ -124,13 +103,6 @@ void LaneSums<HT, UT, YT, normalise, term>::resize(const Block& filter, int rank
   canTurn = count <= RunLimits::turnedTaps;
   forms[0].resize(extents);
   if (canTurn) forms[1].resize({extents.planes * extents.rows, extents.columns, 1});
-  if constexpr (normalise != 0 && !isReal) {
-    energies.resize(std::size_t{RunLimits::rows} * static_cast<std::size_t>(maxWidth));
-    energyRows.resize(RunLimits::rows);
-    for (std::size_t r = 0; r < energyRows.size(); ++r) {
-      energyRows[r] = reinterpret_cast<Real*>(energies.data() + r * static_cast<std::size_t>(maxWidth));
-    }
-  }
 }
 
 template <class HT, class UT, class YT, int normalise, lanes::Term term>
@@ -150,26 +122,8 @@ void LaneSums<HT, UT, YT, normalise, term>::compute(bool turned, const Run& run)
     filter.sumDifferences(run);
   } else if constexpr (normalise == 0) {
     filter.sumProducts(run);
-  } else if constexpr (isReal) {
-    filter.sumNormalised(run, *filterNorm);
   } else {
-    computeComplexNormalised(filter, run);
-  }
-}
-
-/// Lanes do not divide complex values: the formula is that of the language's library, as in the plain loop.
-template <class HT, class UT, class YT, int normalise, lanes::Term term>
-void LaneSums<HT, UT, YT, normalise, term>::computeComplexNormalised(const lanes::PackedFilter<Real>& filter,
-                                                                     const Run& run) {
-  filter.sumWithEnergies(run, energyRows.data());
-  YT norm = *filterNorm, root{};
-  for (int r = 0; r < run.rows; ++r) {
-    YT* const out = reinterpret_cast<YT*>(run.out[r]);
-    const Energy* const rowEnergies = energies.data() + std::size_t(r) * static_cast<std::size_t>(maxWidth);
-    for (std::ptrdiff_t i = 0; i < run.width; ++i) {
-      YT energy = rowEnergies[i];
-      divideByNorms(out[i], energy, root, norm);
-    }
+    filter.sumNormalised(run, std::real(*filterNorm));
   }
 }
 

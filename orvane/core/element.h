@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <complex>
+#include <limits>
 #include <type_traits>
 
 #include "orvane/core/clever_ptr.h"
@@ -159,6 +160,37 @@ inline void divideBy(T& x, const T& divisor) {
   x = x / divisor;
 }
 inline void divideBy(Fixpt& x, Fixpt& divisor) { x.divideInto(x, divisor); }
+
+/// Values whose magnitude is at most this one, and divisors that are at least its inverse, can be divided part by part
+/// where the divisor is real: no step of a full complex division overflows or underflows then.
+template <class T>
+inline constexpr T greatestDividend = std::numeric_limits<T>::max_exponent > 128 ? T(0x1p500) : T(0x1p60);
+
+/// x := x / divisor. The library's division gives the same where the divisor is real and all is within bounds; only its
+/// own way of scaling, which differs among compilers, decides beyond.
+template <class T>
+inline void divideBy(std::complex<T>& x, const std::complex<T>& divisor) {
+  constexpr T most = greatestDividend<T>;
+  const T re = x.real(), im = x.imag(), d = divisor.real();
+  if (divisor.imag() == 0 && d >= 1 / most && d <= most && std::abs(re) <= most && std::abs(im) <= most) {
+    x = {(re + im * T(0)) / d, (im - re * T(0)) / d};
+  } else {
+    x = x / divisor;
+  }
+}
+
+/// The norm of a window from its energy, and the division by it: sample := sample / (root of the energy * norm of the
+/// filter), 0 where that divisor is 0.
+template <class T>
+inline void divideByNorms(T& sample, T& energy, T& root, T& filterNorm) {
+  setRoot(root, energy);
+  multiply(energy, root, filterNorm);
+  if (isZero(energy)) {
+    putZero(sample);
+  } else {
+    divideBy(sample, energy);
+  }
+}
 
 /// d := a - t; a real operand beside a complex one counts as complex with imaginary part 0.
 template <class T>

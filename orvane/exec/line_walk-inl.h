@@ -48,7 +48,6 @@ void LineWalk<SumsT>::resize(const Block& filter, const Block& input, int walked
   lines.resize(static_cast<std::size_t>(std::max(Size{planes} * (capacity.rows + rows - 1), turnedLines)));
   out.resize(static_cast<std::size_t>(std::max(capacity.rows, capacity.turnedWidth)));
   turnedOutput.resize(static_cast<std::size_t>(capacity.turnedWidth) * static_cast<std::size_t>(capacity.turnedHeight));
-  oneLine.resize(static_cast<std::size_t>(capacity.turnedWidth) + static_cast<std::size_t>(columns) - 1);
   reader.resize(capacity.width + columns - 1);
   if (searches) strip.resize(static_cast<std::size_t>(std::max(0, input.getDims().ptr[0])) * stripRows);
 }
@@ -209,11 +208,8 @@ void LineWalk<SumsT>::computeTurned(YT* y, int width, int rows) {
   const Size columns = width + extents.columns - 1, length = rows + extents.rows - 1;
   forEachPlane([&](int plane) {
     UT* const turned = copied.data() + plane * columns * length;
-    for (Size t = 0; t < length; ++t) {
-      index[1] = g.position[1] + g.windowLoc[1] + static_cast<int>(t);
-      const UT* const line = reader.read(index.data(), oneLine.data());
-      for (Size c = 0; c < columns; ++c) turned[c * length + t] = line[c];
-    }
+    index[1] = g.position[1] + g.windowLoc[1];
+    reader.readTurned(index.data(), static_cast<int>(length), turned);
     for (Size j = 0; j < extents.rows; ++j) {
       const Real** const row = lines.data() + (plane * extents.rows + j) * columns;
       for (Size c = 0; c < columns; ++c) row[c] = reinterpret_cast<const Real*>(turned + c * length + j);

@@ -39,9 +39,6 @@ class LineWalk {
   /// `searches` has room for strips.
   void resize(const Block& filter, const Block& input, int walkedRank, bool searches = false);
 
-  /// Whether the lanes take the filter.
-  bool isReady() const { return sums->isReady(); }
-
   /// Computes all outputs of a sector; `edges` is the sector again, or null for an inside one. Returns false and does
   /// nothing if lanes are not in use, do not take the filter, or would need more room than there is.
   bool run(const LineSource<UT>& source, const Sector& sector, const OuterSector* edges, const Block& filter,
@@ -112,7 +109,6 @@ class LineWalk {
   std::vector<Real*> out;
   std::vector<UT> copied;
   std::vector<YT> turnedOutput;
-  std::vector<UT> oneLine;
   std::vector<YT> strip;
 };
 

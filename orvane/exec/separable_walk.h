@@ -25,8 +25,9 @@ struct SeparableGeometry {
 ///
 ///     input line -> along dimension 0 -> a ring of lines between -> along dimension 1 -> output row
 ///
-/// The output is cut into strips along dimension 0. Lines of strips at the input's edges are gathered through the pad,
-/// those of others are pointers into the input. HT, UT and YT are the plain element types of filters, input and output.
+/// The output is cut into strips along dimension 0. Lines of the narrow strips at the input's edges are gathered through
+/// the pad. Between them strips are wide, and their lines are pointers into the input. HT, UT and YT are the plain
+/// element types of filters, input and output.
 template <class HT, class UT, class YT>
 class SeparableWalk {
  public:
@@ -49,10 +50,13 @@ class SeparableWalk {
                                                           : (isComplex<HT> ? lanes::Elements::realComplex
                                                                            : lanes::Elements::realReal);
 
-  static constexpr int stripWidth = 256;
+  static constexpr int stripWidth = 4096;
+  static constexpr int copiedWidth = 256;    ///< of a strip whose lines are gathered
+  static constexpr int edgeWidth = 16;       ///< strips at an edge are multiples of this, where there is room
   static constexpr int maxRows = 512;        ///< in a run
   static constexpr int maxCopiedRows = 128;  ///< in a run whose lines are gathered
 
+  void runStrips(const SeparableGeometry& g, int begin, int end, int maxWidth, YT* y);
   void runStrip(const SeparableGeometry& g, int x, int width, YT* y);
   const UT* lineAt(int row, int length, int number);
 
@@ -86,7 +90,7 @@ void SeparableWalk<HT, UT, YT>::resize(int columns, int rows) {
   const auto size = [](int count) { return static_cast<std::size_t>(count); };
   linePointers.resize(size(maxRows) + size(rows) - 1);
   outPointers.resize(size(maxRows));
-  copied.resize((size(maxCopiedRows) + size(rows) - 1) * (size(stripWidth) + size(columns) - 1));
+  copied.resize((size(maxCopiedRows) + size(rows) - 1) * (size(copiedWidth) + size(columns) - 1));
   beyondLine.resize(size(stripWidth));
   reader.resize(stripWidth + columns - 1);
 }
@@ -101,8 +105,20 @@ bool SeparableWalk<HT, UT, YT>::run(const LineSource<UT>& lines, const YT* beyon
   along.pack(reinterpret_cast<const Real*>(first), reversed);
   across.pack(reinterpret_cast<const Real*>(second), reversed);
   if (source.padType == PadTypeConstant) std::fill(beyondLine.begin(), beyondLine.end(), *beyond);
-  for (int x = 0; x < width; x += stripWidth) runStrip(g, x, std::min(stripWidth, width - x), y);
+  const auto roundedUp = [](int count) { return (count + edgeWidth - 1) / edgeWidth * edgeWidth; };
+  const int left = std::min(roundedUp(std::max(-g.first[0], 0)), width);
+  const int beyondRight = g.first[0] + width + g.columns - 1 - lines.dims[0];  // outputs that cross the right edge
+  const int right = std::max(width - roundedUp(std::max(beyondRight, 0)), left);
+  runStrips(g, 0, left, copiedWidth, y);
+  runStrips(g, left, right, stripWidth, y);
+  runStrips(g, right, width, copiedWidth, y);
   return true;
+}
+
+/// The columns from `begin` to before `end`. All of one call cross an edge, or none does.
+template <class HT, class UT, class YT>
+void SeparableWalk<HT, UT, YT>::runStrips(const SeparableGeometry& g, int begin, int end, int maxWidth, YT* y) {
+  for (int x = begin; x < end; x += maxWidth) runStrip(g, x, std::min(maxWidth, end - x), y);
 }
 
 /// The line of a row between, which its first pass takes from the input's row; null for a row of the constant pad.

@@ -42,14 +42,20 @@ class LineReader {
   /// gathered. Good until the next sector begins.
   const UT* read(const int* index, UT* room);
 
+  /// The stretch of `lineCount` lines that follow each other along dimension 1 from `index` on, turned: element k of
+  /// line t goes to `to[k * lineCount + t]`.
+  void readTurned(const int* index, int lineCount, UT* to);
+
  private:
   const UT* padLine();
+  const UT* planeAt(const int* index) const;
+  void readColumn(const UT* plane, int column, int row, int rows, UT* to) const;
 
   LineSource<UT> source{};
   bool gathersLines = false;
   int start = 0;
   int count = 0;
-  int firstInside = 0;       ///< the elements of a gathered stretch that lie in the input are
+  int firstInside = 0;       ///< the elements of a stretch that lie in the input are
   int endInside = 0;         ///< those from `firstInside` to before `endInside`
   std::vector<int> columns;  ///< for each other element its column in the input, -1 for the pad value
   std::vector<UT> allPad;

@@ -20,6 +20,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "orvane/core/element.h"
 #include "orvane/lanes/sum_kernels.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -144,7 +145,6 @@ struct ComplexReal : RealReal<Tag> {
     const V squares = hn::Mul(in.x, in.x);
     return hn::Add(squares, hn::Reverse2(D(), squares));
   }
-  static HWY_INLINE V asStored(V energy) { return hn::OddEven(hn::Zero(D()), energy); }
 };
 
 /// Complex input and complex filter: with x' = (x.im, x.re), sum := sum + (x (h.re, h.re) + x' (-h.im, h.im)). Adding a
@@ -182,7 +182,6 @@ struct ComplexComplex {
     RealReal<D>::store(task, row, at, s);
   }
   static HWY_INLINE V square(const In& in) { return ComplexReal<D>::square({in.x}); }
-  static HWY_INLINE V asStored(V energy) { return ComplexReal<D>::asStored(energy); }
 };
 
 #else  // A vector is one value here, so that a complex element takes two.
@@ -198,21 +197,21 @@ struct ComplexComplex {
     HWY_INLINE void keep() { keepInRegister(re), keepInRegister(im); }
   };
   using Tap = In;
-  using Sum = In;
+  using Sum = typename RealComplex<D>::Sum;
   static constexpr int inRegisters = 2, tapRegisters = 2, sumRegisters = 2, tapSize = 3, tapParts = 1;
   static constexpr bool hasOneColumnForm = false;
   static constexpr std::ptrdiff_t lanes = 2;
 
-  static HWY_INLINE Sum zero() { return {hn::Zero(D()), hn::Zero(D())}; }
+  static HWY_INLINE Sum zero() { return RealComplex<D>::zero(); }
   static HWY_INLINE In load(const T* p) { return {hn::Set(D(), p[0]), hn::Set(D(), p[1])}; }
   static HWY_INLINE Tap loadTap(const T* p) { return {hn::Set(D(), p[0]), hn::Set(D(), p[2])}; }
   template <int part>
   static HWY_INLINE void add(Sum& s, const In& in, const Tap& tap) {
-    s.re = hn::Add(hn::Sub(hn::Mul(in.re, tap.re), hn::Mul(in.im, tap.im)), s.re);
-    s.im = hn::Add(s.im, hn::Add(hn::Mul(in.re, tap.im), hn::Mul(tap.re, in.im)));
+    s.part[0] = hn::Add(hn::Sub(hn::Mul(in.re, tap.re), hn::Mul(in.im, tap.im)), s.part[0]);
+    s.part[1] = hn::Add(s.part[1], hn::Add(hn::Mul(in.re, tap.im), hn::Mul(tap.re, in.im)));
   }
   static HWY_INLINE void store(const SumTask<T>& task, int row, std::ptrdiff_t at, const Sum& s) {
-    hn::StoreInterleaved2(s.re, s.im, D(), task.out[row] + at);
+    hn::StoreInterleaved2(s.part[0], s.part[1], D(), task.out[row] + at);
   }
   static HWY_INLINE V square(const In& in) { return hn::Add(hn::Mul(in.re, in.re), hn::Mul(in.im, in.im)); }
 };
@@ -230,21 +229,20 @@ struct ComplexReal : ComplexComplex<Tag> {
   static HWY_INLINE Tap loadTap(const T* p) { return RealReal<D>::loadTap(p); }
   template <int part>
   static HWY_INLINE void add(Sum& s, const In& in, const Tap& tap) {
-    s.re = hn::Add(s.re, hn::Mul(in.re, tap.h));
-    s.im = hn::Add(s.im, hn::Mul(in.im, tap.h));
+    s.part[0] = hn::Add(s.part[0], hn::Mul(in.re, tap.h));
+    s.part[1] = hn::Add(s.part[1], hn::Mul(in.im, tap.h));
   }
 };
 
 #endif
 
 /// The elements `E` with the energy of the window beside the sum: energy := energy + |x|^2, whose square all output
-/// rows share. Both are stored.
+/// rows share.
 template <class E>
 struct WithEnergy : E {
   using typename E::D;
   using typename E::T;
   using typename E::V;
-  using Narrower = WithEnergy<typename E::Narrower>;
   struct In {
     typename E::In in;
     V square;
@@ -267,16 +265,9 @@ struct WithEnergy : E {
     E::template add<part>(s.sum, in.in, tap);
     if constexpr (part == 0) s.energy = hn::Add(s.energy, in.square);
   }
-  static HWY_INLINE void store(const SumTask<T>& task, int row, std::ptrdiff_t at, const Sum& s) {
-    E::store(task, row, at, s.sum);
-    T* const energies = task.energies[row] + at;
-    if constexpr (std::is_same_v<E, RealComplex<D>>) {
-      hn::StoreU(s.energy, D(), energies);
-    } else if constexpr (HWY_TARGET == HWY_SCALAR) {
-      hn::StoreInterleaved2(s.energy, hn::Zero(D()), D(), energies);
-    } else {
-      hn::StoreU(E::asStored(s.energy), D(), energies);
-    }
+  /// sqrt(energy) * norm of the filter.
+  static HWY_INLINE V divisor(const SumTask<T>& task, const Sum& s) {
+    return hn::Mul(hn::Sqrt(s.energy), hn::Set(D(), task.filterNorm));
   }
 };
 
@@ -288,9 +279,55 @@ struct Normalised : WithEnergy<RealReal<Tag>> {
   using typename WithEnergy<RealReal<D>>::Sum;
   using Narrower = Normalised<NarrowerTag<D, 1>>;
   static HWY_INLINE void store(const SumTask<T>& task, int row, std::ptrdiff_t at, const Sum& s) {
-    const auto divisor = hn::Mul(hn::Sqrt(s.energy), hn::Set(D(), task.filterNorm));
+    const auto divisor = WithEnergy<RealReal<D>>::divisor(task, s);
     const auto quotient = hn::Div(s.sum.sum, divisor);
     hn::StoreU(hn::IfThenZeroElse(hn::Eq(divisor, hn::Zero(D())), quotient), D(), task.out[row] + at);
+  }
+};
+
+/// Complex sums divided likewise: ((re + im 0) / d, (im - re 0) / d) within the bounds of `divideBy`, one by one where
+/// a value of the vector is out of them.
+template <class E>
+struct NormalisedComplex : WithEnergy<E> {
+  using typename E::D;
+  using typename E::T;
+  using typename E::V;
+  using typename WithEnergy<E>::Sum;
+  using Narrower = NormalisedComplex<typename E::Narrower>;
+  using Mask = hn::Mask<D>;
+  /// Whether a vector of sums holds both parts of each, side by side.
+  static constexpr bool hasPairs = requires(typename E::Sum s) { s.sum; };
+
+  static HWY_INLINE void store(const SumTask<T>& task, int row, std::ptrdiff_t at, const Sum& s) {
+    const V divisor = WithEnergy<E>::divisor(task, s), most = hn::Set(D(), greatestDividend<T>);
+    const Mask isNull = hn::Eq(divisor, hn::Zero(D()));
+    const Mask takesDivisor = hn::And(hn::Ge(divisor, hn::Set(D(), 1 / greatestDividend<T>)), hn::Le(divisor, most));
+    const auto isWithin = [&](V x) HWY_ATTR { return hn::Le(hn::Abs(x), most); };
+    const auto quotient = [&](V x, V zero)
+                              HWY_ATTR { return hn::IfThenZeroElse(isNull, hn::Div(hn::Add(x, zero), divisor)); };
+    Mask isSafe = hn::Or(isNull, takesDivisor);
+    typename E::Sum result;
+    if constexpr (hasPairs) {
+      const V x = s.sum.sum, signs = hn::OddEven(hn::Set(D(), T(-0.0)), hn::Zero(D()));
+      isSafe = hn::And(isSafe, isWithin(x));
+      result.sum = quotient(x, hn::Mul(hn::Reverse2(D(), x), signs));
+    } else {
+      const V re = s.sum.part[0], im = s.sum.part[1];
+      isSafe = hn::And(isSafe, hn::And(isWithin(re), isWithin(im)));
+      result.part[0] = quotient(re, hn::Mul(im, hn::Zero(D())));
+      result.part[1] = quotient(im, hn::Mul(re, hn::Set(D(), T(-0.0))));
+    }
+    if (HWY_LIKELY(hn::AllTrue(D(), isSafe))) return E::store(task, row, at, result);
+    storeOneByOne(task, row, at, s);
+  }
+
+  static HWY_NOINLINE void storeOneByOne(const SumTask<T>& task, int row, std::ptrdiff_t at, const Sum& s) {
+    constexpr std::ptrdiff_t count = lanesOf<D>, step = hasPairs ? 2 : 1;
+    T energies[std::size_t{count}];
+    hn::StoreU(s.energy, D(), energies);
+    E::store(task, row, at, s.sum);
+    T* const out = task.out[row] + (std::is_same_v<E, RealComplex<D>> ? 2 * at : at);
+    for (std::ptrdiff_t i = 0; i < count; i += step) task.divide(out + 2 / step * i, energies[i], task.filterNorm);
   }
 };
 

@@ -23,8 +23,8 @@ struct SumTask {
   int rows = 1;
   std::ptrdiff_t width = 1;
   T* const* out = nullptr;
-  T* const* energies = nullptr;
   T filterNorm = 0;
+  void (*divide)(T* sum, T energy, T filterNorm) = nullptr;  ///< normalises one complex sum
 };
 
 /// The kernels of one target.
@@ -34,10 +34,10 @@ struct SumKernels {
   Function* realReal;  ///< also complexReal, whose parts are summed alike
   Function* realComplex;
   Function* complexComplex;
-  Function* normalised;         ///< realReal divided by norms
-  Function* complexRealEnergy;  ///< these three store the energies as well
-  Function* realComplexEnergy;
-  Function* complexComplexEnergy;
+  Function* normalised;  ///< realReal divided by norms, and the same of the others
+  Function* complexRealNormalised;
+  Function* realComplexNormalised;
+  Function* complexComplexNormalised;
 };
 
 /// The kernels of the target in use.

@@ -272,7 +272,6 @@ template <class E>
 void computeRows(SumTask<typename E::T> task, int row, int count, int rows) {
   task.lines += row;
   task.out += row;
-  if (task.energies != nullptr) task.energies += row;
   task.rows = count;
   switch (rows) {
     case 1: return computeRows<E, 1>(task);
@@ -303,9 +302,9 @@ constexpr SumKernels<T> makeSumKernels() {
           computeSums<RealComplex<D>>,
           computeSums<ComplexComplex<D>>,
           computeSums<Normalised<D>>,
-          computeSums<WithEnergy<ComplexReal<D>>>,
-          computeSums<WithEnergy<RealComplex<D>>>,
-          computeSums<WithEnergy<ComplexComplex<D>>>};
+          computeSums<NormalisedComplex<ComplexReal<D>>>,
+          computeSums<NormalisedComplex<RealComplex<D>>>,
+          computeSums<NormalisedComplex<ComplexComplex<D>>>};
 }
 
 }  // namespace HWY_NAMESPACE

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <complex>
 #include <limits>
 
+#include "orvane/core/element.h"
 #include "orvane/lanes/difference_kernels.h"
 #include "orvane/lanes/sum_kernels.h"
 
@@ -58,6 +60,14 @@ SumTask<T> makeTask(bool complexInput, FilterExtents extents, const Run<T>& run)
   return task;
 }
 
+/// A complex sum divided by its norms, in any case; the vectors leave to it what is out of their bounds.
+template <class T>
+void divideComplex(T* parts, T squares, T filterNorm) {
+  std::complex<T> sum(parts[0], parts[1]), energy(squares), root, norm(filterNorm);
+  divideByNorms(sum, energy, root, norm);
+  parts[0] = sum.real(), parts[1] = sum.imag();
+}
+
 }  // namespace
 
 template <class T>
@@ -106,23 +116,16 @@ void PackedFilter<T>::sumProducts(const Run<T>& run) const {
 
 template <class T>
 void PackedFilter<T>::sumNormalised(const Run<T>& run, T filterNorm) const {
-  SumTask<T> task = makeTask(false, extents, run);
-  task.taps = storage;
-  task.filterNorm = filterNorm;
-  sumKernels<T>().normalised(task);
-}
-
-template <class T>
-void PackedFilter<T>::sumWithEnergies(const Run<T>& run, T* const* energies) const {
   SumTask<T> task = makeTask(isComplexInput(elements), extents, run);
   task.taps = storage;
-  task.energies = energies;
+  task.filterNorm = filterNorm;
+  task.divide = divideComplex<T>;
   const SumKernels<T>& kernels = sumKernels<T>();
   switch (elements) {
-    case Elements::realReal: return;
-    case Elements::complexReal: return kernels.complexRealEnergy(task);
-    case Elements::realComplex: return kernels.realComplexEnergy(task);
-    case Elements::complexComplex: return kernels.complexComplexEnergy(task);
+    case Elements::realReal: return kernels.normalised(task);
+    case Elements::complexReal: return kernels.complexRealNormalised(task);
+    case Elements::realComplex: return kernels.realComplexNormalised(task);
+    case Elements::complexComplex: return kernels.complexComplexNormalised(task);
   }
 }
 

@@ -94,15 +94,9 @@ class ORVANE_API PackedFilter {
   void sumProducts(const Run<T>& run) const;
 
   /// The same sum, divided by the norms of filter and window: out := sum / (sqrt(energy) * filterNorm), or 0 where the
-  /// divisor is 0 (a divisor that is NaN gives NaN). The energy of a window is energy := x * x + energy over its taps
-  /// in the same order. Real input and real filter only.
+  /// divisor is 0 (a divisor that is NaN gives NaN). The energy of a window is energy := energy + |x|^2 over its taps
+  /// in the same order, with |x|^2 = x.re^2 + x.im^2 for complex input. A complex sum is divided as by `divideByNorms`.
   void sumNormalised(const Run<T>& run, T filterNorm) const;
-
-  /// The same sum, and beside it the energy of each window, for a caller that divides by its own formula. The energy of
-  /// real input is a real value for each output. The energy of complex input is complex: energy := energy + (x.re^2 +
-  /// x.im^2), with imaginary part 0; the plain loop's is 0 or NaN there, and no norm depends on it. Not for real input
-  /// and real filter.
-  void sumWithEnergies(const Run<T>& run, T* const* energies) const;
 
   /// The same walk with differences d = a - t of input and tap. Only for filters of such a term:
   ///
