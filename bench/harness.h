@@ -88,6 +88,7 @@ std::string extentsText(std::int64_t side, int rank = 2);
 void measureLimits(Harness& harness);
 void measureConvolution(Harness& harness);
 void measureSeparable(Harness& harness);
+void measureMatching(Harness& harness);
 void measureVolume(Harness& harness);
 void measureCalls(Harness& harness);
 void measurePlan(Harness& harness);

@@ -1,4 +1,4 @@
-// What no filter can pass: the arithmetic peak of a vector target, and the speed of a copy.
+// What no filter can pass: the arithmetic peaks of a vector target, and the speed of a copy.
 #include "bench/limits.h"
 
 #include "orvane/lanes/dispatch.h"
@@ -27,10 +27,10 @@ HWY_INLINE void change(V& v) {
 #endif
 }
 
-/// Adds products to independent sums, and returns how many multiplications with an addition that were. Two pipes with
-/// latencies of four cycles need eight sums; with both operands and a product, twelve stay within 16 registers.
-template <class T>
-std::int64_t addProducts(T* result) {
+/// Adds terms to independent sums, and returns how many that were. Two pipes with latencies of four cycles need eight
+/// sums; with both operands and a term, twelve stay within 16 registers.
+template <class T, class TermT>
+std::int64_t addTerms(T* result, TermT&& term) {
   constexpr std::size_t chains = 12;
   constexpr std::int64_t rounds = 4000;
   const hn::ScalableTag<T> tag;
@@ -41,7 +41,7 @@ std::int64_t addProducts(T* result) {
   for (std::int64_t i = 0; i < rounds; ++i) {
     for (V& sum : sums) {
       change(x);
-      sum = hn::Add(sum, hn::Mul(x, h));
+      sum = hn::Add(sum, term(x, h));
     }
   }
   for (std::size_t k = 1; k < chains; ++k) sums[0] = hn::Add(sums[0], sums[k]);
@@ -49,8 +49,28 @@ std::int64_t addProducts(T* result) {
   return rounds * static_cast<std::int64_t>(chains * hn::Lanes(tag));
 }
 
+template <class T>
+std::int64_t addProducts(T* result) {
+  return addTerms(result, [](auto x, auto h) HWY_ATTR { return hn::Mul(x, h); });
+}
+template <class T>
+std::int64_t addAbsolutes(T* result) {
+  return addTerms(result, [](auto x, auto h) HWY_ATTR { return hn::Abs(hn::Sub(x, h)); });
+}
+template <class T>
+std::int64_t addSquares(T* result) {
+  return addTerms(result, [](auto x, auto h) HWY_ATTR {
+    const auto d = hn::Sub(x, h);
+    return hn::Mul(d, d);
+  });
+}
+
 std::int64_t addProductsF32(float* result) { return addProducts(result); }
 std::int64_t addProductsF64(double* result) { return addProducts(result); }
+std::int64_t addAbsolutesF32(float* result) { return addAbsolutes(result); }
+std::int64_t addAbsolutesF64(double* result) { return addAbsolutes(result); }
+std::int64_t addSquaresF32(float* result) { return addSquares(result); }
+std::int64_t addSquaresF64(double* result) { return addSquares(result); }
 
 }  // namespace HWY_NAMESPACE
 }  // namespace bench
@@ -68,6 +88,10 @@ namespace {
 
 HWY_EXPORT(addProductsF32);
 HWY_EXPORT(addProductsF64);
+HWY_EXPORT(addAbsolutesF32);
+HWY_EXPORT(addAbsolutesF64);
+HWY_EXPORT(addSquaresF32);
+HWY_EXPORT(addSquaresF64);
 
 /// Highway's bit of the target in use; the plain loops are held against the peak of one value a time.
 std::int64_t targetBit() {
@@ -112,6 +136,18 @@ Sampler arithmeticPeak<float>() {
 template <>
 Sampler arithmeticPeak<double>() {
   return peakOf<double>(HWY_DISPATCH_TABLE(addProductsF64)[targetPlace()]);
+}
+
+template <>
+Sampler differencePeak<float>(bool squared) {
+  return peakOf<float>(squared ? HWY_DISPATCH_TABLE(addSquaresF32)[targetPlace()]
+                               : HWY_DISPATCH_TABLE(addAbsolutesF32)[targetPlace()]);
+}
+
+template <>
+Sampler differencePeak<double>(bool squared) {
+  return peakOf<double>(squared ? HWY_DISPATCH_TABLE(addSquaresF64)[targetPlace()]
+                                : HWY_DISPATCH_TABLE(addAbsolutesF64)[targetPlace()]);
 }
 
 Sampler memoryCopy(std::int64_t count, int bytes) {

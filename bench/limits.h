@@ -9,6 +9,10 @@ namespace bench {
 template <class T>
 Sampler arithmeticPeak();
 
+/// The same for a difference, its magnitude or its square, and an addition: the taps of matching.
+template <class T>
+Sampler differencePeak(bool squared);
+
 /// ns for copying one element of `bytes` bytes, in an array of `count` of them.
 Sampler memoryCopy(std::int64_t count, int bytes);
 

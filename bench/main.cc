@@ -40,8 +40,9 @@ int run(int argc, char** argv) {
 
   bench::Harness harness(settings);
   for (const auto measure :
-       {bench::measureLimits, bench::measureConvolution, bench::measureSeparable, bench::measureVolume,
-        bench::measureCalls, bench::measurePlan, bench::measureFixedPoint, bench::measureMedians}) {
+       {bench::measureLimits, bench::measureConvolution, bench::measureSeparable, bench::measureMedians,
+        bench::measureMatching, bench::measureVolume, bench::measureCalls, bench::measurePlan,
+        bench::measureFixedPoint}) {
     measure(harness);
   }
   if (!harness.hasRows()) throw std::invalid_argument("--filter: no row has all of: " + settings.filter);

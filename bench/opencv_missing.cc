@@ -21,6 +21,9 @@ std::function<void()> openCvMedian(ArrayView<const T>, std::int64_t, ArrayView<T
 }
 template std::function<void()> openCvMedian(ArrayView<const float>, std::int64_t, ArrayView<float>);
 template std::function<void()> openCvMedian(ArrayView<const std::uint8_t>, std::int64_t, ArrayView<std::uint8_t>);
+std::function<void()> openCvSquaredDifferences(ArrayView<const float>, ArrayView<const float>, ArrayView<float>) {
+  return {};
+}
 
 #define ORVANE_INSTANTIATE(T)                                                                                \
   template std::function<void()> openCvFilter2D(ArrayView<const T>, ArrayView<const T>, ArrayView<T>);       \

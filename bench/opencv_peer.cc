@@ -45,6 +45,13 @@ std::function<void()> openCvMedian(ArrayView<const T> input, std::int64_t side, 
 }
 template std::function<void()> openCvMedian(ArrayView<const float>, std::int64_t, ArrayView<float>);
 template std::function<void()> openCvMedian(ArrayView<const std::uint8_t>, std::int64_t, ArrayView<std::uint8_t>);
+std::function<void()> openCvSquaredDifferences(ArrayView<const float> image, ArrayView<const float> pattern,
+                                               ArrayView<float> output) {
+  cv::setNumThreads(1);
+  return [from = matrixOf(image), part = matrixOf(pattern), to = matrixOf<float>(output)]() mutable {
+    cv::matchTemplate(from, part, to, cv::TM_SQDIFF);
+  };
+}
 
 #define ORVANE_INSTANTIATE(T)                                                                                \
   template std::function<void()> openCvFilter2D(ArrayView<const T>, ArrayView<const T>, ArrayView<T>);       \

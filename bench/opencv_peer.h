@@ -23,5 +23,9 @@ std::function<void()> openCvSeparable(BP::filters::ArrayView<const T> input, BP:
 template <class T>
 std::function<void()> openCvMedian(BP::filters::ArrayView<const T> input, std::int64_t side,
                                    BP::filters::ArrayView<T> output);
+/// The sums of squared differences of a template at each position where it lies inside the image.
+std::function<void()> openCvSquaredDifferences(BP::filters::ArrayView<const float> image,
+                                               BP::filters::ArrayView<const float> pattern,
+                                               BP::filters::ArrayView<float> output);
 
 }  // namespace bench

@@ -99,7 +99,7 @@ class DistanceMetricAlgorithm : public WindowAlgorithm<AllocT, BlockT, InputT> {
     if (mode == setupStart || mode == setupInvoke) minIdxCollector->setHasValue(false);
   }
 
-  MinIdxCollector<AllocT, YT>& getMinIdxCollector() { return *minIdxCollector; }
+  MinIdxCollector<AllocT, YT>& getMinIdxCollector() const { return *minIdxCollector; }
 
  private:
   std::unique_ptr<MinIdxCollector<AllocT, YT>> minIdxCollector;

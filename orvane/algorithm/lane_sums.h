@@ -13,12 +13,12 @@
 
 namespace BP {
 
-/// Sums of products, plain or normalised, of many outputs at once: a filter as the vector lanes want it. The sums and
-/// their order are those of the plain loop.
+/// Sums of products, plain or normalised, or of differences, of many outputs at once: a filter as the vector lanes want
+/// it. The sums and their order are those of the plain loop.
 ///
 /// HT, UT and YT are the plain element types of filter, input and output. The filter's elements are read once in each
 /// run, at the first call of `compute`.
-template <class HT, class UT, class YT, int normalise>
+template <class HT, class UT, class YT, int normalise, lanes::Term term = lanes::Term::product>
 class LaneSums {
  public:
   using InputElement = UT;
@@ -63,8 +63,8 @@ class LaneSums {
     std::vector<Real> taps;
     lanes::PackedFilter<Real> filter;
     void resize(const lanes::FilterExtents& formExtents) {
-      taps.resize(lanes::PackedFilter<Real>::sizeFor(kind, formExtents));
-      filter = {kind, formExtents, taps.data()};
+      taps.resize(lanes::PackedFilter<Real>::sizeFor(kind, formExtents, term));
+      filter = {kind, formExtents, taps.data(), term};
     }
   };
 
@@ -79,8 +79,8 @@ class LaneSums {
   const YT* filterNorm = nullptr;
 };
 
-template <class HT, class UT, class YT, int normalise>
-void LaneSums<HT, UT, YT, normalise>::resize(const Block& filter, int rank) {
+template <class HT, class UT, class YT, int normalise, lanes::Term term>
+void LaneSums<HT, UT, YT, normalise, term>::resize(const Block& filter, int rank) {
   const int* dims = filter.getDims().ptr;
   extents = {0, 0, 0};
   if (rank < 1 || std::any_of(dims, dims + rank, [](int extent) { return extent < 1; })) return;
@@ -94,9 +94,9 @@ void LaneSums<HT, UT, YT, normalise>::resize(const Block& filter, int rank) {
   if (canTurn) forms[1].resize({extents.planes * extents.rows, extents.columns, 1});
 }
 
-template <class HT, class UT, class YT, int normalise>
-const lanes::PackedFilter<typename LaneSums<HT, UT, YT, normalise>::Real>& LaneSums<HT, UT, YT, normalise>::packed(
-    bool turned) {
+template <class HT, class UT, class YT, int normalise, lanes::Term term>
+const lanes::PackedFilter<typename LaneSums<HT, UT, YT, normalise, term>::Real>&
+LaneSums<HT, UT, YT, normalise, term>::packed(bool turned) {
   const int bit = turned ? 2 : 1;
   lanes::PackedFilter<Real>& filter = forms[turned ? 1 : 0].filter;
   if ((packedForms & bit) == 0) filter.pack(reinterpret_cast<const Real*>(elements), isReversed);
@@ -104,10 +104,12 @@ const lanes::PackedFilter<typename LaneSums<HT, UT, YT, normalise>::Real>& LaneS
   return filter;
 }
 
-template <class HT, class UT, class YT, int normalise>
-void LaneSums<HT, UT, YT, normalise>::compute(bool turned, const Run& run) {
+template <class HT, class UT, class YT, int normalise, lanes::Term term>
+void LaneSums<HT, UT, YT, normalise, term>::compute(bool turned, const Run& run) {
   const lanes::PackedFilter<Real>& filter = packed(turned);
-  if constexpr (normalise == 0) {
+  if constexpr (term != lanes::Term::product) {
+    filter.sumDifferences(run);
+  } else if constexpr (normalise == 0) {
     filter.sumProducts(run);
   } else {
     filter.sumNormalised(run, std::real(*filterNorm));

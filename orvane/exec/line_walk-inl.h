@@ -26,7 +26,7 @@ typename LineWalk<SumsT>::Size LineWalk<SumsT>::turnedElements(int width, int ro
 }
 
 template <class SumsT>
-void LineWalk<SumsT>::resize(const Block& filter, const Block& input, int walkedRank) {
+void LineWalk<SumsT>::resize(const Block& filter, const Block& input, int walkedRank, bool searches) {
   hostRank = walkedRank;
   rank = std::max(walkedRank, 2);
   if (!sums->isReady()) return;
@@ -49,6 +49,7 @@ void LineWalk<SumsT>::resize(const Block& filter, const Block& input, int walked
   out.resize(static_cast<std::size_t>(std::max(capacity.rows, capacity.turnedWidth)));
   turnedOutput.resize(static_cast<std::size_t>(capacity.turnedWidth) * static_cast<std::size_t>(capacity.turnedHeight));
   reader.resize(capacity.width + columns - 1);
+  if (searches) strip.resize(static_cast<std::size_t>(std::max(0, input.getDims().ptr[0])) * stripRows);
 }
 
 template <class SumsT>
@@ -75,10 +76,7 @@ bool LineWalk<SumsT>::run(const LineSource<UT>& source, const Sector& sector, co
                           const Block& filter, const Block& input, const Block& output, YT* y) {
   if (!lanes::areInUse() || !sums->isReady()) return false;
   readGeometry(sector, filter, input, output);
-  LineSource<UT> lineSource = source;
-  lineSource.dims = g.inputDims.data();
-  lineSource.rank = rank;
-  reader.beginSector(lineSource, edges != nullptr && edges->getIsListed(0));
+  beginLines(source, edges != nullptr && edges->getIsListed(0));
   const int width = g.last[0] - g.first[0] + 1, height = g.last[1] - g.first[1] + 1;
   const auto hasRoom = [&](Size elements) { return elements <= static_cast<Size>(copied.size()); };
   if (width <= capacity.turnedWidth && width < height &&
@@ -90,6 +88,37 @@ bool LineWalk<SumsT>::run(const LineSource<UT>& source, const Sector& sector, co
   const int runRows = std::min(height, capacity.rows);
   if (reader.gathers() && !hasRoom(uprightElements(runWidth, runRows))) return false;
   runUpright(y, runWidth, runRows);
+  return true;
+}
+
+template <class SumsT>
+void LineWalk<SumsT>::beginLines(const LineSource<UT>& source, bool gathers) {
+  LineSource<UT> lineSource = source;
+  lineSource.dims = g.inputDims.data();
+  lineSource.rank = rank;
+  reader.beginSector(lineSource, gathers);
+}
+
+/// The geometry is that of an output as wide as the sector, which begins with the strip.
+template <class SumsT>
+template <class TakeT>
+bool LineWalk<SumsT>::runInStrips(const LineSource<UT>& source, const Sector& sector, const Block& filter,
+                                  const Block& input, TakeT&& take) {
+  if (!lanes::areInUse() || !sums->isReady()) return false;
+  readGeometry(sector, filter, input, input);
+  const int width = g.last[0] - g.first[0] + 1, height = g.last[1] - g.first[1] + 1, firstRow = g.first[1];
+  if (Size{width} * stripRows > static_cast<Size>(strip.size())) return false;
+  beginLines(source, false);
+  g.outputStride[1] = width;
+  g.outputOffset[0] = -g.first[0];
+  for (int row = 0; row < height; row += stripRows) {
+    const int rows = std::min(stripRows, height - row);
+    g.first[1] = firstRow + row;
+    g.last[1] = g.first[1] + rows - 1;
+    g.outputOffset[1] = -g.first[1];
+    runUpright(strip.data(), std::min(width, capacity.width), rows);
+    take(strip.data(), row, rows, width);
+  }
   return true;
 }
 

@@ -35,13 +35,21 @@ class LineWalk {
 
   explicit LineWalk(SumsT* laneSums) : sums(laneSums) {}
 
-  /// Makes room for the extents of filter and input; the first `walkedRank` dimensions are walked.
-  void resize(const Block& filter, const Block& input, int walkedRank);
+  /// Makes room for the extents of filter and input; the first `walkedRank` dimensions are walked. Only a walk that
+  /// `searches` has room for strips.
+  void resize(const Block& filter, const Block& input, int walkedRank, bool searches = false);
 
   /// Computes all outputs of a sector; `edges` is the sector again, or null for an inside one. Returns false and does
   /// nothing if lanes are not in use, do not take the filter, or would need more room than there is.
   bool run(const LineSource<UT>& source, const Sector& sector, const OuterSector* edges, const Block& filter,
            const Block& input, const Block& output, YT* y);
+
+  /// Computes the outputs of an inside sector in *strips*: a few whole rows of it, without those between the rows of an
+  /// output. Calls `take(strip, firstRow, rows, width)` for each, where row 0 is the sector's first. Returns false as
+  /// `run` does, or if there is no room for strips.
+  template <class TakeT>
+  bool runInStrips(const LineSource<UT>& source, const Sector& sector, const Block& filter, const Block& input,
+                   TakeT&& take);
 
  private:
   using Real = typename SumsT::Real;
@@ -60,6 +68,7 @@ class LineWalk {
     void resize(int dimensions);
   };
 
+  void beginLines(const LineSource<UT>& source, bool gathers);
   void readGeometry(const Sector& sector, const Block& filter, const Block& input, const Block& output);
   bool nextPosition(std::vector<int>& at, const std::vector<int>& low, const std::vector<int>& high) const;
   static bool canCopy(Size elements) { return elements <= maxCopied; }
@@ -76,6 +85,7 @@ class LineWalk {
 
   /// Elements that gathered or turned lines may take; a filter that needs more is left to the plain loop.
   static constexpr Size maxCopied = Size{1} << 21;
+  static constexpr int stripRows = 12;
 
   /// How much of `Limits` the extents of the arrays let a run use; a sector of more outputs takes more runs.
   struct Capacity {
@@ -100,6 +110,7 @@ class LineWalk {
   std::vector<Real*> out;
   std::vector<UT> copied;
   std::vector<YT> turnedOutput;
+  std::vector<YT> strip;
 };
 
 /// The walk of an algorithm without lanes: it computes nothing.
@@ -107,7 +118,7 @@ template <>
 class LineWalk<NoLanes> {
  public:
   explicit LineWalk(NoLanes* /*laneSums*/) {}
-  void resize(const Block& /*filter*/, const Block& /*input*/, int /*walkedRank*/) {}
+  void resize(const Block& /*filter*/, const Block& /*input*/, int /*walkedRank*/, bool /*searches*/) {}
 };
 
 /// The walk of an algorithm's lanes: their own one, if they have elements in memory that are not those of the arrays.

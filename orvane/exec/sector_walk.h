@@ -139,7 +139,11 @@ class BestMatch {
   template <class ScorerT>
   [[gnu::noinline]] void take(ScorerT& score, int x, int y) {
     score(x, y);
-    feed(collector, elementAt(scratch.getBlock().getData().ptr, 0), x, y);
+    put(elementAt(scratch.getBlock().getData().ptr, 0), x, y);
+  }
+  /// Takes a position whose score is known.
+  void put(typename Algo::Value& value, int x, int y) {
+    feed(collector, value, x, y);
     std::copy_n(collector.getIndex().ptr, 2, bestIndex.ptr);
   }
 

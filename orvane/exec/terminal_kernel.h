@@ -26,7 +26,7 @@ class TerminalKernel : public Kernel<Out, Alloc> {
     if (stage != setupResize && stage != setupStart) return;
     const auto& filter = algorithm->getFilter();
     const int rank = isEmpty ? filter.getNumDims() : std::min(filter.getNumDims(), 2);
-    lines.resize(filter, algorithm->getInput().getBlock(), rank);
+    lines.resize(filter, algorithm->getInput().getBlock(), rank, searchesInLanes && !findsLeast);
   }
 
   void searchOutside(OutsideSector& s, Out& result, CleverPtr<int>& best) override { searchOver(s, result, best); }
@@ -61,20 +61,62 @@ class TerminalKernel : public Kernel<Out, Alloc> {
   /// Has the lanes compute a sector, whose edge lists are `edges`; false, and nothing done, if they do not.
   bool runByLines(const Sector& sector, const OuterSector* edges, Out& result) {
     if constexpr (!std::is_same_v<Lanes, NoLanes>) {
-      auto& in = algorithm->getInput();
-      constexpr int padType = Algo::InputType::padType;
-      if ((edges != nullptr && padType == 0) || !canRun()) return false;
-      const auto& u = in.getBlock();
-      const LineSource source{u.getData().ptr, u.getDims().ptr, u.getNumDims(), padType, in.padValues().ptr};
-      return lines.run(source, sector, edges, algorithm->getFilter(), u, result.getBlock(),
-                       result.getBlock().getData().ptr);
+      if ((edges != nullptr && Algo::InputType::padType == 0) || !canRun()) return false;
+      return lines.run(lineSource(), sector, edges, algorithm->getFilter(), algorithm->getInput().getBlock(),
+                       result.getBlock(), result.getBlock().getData().ptr);
     }
     return false;
   }
 
  private:
+  auto lineSource() const {
+    auto& in = algorithm->getInput();
+    const auto& u = in.getBlock();
+    return LineSource<std::remove_pointer_t<decltype(u.getData().ptr)>>{
+        u.getData().ptr, u.getDims().ptr, u.getNumDims(), Algo::InputType::padType, in.padValues().ptr};
+  }
+
   using Lanes = typename Algo::Lanes;
   static constexpr bool isEmpty = requires { Algo::walksByIterator; };
+
+  /// Whether lanes search: their scores are those of the walk wherever nothing is read beyond an edge.
+  static constexpr bool findsLeast = requires(Algo & algo, const WalkGeometry& walk) { algo.findLeast(walk); };
+  static constexpr bool searchesInLanes =
+      !isEmpty && (findsLeast || !std::is_same_v<Lanes, NoLanes>)&&Algo::InputType::padType == 0;
+
+  /// Searches a sector as the walk would; false, and nothing done, if lanes do not. What the walk leaves in the scratch
+  /// output, the score of the last position, is there as well.
+  template <class SectorT, class ScorerT>
+  bool searchByLanes(SectorT& sector, ScorerT& score, const WalkGeometry& walk, BestMatch<Algo, Out>& best) {
+    if (!searchesInLanes || !lanes::areInUse()) return false;
+    if constexpr (!searchesInLanes) {
+      return false;
+    } else if constexpr (!std::is_same_v<SectorT, InsideSector>) {
+      best.take(score, walk.lo[0], walk.lo[1]);  // all positions have this score, and the first of equals stays
+      return true;
+    } else if constexpr (findsLeast) {
+      if (!algorithm->canFindLeast()) return false;
+      best.take(score, walk.lo[0], walk.lo[1]);  // even a NaN, which stays for good
+      const auto found = algorithm->findLeast(walk);
+      if (found.isFound()) best.take(score, walk.lo[0] + found.x, walk.lo[1] + found.y);
+      score(walk.hi[0], walk.hi[1]);
+      return true;
+    } else {
+      return searchInStrips(sector, walk, best);
+    }
+  }
+
+  /// The same for scores that have to be complete before they are compared.
+  bool searchInStrips(const InsideSector& sector, const WalkGeometry& walk, BestMatch<Algo, Out>& best) {
+    const auto& u = algorithm->getInput().getBlock();
+    const auto take = [&](auto* strip, int firstRow, int rows, int width) {
+      for (int r = 0; r < rows; ++r) {
+        for (int x = 0; x < width; ++x) best.put(strip[r * width + x], walk.lo[0] + x, walk.lo[1] + firstRow + r);
+      }
+      assign(elementAt(this->output->getBlock().getData().ptr, 0), strip[rows * width - 1]);
+    };
+    return lines.runInStrips(lineSource(), sector, algorithm->getFilter(), u, take);
+  }
 
   bool canRun() const {
     if constexpr (requires { algorithm->canRun(); }) return algorithm->canRun();
@@ -109,7 +151,9 @@ class TerminalKernel : public Kernel<Out, Alloc> {
   void searchOver(SectorT& sector, Out& result, CleverPtr<int>& bestIndex) {
     if constexpr (!isEmpty) {
       walkOver(sector, result, [&](auto scorer, const WalkGeometry& geometry) {
-        searchWalk(scorer, geometry, BestMatch<Algo, Out>(*algorithm, *this->output, bestIndex));
+        BestMatch<Algo, Out> bestMatch(*algorithm, *this->output, bestIndex);
+        if (searchByLanes(sector, scorer, geometry, bestMatch)) return;
+        searchWalk(scorer, geometry, bestMatch);
       });
     }
   }

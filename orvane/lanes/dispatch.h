@@ -7,8 +7,13 @@
 /// Plain C++ is one value a time, not the emulation of a vector.
 #define HWY_BROKEN_EMU128 1
 /// Vectors without a constant length cannot be array elements, which accumulators are; SSSE3 and the later
-/// extensions of AVX-512 would bring nothing to these sums.
+/// extensions of AVX-512 would bring nothing to these sums, except where bits are counted.
+#ifdef ORVANE_LANES_COUNT_BITS
+#define HWY_WANT_AVX3_DL
+#define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
+#else
 #define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_AVX3_DL | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
+#endif
 
 #include <hwy/targets.h>
 
@@ -22,10 +27,19 @@ std::int64_t targetInUse();
 
 /// Place of the target in use in a table that `HWY_EXPORT` makes. Highway's own choice is not asked: it belongs to the
 /// whole process, and other users of Highway may live there.
-inline std::size_t targetIndex() {
+static inline std::size_t indexOfTarget(std::int64_t target) {
   if constexpr ((HWY_TARGETS & (HWY_TARGETS - 1)) == 0) return 0;
-  const std::int64_t places = HWY_CHOSEN_TARGET_SHIFT(targetInUse()) | HWY_CHOSEN_TARGET_MASK_SCALAR;
+  const std::int64_t places = HWY_CHOSEN_TARGET_SHIFT(target) | HWY_CHOSEN_TARGET_MASK_SCALAR;
   return hwy::Num0BitsBelowLS1Bit_Nonzero64(static_cast<std::uint64_t>(places));
 }
+static inline std::size_t targetIndex() { return indexOfTarget(targetInUse()); }
+
+#ifdef ORVANE_LANES_COUNT_BITS
+/// The same in a source with the target that counts bits: where AVX-512 is in use, and the machine has it.
+static inline std::size_t bitCountingTargetIndex() {
+  static const bool isThere = (hwy::SupportedTargets() & HWY_TARGETS & HWY_AVX3_DL) != 0;  // asking takes long
+  return isThere && targetInUse() == HWY_AVX3 ? indexOfTarget(HWY_AVX3_DL) : targetIndex();
+}
+#endif
 
 }  // namespace BP::lanes

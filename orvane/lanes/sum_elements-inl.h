@@ -32,7 +32,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 /// that uses it, which costs up to half of the speed.
 template <class V>
 HWY_INLINE void keepInRegister(V& v) {
-#if HWY_TARGET == HWY_AVX3
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
   asm("" : "+v"(v.raw));
 #elif HWY_ARCH_X86
   asm("" : "+x"(v.raw));

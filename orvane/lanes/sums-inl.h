@@ -38,7 +38,7 @@ namespace BP::lanes {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-#if HWY_TARGET == HWY_AVX3 || (HWY_TARGET == HWY_NEON && HWY_ARCH_ARM_A64)
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL || (HWY_TARGET == HWY_NEON && HWY_ARCH_ARM_A64)
 constexpr int registers = 32;
 constexpr int rowChoices[] = {8, 6, 4, 3, 2, 1};
 #else
@@ -54,11 +54,20 @@ constexpr int vectorsFor(int rows) {
   return count > 8 ? 8 : count;
 }
 
+/// Whether blocks of so many rows are made: elements with a `mostRows` do with 1, 2, 4 and so on up to it.
+template <class E>
+constexpr bool hasRows(int rows) {
+  if constexpr (requires { E::mostRows; }) {
+    if (rows > E::mostRows || (rows & (rows - 1)) != 0) return false;
+  }
+  return vectorsFor<E>(rows) > 0;
+}
+
 /// The greatest choice of rows up to `most`, which is at least 1.
 template <class E>
 int maxRows(int most) {
   for (const int choice : rowChoices) {
-    if (choice <= most && vectorsFor<E>(choice) > 0) return choice;
+    if (choice <= most && hasRows<E>(choice)) return choice;
   }
   return 1;
 }
@@ -68,7 +77,7 @@ template <class E>
 int leastRows(int least) {
   int best = least;
   for (const int choice : rowChoices) {
-    if (choice >= least && vectorsFor<E>(choice) > 0) best = choice;
+    if (choice >= least && hasRows<E>(choice)) best = choice;
   }
   return best;
 }
@@ -255,7 +264,7 @@ void computePasses(const SumTask<typename E::T>& task) {
 
 template <class E, int R>
 void computeRows(const SumTask<typename E::T>& task) {
-  if constexpr (vectorsFor<E>(R) > 0) computePasses<E, R, vectorsFor<E>(R)>(task);
+  if constexpr (hasRows<E>(R)) computePasses<E, R, vectorsFor<E>(R)>(task);
 }
 
 /// The output rows from `row` on, `count` of them, `rows` at once.

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "orvane/core/element.h"
+#include "orvane/lanes/difference_kernels.h"
 #include "orvane/lanes/sum_kernels.h"
 
 namespace BP::lanes {
@@ -13,8 +14,9 @@ namespace {
 
 int packedRowsFor(FilterExtents extents) { return std::min(extents.rows, maxPackedRows); }
 
-/// Values of one packed tap: for complex input and filter re, -im, im.
-std::ptrdiff_t packedTapSize(Elements elements) {
+/// Values of one packed tap: of complex input and filter re, -im, im, of complex differences re, im, energy.
+std::ptrdiff_t packedTapSize(Elements elements, Term term) {
+  if (term != Term::product) return elements == Elements::realReal ? 1 : 3;
   return elements == Elements::complexComplex ? 3 : elements == Elements::realComplex ? 2 : 1;
 }
 
@@ -30,6 +32,14 @@ void packTap(Elements elements, const T* tap, T* to) {
       break;
     case Elements::complexComplex: to[0] = tap[0], to[1] = -tap[1], to[2] = tap[1]; break;
   }
+}
+
+template <class T>
+void packTemplateTap(Elements elements, const T* tap, T* to) {
+  to[0] = tap[0];
+  if (elements == Elements::realReal) return;
+  to[1] = isComplexFilter(elements) ? tap[1] : T(0);
+  to[2] = to[0] * to[0] + to[1] * to[1];
 }
 
 /// What every kernel needs to know; complex input counts as twice as many values, two apart.
@@ -61,15 +71,15 @@ void divideComplex(T* parts, T squares, T filterNorm) {
 }  // namespace
 
 template <class T>
-std::size_t PackedFilter<T>::sizeFor(Elements elements, FilterExtents extents) {
+std::size_t PackedFilter<T>::sizeFor(Elements elements, FilterExtents extents, Term term) {
   const int packedRows = packedRowsFor(extents);
   return std::size_t(extents.planes) * std::size_t(extents.rows + packedRows - 1) * std::size_t(extents.columns) *
-         std::size_t(packedRows) * std::size_t(packedTapSize(elements));
+         std::size_t(packedRows) * std::size_t(packedTapSize(elements, term));
 }
 
 template <class T>
-PackedFilter<T>::PackedFilter(Elements kind, FilterExtents size, T* store)
-    : elements(kind), extents(size), storage(store) {}
+PackedFilter<T>::PackedFilter(Elements kind, FilterExtents size, T* store, Term packedTerm)
+    : elements(kind), extents(size), storage(store), term(packedTerm) {}
 
 template <class T>
 void PackedFilter<T>::pack(const T* taps, bool reversed) {
@@ -79,11 +89,12 @@ void PackedFilter<T>::pack(const T* taps, bool reversed) {
   for (int p = 0; p < extents.planes; ++p) {
     for (int line = 0; line < extents.rows + packedRows - 1; ++line) {
       for (int c = 0; c < extents.columns; ++c) {
-        for (int r = 0; r < packedRows; ++r, to += packedTapSize(elements)) {
+        for (int r = 0; r < packedRows; ++r, to += packedTapSize(elements, term)) {
           const int j = line - r;
           if (j < 0 || j >= extents.rows) continue;  // output row r does not use this line
           const std::ptrdiff_t n = (std::ptrdiff_t(p) * extents.rows + j) * extents.columns + c;
-          packTap(elements, taps + (reversed ? last - n : n) * (isComplexFilter(elements) ? 2 : 1), to);
+          const T* const tap = taps + (reversed ? last - n : n) * (isComplexFilter(elements) ? 2 : 1);
+          term == Term::product ? packTap(elements, tap, to) : packTemplateTap(elements, tap, to);
         }
       }
     }
@@ -116,6 +127,15 @@ void PackedFilter<T>::sumNormalised(const Run<T>& run, T filterNorm) const {
     case Elements::realComplex: return kernels.realComplexNormalised(task);
     case Elements::complexComplex: return kernels.complexComplexNormalised(task);
   }
+}
+
+template <class T>
+void PackedFilter<T>::sumDifferences(const Run<T>& run) const {
+  SumTask<T> task = makeTask(isComplexInput(elements), extents, run);
+  task.taps = storage;
+  const DifferenceKernels<T>& kernels = differenceKernels<T>()[differenceIndex(term)];
+  if (elements == Elements::realReal) return kernels.real(task);
+  return isComplexInput(elements) ? kernels.complexInput(task) : kernels.realComplex(task);
 }
 
 template class PackedFilter<float>;

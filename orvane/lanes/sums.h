@@ -4,7 +4,7 @@
 
 #include "orvane/platform/export.h"
 
-/// Sums of products and of squares for a run of neighbouring outputs in several rows at once.
+/// Sums of products, of squares and of differences for a run of neighbouring outputs in several rows at once.
 ///
 /// Vocabulary:
 ///   output row  neighbouring outputs along dimension 0
@@ -36,6 +36,10 @@ inline bool isComplexInput(Elements elements) {
 inline bool isComplexFilter(Elements elements) {
   return elements == Elements::realComplex || elements == Elements::complexComplex;
 }
+
+/// What a tap adds to its output: its product with the input, or, of a filter that is a template, a measure of their
+/// difference.
+enum class Term { product, absoluteDifference, squaredDifference, greatestDifference };
 
 /// Extents of a filter. A window of more than three dimensions has the product of the further ones as its planes.
 struct FilterExtents {
@@ -72,11 +76,12 @@ template <class T>
 class ORVANE_API PackedFilter {
  public:
   /// Number of values of `T` that the packed taps take.
-  static std::size_t sizeFor(Elements elements, FilterExtents extents);
+  static std::size_t sizeFor(Elements elements, FilterExtents extents, Term term = Term::product);
 
   PackedFilter() = default;
-  /// `storage` has `sizeFor(elements, extents)` values and stays the caller's, who keeps it while the filter is in use.
-  PackedFilter(Elements elements, FilterExtents extents, T* storage);
+  /// `storage` has `sizeFor(elements, extents, term)` values and stays the caller's, who keeps it while the filter is
+  /// in use.
+  PackedFilter(Elements elements, FilterExtents extents, T* storage, Term term = Term::product);
 
   /// Packs taps that lie in the order of the sum, or, if `reversed`, in the opposite order.
   void pack(const T* taps, bool reversed);
@@ -93,6 +98,17 @@ class ORVANE_API PackedFilter {
   /// in the same order, with |x|^2 = x.re^2 + x.im^2 for complex input. A complex sum is divided as by `divideByNorms`.
   void sumNormalised(const Run<T>& run, T filterNorm) const;
 
+  /// The same walk with differences d = a - t of input and tap. Only for filters of such a term:
+  ///
+  ///   absoluteDifference  out := out + (a > t ? a - t : t - a)
+  ///   squaredDifference   out := d * d + out
+  ///   greatestDifference  out := the greatest (a > t ? a - t : t - a), the first of equals
+  ///
+  /// Complex elements compare by re^2 + im^2, and a real operand beside a complex one counts as complex. Differences
+  /// stay complex, and squares are complex ones, without a conjugate. A greatest difference that is NaN at the first
+  /// tap stays NaN; a later NaN is ignored.
+  void sumDifferences(const Run<T>& run) const;
+
   Elements getElements() const { return elements; }
   FilterExtents getExtents() const { return extents; }
 
@@ -100,6 +116,7 @@ class ORVANE_API PackedFilter {
   Elements elements = Elements::realReal;
   FilterExtents extents;
   T* storage = nullptr;
+  Term term = Term::product;
 };
 
 extern template class PackedFilter<float>;

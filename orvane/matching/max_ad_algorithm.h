@@ -3,10 +3,10 @@
 #include <memory>
 #include <type_traits>
 
-#include "orvane/algorithm/algorithm.h"
 #include "orvane/algorithm/collector.h"
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/element.h"
+#include "orvane/matching/difference_algorithm.h"
 #include "orvane/matching/pair_walk.h"
 #include "orvane/plan/output.h"
 #include "orvane/plan/sector.h"
@@ -20,13 +20,14 @@ namespace BP {
 /// Complex elements and differences compare by squared magnitude. The score is the greatest complex difference, the
 /// first one of equals. Booleans give 1 if any element disagrees, else 0. Scores have type YT.
 template <class AllocT, class BlockT, class InputT, class YT, class UT>
-class MaxADAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT, YT, UT> {
+class MaxADAlgorithm : public DifferenceAlgorithm<AllocT, BlockT, InputT, YT, UT, lanes::Term::greatestDifference> {
  public:
+  using Base = DifferenceAlgorithm<AllocT, BlockT, InputT, YT, UT, lanes::Term::greatestDifference>;
+
   using Out = Output<YT, AllocT>;
 
   MaxADAlgorithm(AllocT* alloc, BlockT* filterBlock, InputT* in)
-      : DistanceMetricAlgorithm<AllocT, BlockT, InputT, YT, UT>(alloc, filterBlock, in),
-        maxCollector(std::make_unique<MaxCollector<AllocT, YT>>(alloc)) {
+      : Base(alloc, filterBlock, in), maxCollector(std::make_unique<MaxCollector<AllocT, YT>>(alloc)) {
     alloc->allocateArray(imageValue, 1, "accumulator");
     alloc->allocateArray(templateValue, 1, "accumulator");
   }

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "orvane/algorithm/algorithm.h"
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/element.h"
+#include "orvane/matching/difference_algorithm.h"
 #include "orvane/matching/pair_walk.h"
 #include "orvane/plan/output.h"
 #include "orvane/plan/sector.h"
@@ -16,10 +16,11 @@ namespace BP {
 /// Scores have type YT, in which all differences and sums round. Complex elements compare by squared magnitude and
 /// their differences stay complex, so terms can cancel. Booleans count the elements that disagree.
 template <class AllocT, class BlockT, class InputT, class YT, class UT>
-class SADAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT, YT, UT> {
+class SADAlgorithm : public DifferenceAlgorithm<AllocT, BlockT, InputT, YT, UT, lanes::Term::absoluteDifference> {
  public:
-  SADAlgorithm(AllocT* alloc, BlockT* filterBlock, InputT* in)
-      : DistanceMetricAlgorithm<AllocT, BlockT, InputT, YT, UT>(alloc, filterBlock, in) {
+  using Base = DifferenceAlgorithm<AllocT, BlockT, InputT, YT, UT, lanes::Term::absoluteDifference>;
+
+  SADAlgorithm(AllocT* alloc, BlockT* filterBlock, InputT* in) : Base(alloc, filterBlock, in) {
     alloc->allocateArray(sum, 1, "accumulator");
     alloc->allocateArray(difference, 1, "accumulator");
   }

@@ -2,9 +2,9 @@
 
 #include <type_traits>
 
-#include "orvane/algorithm/algorithm.h"
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/element.h"
+#include "orvane/matching/difference_algorithm.h"
 #include "orvane/matching/pair_walk.h"
 #include "orvane/plan/output.h"
 #include "orvane/plan/sector.h"
@@ -18,10 +18,11 @@ namespace BP {
 /// Scores have type YT, in which all differences, squares and sums round. The square of a complex difference is the
 /// complex one, without a conjugate, so a score can be negative or complex. Booleans count the elements that disagree.
 template <class AllocT, class BlockT, class InputT, class YT, class UT>
-class SSDAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT, YT, UT> {
+class SSDAlgorithm : public DifferenceAlgorithm<AllocT, BlockT, InputT, YT, UT, lanes::Term::squaredDifference> {
  public:
-  SSDAlgorithm(AllocT* alloc, BlockT* filterBlock, InputT* in)
-      : DistanceMetricAlgorithm<AllocT, BlockT, InputT, YT, UT>(alloc, filterBlock, in) {
+  using Base = DifferenceAlgorithm<AllocT, BlockT, InputT, YT, UT, lanes::Term::squaredDifference>;
+
+  SSDAlgorithm(AllocT* alloc, BlockT* filterBlock, InputT* in) : Base(alloc, filterBlock, in) {
     alloc->allocateArray(difference, 1, "accumulator");
     alloc->allocateArray(sum, 1, "accumulator");
   }

@@ -26,7 +26,7 @@ void readContainers(const std::byte* p, int step, const detail::Range<I>& range,
 }
 
 template <class I>
-void readRow(const std::byte* p, unsigned bytesLog, int step, const detail::Range<I>& range, std::span<I> values) {
+void readValues(const std::byte* p, unsigned bytesLog, int step, const detail::Range<I>& range, std::span<I> values) {
   switch (bytesLog) {
     case 0: return readContainers<I, std::uint8_t>(p, step, range, values);
     case 1: return readContainers<I, std::uint16_t>(p, step, range, values);
@@ -122,7 +122,7 @@ template <class I>
   std::array<I, maxRun> x, y;
   const auto read = [](const FixptWindow& w, int i, int j, const detail::Range<I>& range, std::span<I> values) {
     const Fixpt& v = w.array;
-    readRow(v.address(w.first + j * w.pitch + i * w.step), v.bytesLog_, w.step, range, values);
+    readValues(v.address(w.first + j * w.pitch + i * w.step), v.bytesLog_, w.step, range, values);
   };
   I sum = load<I>(cursor_);
   for (int j = 0; j < height; ++j) {

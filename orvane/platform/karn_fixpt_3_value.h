@@ -91,6 +91,15 @@ class ORVANE_API Fixpt {
   /// The result and all counts are the same as those of `*` and `+=` for each pair, but the time is shorter. This array
   /// must not share memory with the other two. The cursors of these may move. The last product is not kept.
   Fixpt& addProducts(const FixptWindow& left, const FixptWindow& right, int width, int height);
+  /// Whether `readRow` can read this array: real values in containers of 8 or 16 bits.
+  bool canReadRow() const;
+  /// Reads the stored integers of `count` elements from element `first` on. The cursor stays.
+  void readRow(int first, int count, std::int32_t* to) const;
+  /// Whether `assignRow` can take values of the type of `like`: real ones, if neither word is wide.
+  bool canAssignRow(const Fixpt& like);
+  /// The values from element `first` on := `count` values of the type of `like`, given by their stored integers. The
+  /// result and all counts are those of one assignment for each. The cursor ends on the last one.
+  void assignRow(const Fixpt& like, int first, const std::int32_t* stored, int count);
   /// The squared magnitude, a real value. It is exact before its one cast into the product type.
   Fixpt& norm() const;
   /// The conjugate, in this array's type.
