@@ -109,6 +109,12 @@ class LineWalk<NoLanes> {
   void resize(const Block& /*filter*/, const Block& /*input*/, int /*walkedRank*/) {}
 };
 
+/// The walk of an algorithm's lanes: their own one, if they have elements in memory that are not those of the arrays.
+template <class Lanes>
+struct WalkOf {
+  using type = LineWalk<Lanes>;
+};
+
 }  // namespace BP
 
 #include "orvane/exec/line_walk-inl.h"

@@ -2,6 +2,7 @@
 
 #include <type_traits>
 
+#include "orvane/exec/fixed_sum_walk.h"
 #include "orvane/exec/kernel.h"
 #include "orvane/exec/line_walk.h"
 #include "orvane/exec/sector_walk.h"
@@ -27,6 +28,9 @@ class TerminalKernel : public Kernel<Out, Alloc> {
     const auto& filter = algorithm->getFilter();
     const int rank = isEmpty ? filter.getNumDims() : std::min(filter.getNumDims(), 2);
     lines.resize(filter, algorithm->getInput().getBlock(), rank);
+    if constexpr (requires { lines.setScratch(this->output->getBlock().getData().ptr); }) {
+      lines.setScratch(this->output->getBlock().getData().ptr);
+    }
   }
 
   void searchOutside(OutsideSector& s, Out& result, CleverPtr<int>& best) override { searchOver(s, result, best); }
@@ -65,8 +69,9 @@ class TerminalKernel : public Kernel<Out, Alloc> {
       constexpr int padType = Algo::InputType::padType;
       if (edges != nullptr && padType == 0) return false;
       const auto& u = in.getBlock();
-      return lines.run({u.getData().ptr, u.getDims().ptr, u.getNumDims(), padType, in.padValues().ptr}, sector, edges,
-                       algorithm->getFilter(), u, result.getBlock(), result.getBlock().getData().ptr);
+      const LineSource source{u.getData().ptr, u.getDims().ptr, u.getNumDims(), padType, in.padValues().ptr};
+      return lines.run(source, sector, edges, algorithm->getFilter(), u, result.getBlock(),
+                       result.getBlock().getData().ptr);
     }
     return false;
   }
@@ -123,7 +128,7 @@ class TerminalKernel : public Kernel<Out, Alloc> {
   }
 
   Algo* algorithm;
-  LineWalk<Lanes> lines;
+  typename WalkOf<Lanes>::type lines;
 };
 
 }  // namespace BP

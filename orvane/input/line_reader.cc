@@ -121,5 +121,9 @@ template class LineReader<float>;
 template class LineReader<double>;
 template class LineReader<std::complex<float>>;
 template class LineReader<std::complex<double>>;
+template class LineReader<std::uint8_t>;
+template class LineReader<std::uint16_t>;
+template class LineReader<std::uint32_t>;
+template class LineReader<std::uint64_t>;
 
 }  // namespace BP

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <complex>
+#include <cstdint>
 #include <vector>
 
 namespace BP {
@@ -14,6 +15,9 @@ struct LineSource {
   int padType;         ///< a `PadTypeEnum`, or 0: nothing is read beyond an edge
   const UT* padValue;  ///< of a constant pad
 };
+
+template <class UT>
+LineSource(UT*, const int*, int, int, UT*) -> LineSource<UT>;
 
 /// Reads *lines*: stretches of input along dimension 0, as neighbouring outputs need them, also beyond the edge.
 ///
@@ -66,5 +70,9 @@ extern template class LineReader<float>;
 extern template class LineReader<double>;
 extern template class LineReader<std::complex<float>>;
 extern template class LineReader<std::complex<double>>;
+extern template class LineReader<std::uint8_t>;
+extern template class LineReader<std::uint16_t>;
+extern template class LineReader<std::uint32_t>;
+extern template class LineReader<std::uint64_t>;
 
 }  // namespace BP

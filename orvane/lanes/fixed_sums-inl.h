@@ -268,6 +268,30 @@ class FixedKernel {
   CastNumbers<D> product, sum;
 };
 
+/// Casts values in place.
+template <class T>
+void castFixedOnTarget(const FixedCastTask<T>& task, FixedCounts& counts) {
+  using D = hn::ScalableTag<T>;
+  const CastNumbers<D> cast(task.cast);
+  CastCounts<D> met;
+  const auto castVector = [&](std::ptrdiff_t at, auto isWhole) HWY_ATTR {
+    constexpr bool whole = decltype(isWhole)::value;
+    const auto exact = hn::ShiftLeftSame(hn::LoadU(D(), task.values + at), task.append);
+    const auto rounded = cast.template rounded<false>(exact);
+    const auto result = cast.fitted(rounded);
+    const auto valid = hn::VecFromMask(D(), hn::FirstN(D(), std::size_t(task.count - at)));
+    met.template range<whole>(result, valid);
+    CastCounts<D>::template addWhere<whole>(met.lossless, cast.losesNothing(exact), valid);
+    CastCounts<D>::template addWhere<whole>(met.fitting, hn::Eq(result, rounded), valid);
+    hn::StoreU(result, D(), task.values + at);
+  };
+  constexpr auto lanes = static_cast<std::ptrdiff_t>(hn::MaxLanes(D()));
+  std::ptrdiff_t at = 0;
+  for (; at + lanes <= task.count; at += lanes) castVector(at, std::true_type());
+  if (at < task.count) castVector(at, std::false_type());
+  met.addTo(counts, static_cast<std::uint64_t>(task.count), true, true);
+}
+
 template <class T>
 void sumFixedOnTarget(const FixedSumTask<T>& task, FixedSumCounts& counts) {
   using D = hn::ScalableTag<T>;

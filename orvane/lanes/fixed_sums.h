@@ -18,6 +18,10 @@
 /// Lanes are neighbouring outputs. All calls are thread-safe and allocate nothing.
 namespace BP::lanes {
 
+/// Greatest number of taps, and of outputs in a row: lanes count the casts of a row in 32 bits.
+inline constexpr int maxFixedTaps = 1 << 16;
+inline constexpr int maxFixedWidth = 1 << 12;
+
 /// A cast of exact integers: rounding, and the range.
 struct FixedCast {
   KarnDSPFixpt::detail::Rounder<std::int64_t> rounder;
@@ -78,6 +82,17 @@ struct FixedSumCounts {
   FixedCounts product;
   FixedCounts sum;
 };
+
+/// Casts one by one: of `count` values with slack after them, in place.
+template <class T>
+struct FixedCastTask {
+  int append = 0;  ///< bits appended before the cast
+  FixedCast cast;
+  T* values = nullptr;
+  std::ptrdiff_t count = 0;
+};
+template <class T>
+ORVANE_API void castFixed(const FixedCastTask<T>& task, FixedCounts& counts);
 
 /// Computes a run. Counts are added to `counts`, which is not touched if the task does not gather.
 template <class T>

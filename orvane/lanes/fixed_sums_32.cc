@@ -12,6 +12,8 @@ namespace HWY_NAMESPACE {
 
 void sumFixed32(const FixedSumTask<std::int32_t>& task, FixedSumCounts& counts) { sumFixedOnTarget(task, counts); }
 
+void castFixed32(const FixedCastTask<std::int32_t>& task, FixedCounts& counts) { castFixedOnTarget(task, counts); }
+
 }  // namespace HWY_NAMESPACE
 }  // namespace BP::lanes
 HWY_AFTER_NAMESPACE();
@@ -20,10 +22,15 @@ HWY_AFTER_NAMESPACE();
 namespace BP::lanes {
 
 HWY_EXPORT(sumFixed32);
+HWY_EXPORT(castFixed32);
 
 template <>
 void sumFixed(const FixedSumTask<std::int32_t>& task, FixedSumCounts& counts) {
   HWY_DISPATCH_TABLE(sumFixed32)[targetIndex()](task, counts);
+}
+template <>
+void castFixed(const FixedCastTask<std::int32_t>& task, FixedCounts& counts) {
+  HWY_DISPATCH_TABLE(castFixed32)[targetIndex()](task, counts);
 }
 
 }  // namespace BP::lanes

@@ -12,6 +12,8 @@ namespace HWY_NAMESPACE {
 
 void sumFixed64(const FixedSumTask<std::int64_t>& task, FixedSumCounts& counts) { sumFixedOnTarget(task, counts); }
 
+void castFixed64(const FixedCastTask<std::int64_t>& task, FixedCounts& counts) { castFixedOnTarget(task, counts); }
+
 }  // namespace HWY_NAMESPACE
 }  // namespace BP::lanes
 HWY_AFTER_NAMESPACE();
@@ -20,10 +22,15 @@ HWY_AFTER_NAMESPACE();
 namespace BP::lanes {
 
 HWY_EXPORT(sumFixed64);
+HWY_EXPORT(castFixed64);
 
 template <>
 void sumFixed(const FixedSumTask<std::int64_t>& task, FixedSumCounts& counts) {
   HWY_DISPATCH_TABLE(sumFixed64)[targetIndex()](task, counts);
+}
+template <>
+void castFixed(const FixedCastTask<std::int64_t>& task, FixedCounts& counts) {
+  HWY_DISPATCH_TABLE(castFixed64)[targetIndex()](task, counts);
 }
 
 }  // namespace BP::lanes
