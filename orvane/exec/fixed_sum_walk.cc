@@ -38,8 +38,18 @@ void addTo(Fixpt& array, const lanes::FixedCounts& counts) {
   if (counts.casts == 0 || !array.statistics()) return;
   const int fraction = array.attributes().type().fraction;
   const auto scaled = [&](std::int64_t v) { return std::ldexp(static_cast<double>(v), -fraction); };
-  array.addStatistics({static_cast<unsigned>(counts.overflows), static_cast<unsigned>(counts.casts),
-                       static_cast<unsigned>(counts.lossy), 1, scaled(counts.least), scaled(counts.greatest)});
+  fxpLogStruct_tag record{static_cast<unsigned>(counts.overflows), static_cast<unsigned>(counts.casts),
+                          static_cast<unsigned>(counts.lossy)};
+  if (counts.least <= counts.greatest) {
+    record.minimum = scaled(counts.least);
+    record.maximum = scaled(counts.greatest);
+  }
+  array.addStatistics(record);
+}
+
+/// Whether an array wants to know the least and greatest of its values.
+bool wantsRange(const Fixpt& array) {
+  return array.statistics() && array.attributes().gathering() == KarnDSPFixpt::FixptGathering::ranges;
 }
 
 }  // namespace
@@ -136,7 +146,10 @@ void FixedSumWalk::runFrom(Store<T>& store, const FixedSumPlan& plan, const Line
   reader.beginSector(source, gathersLines);
   lanes::FixedSumTask<T> task;
   task.form = plan.form;
-  task.gathers = sums->getProduct().statistics() || sums->getAccumulator().statistics();
+  const Fixpt &product = sums->getProduct(), &accumulator = sums->getAccumulator();
+  const bool counts = product.statistics() || accumulator.statistics();
+  const bool isExact = plan.form == lanes::FixedForm::exact;
+  task.gathers = isExact ? wantsRange(product) || wantsRange(accumulator) : counts;
   task.columns = extents.columns;
   task.filterRows = extents.rows;
   task.taps = store.taps.data();
@@ -172,6 +185,7 @@ void FixedSumWalk::runFrom(Store<T>& store, const FixedSumPlan& plan, const Line
         store.markPointers[sizeOf(k)] = store.marks.data() + (isInside ? 0 : pitch);
       }
       lanes::sumFixed(task, met);
+      if (isExact && counts && !task.gathers) lanes::countCasts(task, met);
       for (int r = 0; r < task.rows; ++r) {
         const std::ptrdiff_t first = std::ptrdiff_t{area.outPitch} * (area.outRow + row + r) + area.outColumn + x;
         putRow(store.outPointers[sizeOf(r)], width, plan, first, y);

@@ -243,25 +243,9 @@ class FixedKernel {
   HWY_INLINE void gather(int r, const Counts& lanesCounts, FixedSumCounts& counts) const {
     const std::uint64_t taps = std::uint64_t(task.columns) * std::uint64_t(task.filterRows);
     const std::uint64_t sums = taps * std::uint64_t(task.width);
-    const std::uint64_t products = task.counted == nullptr ? sums : countedProducts(r);
+    const std::uint64_t products = countedProducts(task, r);
     lanesCounts.product.addTo(counts.product, products, !isExact, isAny, isExact ? task.append : 0);
     lanesCounts.sum.addTo(counts.sum, sums, isAny, !isExact);
-  }
-
-  HWY_INLINE std::uint64_t countedProducts(int r) const {
-    std::uint64_t count = 0;
-    for (int j = 0; j < task.filterRows; ++j) {
-      const T* const counted = task.counted[r + j];
-      // Element k of a line is read by as many taps as there are windows that it lies in.
-      const std::ptrdiff_t length = task.width + task.columns - 1,
-                           most = task.columns < task.width ? task.columns : task.width;
-      for (std::ptrdiff_t k = 0; k < length; ++k) {
-        if (counted[k] == 0) continue;
-        const std::ptrdiff_t before = k + 1, after = length - k, less = before < after ? before : after;
-        count += std::uint64_t(less < most ? less : most);
-      }
-    }
-    return count;
   }
 
   const FixedSumTask<T>& task;

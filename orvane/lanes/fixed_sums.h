@@ -98,4 +98,11 @@ ORVANE_API void castFixed(const FixedCastTask<T>& task, FixedCounts& counts);
 template <class T>
 ORVANE_API void sumFixed(const FixedSumTask<T>& task, FixedSumCounts& counts);
 
+/// Adds the numbers of casts of a run alone. Where no cast changes a value these are all that there is to count.
+template <class T>
+void countCasts(const FixedSumTask<T>& task, FixedSumCounts& counts);
+/// Products of output row `row` that count.
+template <class T>
+std::uint64_t countedProducts(const FixedSumTask<T>& task, int row);
+
 }  // namespace BP::lanes
