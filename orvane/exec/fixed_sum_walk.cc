@@ -87,7 +87,7 @@ bool FixedSumWalk::run(const LineSource<Fixpt>& source, const Sector& sector, co
   if (!lanes::areInUse() || extents.rows < 1 || extents.columns < 1 || scratch == nullptr) return false;
   const FixedSumPlan& plan = sums->planFor(*y);
   const bool isPadded = edges != nullptr && source.padType == PadTypeConstant;
-  if (plan.laneBits == 0 || formatOf(*scratch) != formatOf(*y) || (isPadded && !sums->isLikeInput(*source.padValue)))
+  if (plan.laneBits == 0 || formatOf(*scratch) != formatOf(sums->getAccumulator()) || (isPadded && !sums->isLikeInput(*source.padValue)))
     return false;
   const int *const start = sector.getStart().ptr, *const end = sector.getEnd().ptr;
   const auto outOffset = [&](int d) { return input.getOrigin().ptr[d] - output.getOrigin().ptr[d]; };
@@ -103,7 +103,7 @@ bool FixedSumWalk::run(const LineSource<Fixpt>& source, const Sector& sector, co
   plane.rank = 2;
   if (edges == nullptr) plane.padType = 0;
   met = {};
-  metOutput = {};
+  metScratch = metOutput = {};
   if (plan.laneBits == 32) {
     runIn(narrow, plan, plane, area, *y, gathersLines);
   } else {
@@ -197,6 +197,12 @@ void FixedSumWalk::runFrom(Store<T>& store, const FixedSumPlan& plan, const Line
 /// Casts a row of sums into the output's type, and stores it from element `first` on.
 template <class T>
 void FixedSumWalk::putRow(T* values, int count, const FixedSumPlan& plan, std::ptrdiff_t first, Fixpt& y) {
+  if (wantsRange(*scratch)) {
+    const auto [least, greatest] = std::minmax_element(values, values + count);
+    metScratch.add({std::uint64_t(count), 0, 0, *least, *greatest});
+  } else {
+    metScratch.casts += std::uint64_t(count);
+  }
   lanes::castFixed<T>({plan.outputAppend, plan.output, values, count}, metOutput);
   const int bytes = y.containerBits() / 8;
   std::byte* const to = static_cast<std::byte*>(y.data()) + first * bytes;
@@ -208,14 +214,13 @@ void FixedSumWalk::putRow(T* values, int count, const FixedSumPlan& plan, std::p
   }
 }
 
-/// Each output is cast twice, as in the plain walk: into the scratch output, and from there into the same type.
+/// Each output is cast twice, as in the plain walk: into the scratch output, which has the accumulator's type, and from
+/// there into the output.
 void FixedSumWalk::addCounts(Fixpt& y) const {
   addTo(sums->getProduct(), met.product);
   addTo(sums->getAccumulator(), met.sum);
-  addTo(*scratch, metOutput);
-  lanes::FixedCounts stored = metOutput;
-  stored.overflows = stored.lossy = 0;
-  addTo(y, stored);
+  addTo(*scratch, metScratch);
+  addTo(y, metOutput);
 }
 
 }  // namespace BP

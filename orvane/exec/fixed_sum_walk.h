@@ -34,7 +34,7 @@ class ORVANE_API FixedSumWalk {
 
   /// Makes room for filters of the present extents, in two dimensions.
   void resize(const Block& filter, const Block& input, int walkedRank);
-  /// The array through which each output passes before it is stored, and which counts that cast.
+  /// The array through which each sum passes before it is cast into the output; it counts that.
   void setScratch(Fixpt* scratchOutput) { scratch = scratchOutput; }
 
   /// Computes all outputs of a sector; `edges` is the sector again, or null for an inside one. Returns false and does
@@ -82,6 +82,7 @@ class ORVANE_API FixedSumWalk {
   Store<std::int32_t> narrow;
   Store<std::int64_t> wide;
   lanes::FixedSumCounts met;
+  lanes::FixedCounts metScratch;
   lanes::FixedCounts metOutput;
 };
 
