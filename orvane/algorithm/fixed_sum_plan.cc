@@ -103,15 +103,13 @@ class Planner {
     FixedSumPlan plan;
     plan.outputAppend = std::max(outputShift, 0);
     chooseForm(plan, product, sum);
-    const bool isExact = plan.form == lanes::FixedForm::exact;
-    const int bits =
-        std::max({isExact ? exactBits() : std::max(product.bits(), sum.bits()), output.bits(), bitsOf(sums)});
-    const int tapBits = bitsOf(shiftedTaps(plan.tapShift));
-    plan.laneBits = bits <= 32 && tapBits <= 32 ? 32 : bits <= 62 && tapBits <= operandBits ? 64 : 0;
+    if (bitsOf(shiftedTaps(plan.tapShift)) > operandBits || output.bits() > 62) return {};
+    chooseLanes(plan, product, sum);
     if (plan.laneBits == 0) return {};
+    plan.outputLaneBits = plan.laneBits == 32 && std::max(output.bits(), bitsOf(sums)) <= 32 ? 32 : 64;
     plan.product = product.inLanes(plan.laneBits);
     plan.sum = sum.inLanes(plan.laneBits);
-    plan.output = output.inLanes(plan.laneBits);
+    plan.output = output.inLanes(plan.outputLaneBits);
     return plan;
   }
 
@@ -169,6 +167,17 @@ class Planner {
       all.cover(running);
     }
     return bitsOf(all);
+  }
+
+  void chooseLanes(FixedSumPlan& plan, const BoundedCast& product, const BoundedCast& sum) const {
+    const bool isExact = plan.form == lanes::FixedForm::exact;
+    const int bits = isExact ? exactBits() : std::max(product.bits(), sum.bits());
+    plan.laneBits = bits <= 32 ? 32 : bits <= 62 ? 64 : 0;
+    const FixedFormat& format = formats.accumulator;
+    const bool fillsLane = format.type.word == 32 && format.type.isSigned && format.overflow == fxpOverflowSaturate;
+    if (plan.path != FixedSumPath::checkedSums || !fillsLane || product.bits() > 32) return;
+    plan.laneBits = 32;
+    plan.form = plan.form == lanes::FixedForm::round ? lanes::FixedForm::roundWord : lanes::FixedForm::quickRoundWord;
   }
 
   void chooseForm(FixedSumPlan& plan, const BoundedCast& product, const BoundedCast& sum) const {

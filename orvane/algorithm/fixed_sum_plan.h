@@ -54,7 +54,8 @@ struct FixedSumPlan {
   int otherAppend = 0;
   lanes::FixedCast product;
   lanes::FixedCast sum;
-  int outputAppend = 0;  ///< bits appended to a sum before the cast into the output
+  int outputLaneBits = 0;  ///< of the last cast
+  int outputAppend = 0;    ///< bits appended to a sum before the cast into the output
   lanes::FixedCast output;
 };
 

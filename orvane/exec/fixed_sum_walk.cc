@@ -87,7 +87,8 @@ bool FixedSumWalk::run(const LineSource<Fixpt>& source, const Sector& sector, co
   if (!lanes::areInUse() || extents.rows < 1 || extents.columns < 1 || scratch == nullptr) return false;
   const FixedSumPlan& plan = sums->planFor(*y);
   const bool isPadded = edges != nullptr && source.padType == PadTypeConstant;
-  if (plan.laneBits == 0 || formatOf(*scratch) != formatOf(sums->getAccumulator()) || (isPadded && !sums->isLikeInput(*source.padValue)))
+  if (plan.laneBits == 0 || formatOf(*scratch) != formatOf(sums->getAccumulator()) ||
+      (isPadded && !sums->isLikeInput(*source.padValue)))
     return false;
   const int *const start = sector.getStart().ptr, *const end = sector.getEnd().ptr;
   const auto outOffset = [&](int d) { return input.getOrigin().ptr[d] - output.getOrigin().ptr[d]; };
@@ -203,6 +204,18 @@ void FixedSumWalk::putRow(T* values, int count, const FixedSumPlan& plan, std::p
   } else {
     metScratch.casts += std::uint64_t(count);
   }
+  if constexpr (sizeof(T) == 4) {
+    if (plan.outputLaneBits == 64) {
+      std::copy_n(values, count, wide.out.data());
+      castRow(wide.out.data(), count, plan, first, y);
+      return;
+    }
+  }
+  castRow(values, count, plan, first, y);
+}
+
+template <class T>
+void FixedSumWalk::castRow(T* values, int count, const FixedSumPlan& plan, std::ptrdiff_t first, Fixpt& y) {
   lanes::castFixed<T>({plan.outputAppend, plan.output, values, count}, metOutput);
   const int bytes = y.containerBits() / 8;
   std::byte* const to = static_cast<std::byte*>(y.data()) + first * bytes;

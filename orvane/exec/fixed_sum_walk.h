@@ -71,6 +71,8 @@ class ORVANE_API FixedSumWalk {
                bool gathersLines);
   template <class T>
   void putRow(T* values, int count, const FixedSumPlan& plan, std::ptrdiff_t first, Fixpt& y);
+  template <class T>
+  void castRow(T* values, int count, const FixedSumPlan& plan, std::ptrdiff_t first, Fixpt& y);
   void addCounts(Fixpt& y) const;
 
   FixedSums* sums;

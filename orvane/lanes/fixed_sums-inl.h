@@ -140,6 +140,8 @@ class FixedKernel {
   using T = hn::TFromD<D>;
   static constexpr std::ptrdiff_t lanes = static_cast<std::ptrdiff_t>(hn::MaxLanes(D()));
   static constexpr bool isExact = form == FixedForm::exact, isAny = form == FixedForm::any;
+  static constexpr bool isPlain = form == FixedForm::quickRound || form == FixedForm::quickRoundWord;
+  static constexpr bool fillsLane = form == FixedForm::quickRoundWord || form == FixedForm::roundWord;
 #if HWY_TARGET == HWY_AVX3
   static constexpr int vectors = 4;
 #else
@@ -204,7 +206,7 @@ class FixedKernel {
       if constexpr (gathers) counts.product.template range<isWhole>(exact, counted);
     } else {
       if constexpr (isAny) exact = hn::ShiftLeftSame(exact, task.append);
-      const V rounded = product.template rounded<form == FixedForm::quickRound>(exact);
+      const V rounded = product.template rounded<isPlain>(exact);
       const V p = isAny ? product.fitted(rounded) : rounded;
       if constexpr (gathers) {
         counts.product.template range<isWhole>(p, counted);
@@ -228,6 +230,15 @@ class FixedKernel {
       if constexpr (gathers) {
         CastCounts<D>::template addWhere<isWhole>(counts.sum.lossless, sum.losesNothing(exact), valid);
         CastCounts<D>::template addWhere<isWhole>(counts.sum.fitting, hn::Eq(result, rounded), valid);
+      }
+    } else if constexpr (fillsLane) {
+      exact = hn::Add(s, p);  // modulo 2^32: the sign is wrong where both terms have the other one
+      const V isOver = hn::And(hn::Xor(s, exact), hn::Xor(p, exact));
+      const V end = hn::Xor(hn::BroadcastSignBit(s), hn::Set(D(), std::numeric_limits<T>::max()));
+      result = hn::IfThenElse(hn::MaskFromVec(hn::BroadcastSignBit(isOver)), end, exact);
+      if constexpr (gathers) {
+        const auto fits = hn::Eq(hn::BroadcastSignBit(isOver), hn::Zero(D()));
+        CastCounts<D>::template addWhere<isWhole>(counts.sum.fitting, fits, valid);
       }
     } else {
       exact = hn::Add(s, p);
@@ -290,6 +301,13 @@ void sumFixedOnTarget(const FixedSumTask<T>& task, FixedSumCounts& counts) {
     case FixedForm::exact: return run(std::integral_constant<FixedForm, FixedForm::exact>());
     case FixedForm::quickRound: return run(std::integral_constant<FixedForm, FixedForm::quickRound>());
     case FixedForm::round: return run(std::integral_constant<FixedForm, FixedForm::round>());
+    case FixedForm::quickRoundWord:
+    case FixedForm::roundWord:
+      if constexpr (sizeof(T) == 4) {
+        if (task.form == FixedForm::roundWord) return run(std::integral_constant<FixedForm, FixedForm::roundWord>());
+        return run(std::integral_constant<FixedForm, FixedForm::quickRoundWord>());
+      }
+      return;
     case FixedForm::any: return run(std::integral_constant<FixedForm, FixedForm::any>());
   }
 }

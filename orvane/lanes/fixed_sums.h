@@ -41,15 +41,18 @@ struct FixedCounts {
 
 /// What a kernel does with products and sums.
 enum class FixedForm {
-  exact,       ///< no cast changes a value: the taps carry all scaling, products are in units of the sum
-  quickRound,  ///< products are rounded by one term for all values and fit; sums are exact, and clamped into their
-               ///< range
-  round,       ///< the same with any rounding
-  any,         ///< everything
+  exact,           ///< no cast changes a value: the taps carry all scaling, products are in units of the sum
+  quickRound,      ///< products are rounded by one term for all values and fit; sums are exact, and clamped into their
+                   ///< range
+  round,           ///< the same with any rounding
+  quickRoundWord,  ///< as quickRound, but sums have the very bits of a lane, and saturate there
+  roundWord,       ///< the same with any rounding
+  any,             ///< everything
 };
 
 /// A run of outputs and its filter. T is `int32_t` or `int64_t`, and holds every exact value with the term of its
-/// rounding. Operands of `int64_t` lanes fit 32 bits.
+/// rounding, but for sums of the two forms that saturate at the ends of T; these are for `int32_t`. Operands of
+/// `int64_t` lanes fit 32 bits.
 template <class T>
 struct FixedSumTask {
   /// Values past the last one that a line or output row has room for.

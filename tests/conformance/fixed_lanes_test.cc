@@ -55,6 +55,10 @@ FixedTypes typesNear(std::mt19937& random, const FixedType& filter, int taps) {
   const int shift = pick(random, 0, 2) == 0 ? pick(random, -2, 2) : 0;
   types.accumulator = {std::max(productWord + shift + carries + pick(random, -carries - 2, 2), 1),
                        productFraction + shift, isSigned};
+  if (pick(random, 0, 9) == 0) {  // the word of a lane
+    types.accumulator = {32, productFraction, isSigned};
+    types.modes.overflow = Overflow::saturate;
+  }
   types.output = randomType(random, 2, 20);
   types.output.fraction = types.accumulator.fraction - pick(random, -3, 10);
   return types;
