@@ -74,6 +74,8 @@ std::vector<Option> filterOptions(bool canNormalise) {
        .meaning = "Type in which sums run; default: the elements' own type if it is float or complex, else double",
        .allowed = namesOf(sumTypes)});
   options.push_back({.name = "--fixed", .meaning = "Sums run in fixed point, see below", .form = "TYPES"});
+  options.push_back(
+      {.name = "--explain", .meaning = "With --fixed: says in a sentence how sums run; results do not depend on it"});
   return options;
 }
 
@@ -96,6 +98,8 @@ FilterSettings filterSettings(const Values& values, filters::FilterDirection dir
   }
   if (values.has("--type")) settings.sumType = rowNamed(sumTypes, values["--type"], "--type").value;
   if (values.has("--fixed")) settings.fixed = parseFixed(values["--fixed"]);
+  settings.explains = values.has("--explain");
+  if (settings.explains && !settings.fixed) throw std::runtime_error("--explain needs --fixed");
   if (settings.sumType && settings.fixed) {
     throw std::runtime_error("--type and --fixed exclude each other; allowed is one");
   }

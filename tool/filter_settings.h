@@ -39,6 +39,7 @@ struct FilterSettings {
   filters::ConvolutionOptions options;
   std::optional<ElementType> sumType;  ///< float32 or float64
   std::optional<FixedSettings> fixed;
+  bool explains = false;  ///< whether it is told how fixed-point sums run
 
   bool isSeparable() const { return kernels.size() == 2; }
   int windowWidth() const { return kernels.front().width; }

@@ -32,8 +32,10 @@ std::string fixedTable(const FixedRows& rows, const std::vector<filters::FixedSt
   for (const auto& [label, type] : rows) {
     const auto line = std::ranges::find(all, label, &filters::FixedStatistics::label);
     if (line == all.end() || line->casts == 0) continue;
+    const bool isKnown = line->minimum <= line->maximum;
     table += tableLine(label, type, std::to_string(line->casts), std::to_string(line->overflows),
-                       std::to_string(line->lossy), numberText(line->minimum), numberText(line->maximum));
+                       std::to_string(line->lossy), isKnown ? numberText(line->minimum) : "-",
+                       isKnown ? numberText(line->maximum) : "-");
   }
   return table;
 }

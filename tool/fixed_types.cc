@@ -14,6 +14,9 @@ constexpr Named<filters::Rounding> roundings[] = {
     {"ceiling", filters::Rounding::ceiling}, {"convergent", filters::Rounding::convergent},
     {"floor", filters::Rounding::floor},     {"nearest", filters::Rounding::nearest},
     {"round", filters::Rounding::round},     {"zero", filters::Rounding::zero}};
+constexpr Named<filters::Gathering> gatherings[] = {{"nothing", filters::Gathering::nothing},
+                                                    {"counts", filters::Gathering::counts},
+                                                    {"ranges", filters::Gathering::ranges}};
 constexpr Named<filters::Overflow> overflows[] = {{"wrap", filters::Overflow::wrap},
                                                   {"saturate", filters::Overflow::saturate},
                                                   {"symmetric", filters::Overflow::symmetric},
@@ -24,7 +27,8 @@ constexpr Named<filters::Overflow> overflows[] = {{"wrap", filters::Overflow::wr
   for (const std::string_view role : roles.required) form.append(form.empty() ? "" : ",").append(role).append("=TYPE");
   form += " and if wanted ";
   for (const std::string_view role : roles.optional) form.append(role).append("=TYPE, ");
-  throw std::runtime_error("--fixed: " + problem + "; allowed are " + form + "rounding=MODE, overflow=MODE");
+  throw std::runtime_error("--fixed: " + problem + "; allowed are " + form +
+                           "rounding=MODE, overflow=MODE, gather=WHAT");
 }
 
 using Texts = std::map<std::string, std::string, std::less<>>;
@@ -38,8 +42,8 @@ Texts textsOf(const std::string& text, const FixedRoleNames& roles) {
   for (const std::string_view part : split(text, ',')) {
     const std::size_t equals = part.find('=');
     const std::string key(trimmed(part.substr(0, equals)));
-    const bool isKnown =
-        holds(roles.required, key) || holds(roles.optional, key) || key == "rounding" || key == "overflow";
+    const bool isKnown = holds(roles.required, key) || holds(roles.optional, key) || key == "rounding" ||
+                         key == "overflow" || key == "gather";
     if (equals == std::string_view::npos || !isKnown) refuse("unknown entry " + inQuotes(part), roles);
     if (!texts.emplace(key, trimmed(part.substr(equals + 1))).second) refuse(key + " is given twice", roles);
   }
@@ -72,6 +76,8 @@ FixedEntries parseFixedEntries(const std::string& text, const FixedRoleNames& ro
       entries.modes.rounding = rowNamed(roundings, value, "--fixed: rounding").value;
     } else if (key == "overflow") {
       entries.modes.overflow = rowNamed(overflows, value, "--fixed: overflow").value;
+    } else if (key == "gather") {
+      entries.modes.gathering = rowNamed(gatherings, value, "--fixed: gather").value;
     } else {
       entries.types.emplace(key, typeOf(key, value));
     }
@@ -91,7 +97,8 @@ void checkFixedPad(filters::OutputMode mode, filters::PadRule pad, std::complex<
 }
 
 std::string fixedModeNames() {
-  return "Rounding: " + nameList(roundings) + ". Overflow: " + nameList(overflows) + ".\n";
+  return "Rounding: " + nameList(roundings) + ". Overflow: " + nameList(overflows) +
+         ". What is counted (gather): " + nameList(gatherings) + ".\n";
 }
 
 std::string fixedDetails(const std::string& example, const std::string& remarks) {

@@ -39,6 +39,10 @@ PlaneFilter<T> shared(Filter filter) {
   };
 }
 
+std::string explained(const std::string& what, filters::FixedPath path) {
+  return "  " + what + ": " + filters::describe(path) + '\n';
+}
+
 }  // namespace
 
 template <class T>
@@ -85,13 +89,18 @@ FixedPlaneFilter::FixedPlaneFilter(const FilterSettings& chosen, const Extents& 
   const FilterKernel& kernel = chosen.kernels.front();
   if (chosen.isSeparable()) {
     const FilterKernel& column = chosen.kernels.back();
-    hold(filters::FixedSeparableConvolution(cast(kernel, lineExtents(kernel), filterType),
+    filters::FixedSeparableConvolution made(cast(kernel, lineExtents(kernel), filterType),
                                             cast(column, lineExtents(column), filterType), extents, types,
-                                            chosen.options));
+                                            chosen.options);
+    explanation = explained("first pass", made.firstPath()) + explained("second pass", made.secondPath());
+    hold(std::move(made));
   } else {
-    hold(filters::FixedConvolution(cast(kernel, kernelExtents(kernel, extents.rank()), filterType), extents, types,
-                                   chosen.options));
+    filters::FixedConvolution made(cast(kernel, kernelExtents(kernel, extents.rank()), filterType), extents, types,
+                                   chosen.options);
+    explanation = explained("sums", made.path());
+    hold(std::move(made));
   }
+  if (!chosen.explains) explanation.clear();
 }
 
 FixedPlaneFilter::FixedPlaneFilter(filters::FixedMedian median, const filters::FixedMedianTypes& types)
@@ -122,7 +131,7 @@ template filters::Array<std::complex<double>> FixedPlaneFilter::run(filters::Arr
 std::string FixedPlaneFilter::table() const {
   std::vector<filters::FixedStatistics> all = statistics();
   all.insert(all.end(), {inputStatistics, filterStatistics});
-  return fixedTable(rows, all);
+  return explanation + fixedTable(rows, all);
 }
 
 }  // namespace BP::tool

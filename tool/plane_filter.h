@@ -51,6 +51,7 @@ class FixedPlaneFilter {
   filters::FixedStatistics filterStatistics{.label = "filter"};
   std::function<filters::FixedArray(const filters::FixedView&)> filter;
   std::function<std::vector<filters::FixedStatistics>()> statistics;
+  std::string explanation;  ///< of how sums run, if that is wanted
 };
 
 }  // namespace BP::tool

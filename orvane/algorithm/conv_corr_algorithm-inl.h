@@ -13,7 +13,13 @@ void ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise
   if constexpr (normalise != 0) {
     if (mode == setupStart || mode == setupInvoke) computeFilterNorm();
   }
-  if constexpr (!std::is_same_v<Lanes, NoLanes>) {
+  if constexpr (std::is_same_v<Lanes, FixedSums>) {
+    if (mode == setupResize || mode == setupStart) laneSums.resize(*this->filter);
+    if (mode == setupStart || mode == setupInvoke) {
+      laneSums.begin(*this->input->getBlock().getData().ptr, *this->filter->getData().ptr, *accumulator.ptr,
+                     flipFilter != 0);
+    }
+  } else if constexpr (!std::is_same_v<Lanes, NoLanes>) {
     if (mode == setupResize || mode == setupStart)
       laneSums.resize(*this->filter, std::min(this->filter->getNumDims(), 2));
     if constexpr (normalise != 0) {

@@ -4,6 +4,7 @@
 #include <type_traits>
 
 #include "orvane/algorithm/algorithm.h"
+#include "orvane/algorithm/fixed_sums.h"
 #include "orvane/algorithm/lane_sums.h"
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/element.h"
@@ -36,6 +37,7 @@ class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT,
  public:
   using Base = DistanceMetricAlgorithm<AllocT, BlockT, InputT, YT, UT>;
   using Out = Output<YT, AllocT>;
+  static constexpr bool isBoolean = std::is_same_v<UT, bool>;
   /// Whether the vendor's functions know this sum and these elements.
   static constexpr bool usesVendor =
       normalise == 0 && std::is_floating_point_v<YT> && std::is_same_v<HT, YT> && std::is_same_v<UT, YT>;
@@ -75,15 +77,15 @@ class ConvCorrAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, InputT,
     return loader.getAllLoaded() && sendToVendor(sector, result);
   }
 
-  /// The same sums in vector lanes, for plain elements.
-  using Lanes = std::conditional_t<std::is_same_v<YT, Fixpt>, NoLanes, LaneSums<HT, UT, YT, normalise>>;
+  /// The same sums in vector lanes.
+  using Lanes = std::conditional_t<!std::is_same_v<YT, Fixpt>, LaneSums<HT, UT, YT, normalise>,
+                                   std::conditional_t<normalise == 0 && !isBoolean, FixedSums, NoLanes>>;
   Lanes& getLaneSums() { return laneSums; }
 
   /// filterNorm := square root of the filter's energy.
   void computeFilterNorm();
 
  private:
-  static constexpr bool isBoolean = std::is_same_v<UT, bool>;
   struct Nothing {};
 
   template <class TapsT>

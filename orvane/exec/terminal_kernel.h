@@ -2,6 +2,7 @@
 
 #include <type_traits>
 
+#include "orvane/exec/fixed_sum_walk.h"
 #include "orvane/exec/kernel.h"
 #include "orvane/exec/line_walk.h"
 #include "orvane/exec/sector_walk.h"
@@ -26,7 +27,14 @@ class TerminalKernel : public Kernel<Out, Alloc> {
     if (stage != setupResize && stage != setupStart) return;
     const auto& filter = algorithm->getFilter();
     const int rank = isEmpty ? filter.getNumDims() : std::min(filter.getNumDims(), 2);
-    lines.resize(filter, algorithm->getInput().getBlock(), rank, searchesInLanes && !findsLeast);
+    if constexpr (searchesInStrips) {
+      lines.resize(filter, algorithm->getInput().getBlock(), rank, true);
+    } else {
+      lines.resize(filter, algorithm->getInput().getBlock(), rank);
+    }
+    if constexpr (requires { lines.setScratch(this->output->getBlock().getData().ptr); }) {
+      lines.setScratch(this->output->getBlock().getData().ptr);
+    }
   }
 
   void searchOutside(OutsideSector& s, Out& result, CleverPtr<int>& best) override { searchOver(s, result, best); }
@@ -81,8 +89,10 @@ class TerminalKernel : public Kernel<Out, Alloc> {
 
   /// Whether lanes search: their scores are those of the walk wherever nothing is read beyond an edge.
   static constexpr bool findsLeast = requires(Algo & algo, const WalkGeometry& walk) { algo.findLeast(walk); };
-  static constexpr bool searchesInLanes =
-      !isEmpty && (findsLeast || !std::is_same_v<Lanes, NoLanes>)&&Algo::InputType::padType == 0;
+  static constexpr bool searchesInStrips = !isEmpty && !findsLeast && !std::is_same_v<Lanes, NoLanes> &&
+                                           std::is_same_v<typename WalkOf<Lanes>::type, LineWalk<Lanes>> &&
+                                           Algo::InputType::padType == 0;
+  static constexpr bool searchesInLanes = searchesInStrips || (!isEmpty && findsLeast && Algo::InputType::padType == 0);
 
   /// Searches a sector as the walk would; false, and nothing done, if lanes do not. What the walk leaves in the scratch
   /// output, the score of the last position, is there as well.

@@ -53,13 +53,22 @@ enum class Overflow {
   zero,       ///< it gives 0
 };
 
-/// How values are cast into a type.
+/// What statistics of casts are gathered. What is not gathered costs nothing.
+enum class Gathering {
+  nothing,
+  counts,  ///< casts, overflows and lossy roundings
+  ranges,  ///< these, and the least and greatest values
+};
+
+/// How values are cast into a type, and what is gathered about it.
 struct FixedModes {
   Rounding rounding = Rounding::nearest;
   Overflow overflow = Overflow::saturate;
+  Gathering gathering = Gathering::ranges;
 };
 
-/// The counts of casts of one label. Without a cast the range is empty: its minimum exceeds its maximum.
+/// The counts of casts of one label. Without a cast, or where ranges are not gathered, the range is empty: its minimum
+/// exceeds its maximum.
 struct FixedStatistics {
   std::string label;
   std::uint64_t casts = 0;                                    ///< values cast into the label's type

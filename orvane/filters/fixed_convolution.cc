@@ -43,6 +43,27 @@ class FixedConvolutionJob : public FixedFilterJob {
     copyValues(newSecond, *secondFilter);
   }
 
+  /// How the sums of a pass run; the second pass reads values of the output's type.
+  FixedPath path(int pass) {
+    const RoleDescription& from = pass == 0 ? roles.input : roles.output;
+    Fixpt& taps = pass == 0 ? *filter : *secondFilter;
+    if (geometry.norm != NormNone || from.isComplex || roles.filter.isComplex) return FixedPath::singleValues;
+    const auto left = handleOf(from), sum = handleOf(roles.accumulator), result = handleOf(roles.output);
+    const auto formatIn = [](const KarnDSPFixpt::FixptType& type, const auto& handle) {
+      return FixedFormat{type, handle.roundingMode(), handle.overflowMode()};
+    };
+    const auto count = static_cast<int>(elementCount(pass == 0 ? geometry.filterExtents : geometry.secondExtents));
+    std::vector<std::int64_t> values;
+    for (int n = 0; n < count; ++n) {
+      values.push_back(
+          static_cast<std::int64_t>(taps[geometry.algorithm == AlgorithmModeConvolution ? count - 1 - n : n].stored()));
+    }
+    return planFixedSum({left.type(), taps.attributes().type(), formatIn(left.productType(taps.attributes()), left),
+                         formatIn(sum.type(), sum), formatIn(result.type(), result)},
+                        values)
+        .path;
+  }
+
  private:
   static std::int64_t maxElements(const FixedTypes& types, const FixedView& filter) {
     return types.inputIsComplex || filter.isComplex() ? maxComplexElements : maxIndex;
@@ -97,6 +118,7 @@ FixedConvolution::FixedConvolution(const FixedView& filter, const Extents& input
                                    const ConvolutionOptions& options)
     : FixedRunner(std::make_unique<detail::FixedConvolutionJob>(filter, inputExtents, types, options)) {}
 void FixedConvolution::setFilter(const FixedView& filter) { detail::convolutionJob(job).setFilter(filter); }
+FixedPath FixedConvolution::path() const { return detail::convolutionJob(job).path(0); }
 
 FixedSeparableConvolution::FixedSeparableConvolution(const FixedView& first, const FixedView& second,
                                                      const Extents& inputExtents, const FixedTypes& types,
@@ -105,5 +127,7 @@ FixedSeparableConvolution::FixedSeparableConvolution(const FixedView& first, con
 void FixedSeparableConvolution::setFilters(const FixedView& first, const FixedView& second) {
   detail::convolutionJob(job).setFilters(first, second);
 }
+FixedPath FixedSeparableConvolution::firstPath() const { return detail::convolutionJob(job).path(0); }
+FixedPath FixedSeparableConvolution::secondPath() const { return detail::convolutionJob(job).path(1); }
 
 }  // namespace BP::filters

@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "orvane/algorithm/fixed_sum_plan.h"
 #include "orvane/filters/extents.h"
 #include "orvane/filters/fixed_array.h"
 #include "orvane/filters/fixed_runner.h"
@@ -31,6 +32,10 @@ struct FixedTypes {
   FixedModes modes = {};
 };
 
+/// The ways in which sums of products run, and what each means in one sentence.
+using FixedPath = FixedSumPath;
+using BP::describe;
+
 /// Convolution, or correlation, of fixed-point inputs of one size with a filter.
 ///
 /// The sum, its order, the choices and the limits are those of `Convolution`. Each product is cast into the product
@@ -52,6 +57,10 @@ class ORVANE_API FixedConvolution : public FixedRunner {
 
   /// Copies the values of another filter of the same type and extents for later runs.
   void setFilter(const FixedView& filter);
+
+  /// How the sums of the present filter run. It follows from types and filter alone; results and statistics do not
+  /// depend on it.
+  FixedPath path() const;
 };
 
 /// The same with a separable filter (see `SeparableConvolution`). Both filters have the same type.
@@ -67,6 +76,10 @@ class ORVANE_API FixedSeparableConvolution : public FixedRunner {
 
   /// Copies the values of other filters of the same type and lengths for later runs.
   void setFilters(const FixedView& first, const FixedView& second);
+
+  /// How the sums of the first and the second pass run with the present filters.
+  FixedPath firstPath() const;
+  FixedPath secondPath() const;
 };
 
 }  // namespace BP::filters

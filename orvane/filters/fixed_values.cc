@@ -21,6 +21,10 @@ constexpr std::array<Named<fxpModeOverflow_tag>, 4> overflows{{{"wrap", fxpOverf
                                                                {"saturate", fxpOverflowSaturate},
                                                                {"symmetric", fxpOverflowSymmetric},
                                                                {"zero", fxpOverflowZero}}};
+constexpr std::array<Named<KarnDSPFixpt::FixptGathering>, 3> gatherings{
+    {{"nothing", KarnDSPFixpt::FixptGathering::nothing},
+     {"counts", KarnDSPFixpt::FixptGathering::counts},
+     {"ranges", KarnDSPFixpt::FixptGathering::ranges}}};
 
 std::string describe(const FixedType& type, bool isComplex) {
   return filters::toText(type) + (isComplex ? " complex" : "");
@@ -30,26 +34,28 @@ std::string describe(const FixedType& type, bool isComplex) {
 
 CoreModes::CoreModes(const FixedModes& modes)
     : rounding(chosen("rounding", modes.rounding, roundings)),
-      overflow(chosen("overflow", modes.overflow, overflows)) {}
+      overflow(chosen("overflow", modes.overflow, overflows)),
+      gathering(chosen("gathering", modes.gathering, gatherings)) {}
 
 DSPDataAttributesHandle makeHandle(const RoleDescription& role, const CoreModes& modes,
                                    brekk::BrekkAdaptorTolk* adaptor) {
   const auto word = [](const FixedType& type) { return static_cast<unsigned>(type.word); };
-  return {word(role.value),
-          role.value.fraction,
-          word(role.product),
-          role.product.fraction,
-          word(role.sum),
-          role.sum.fraction,
-          adaptor,
-          modes.overflow,
-          modes.rounding,
-          role.value.isSigned,
-          role.isComplex,
-          role.label,
-          role.productLabel,
-          role.productLabel + " sum",
-          KarnSimCommon::overrideNone};
+  const DSPDataAttributesHandle handle{word(role.value),
+                                       role.value.fraction,
+                                       word(role.product),
+                                       role.product.fraction,
+                                       word(role.sum),
+                                       role.sum.fraction,
+                                       adaptor,
+                                       modes.overflow,
+                                       modes.rounding,
+                                       role.value.isSigned,
+                                       role.isComplex,
+                                       role.label,
+                                       role.productLabel,
+                                       role.productLabel + " sum",
+                                       KarnSimCommon::overrideNone};
+  return handle.withGathering(modes.gathering);
 }
 
 std::unique_ptr<Fixpt> makeAlias(const DSPDataAttributesHandle& handle, const void* data) {

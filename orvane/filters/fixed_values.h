@@ -23,6 +23,7 @@ struct CoreModes {
   explicit CoreModes(const FixedModes& modes);
   fxpModeRounding_tag rounding;
   fxpModeOverflow_tag overflow;
+  KarnDSPFixpt::FixptGathering gathering;
 };
 
 /// The description of arrays and results of one role: types of values, products and their sums, and labels.

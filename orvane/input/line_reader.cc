@@ -125,5 +125,7 @@ template class LineReader<std::int8_t>;
 template class LineReader<std::uint8_t>;
 template class LineReader<std::int16_t>;
 template class LineReader<std::uint16_t>;
+template class LineReader<std::uint32_t>;
+template class LineReader<std::uint64_t>;
 
 }  // namespace BP

@@ -74,5 +74,7 @@ extern template class LineReader<std::int8_t>;
 extern template class LineReader<std::uint8_t>;
 extern template class LineReader<std::int16_t>;
 extern template class LineReader<std::uint16_t>;
+extern template class LineReader<std::uint32_t>;
+extern template class LineReader<std::uint64_t>;
 
 }  // namespace BP

@@ -51,7 +51,7 @@ Fixpt::Fixpt(const DSPDataAttributesHandle& attributes, int count, bool counting
 Fixpt::~Fixpt() = default;
 
 Fixpt* FixptFactory::createFixpt(const DSPDataAttributesHandle& handle, int count, int) {
-  return new Fixpt(handle, count, true);
+  return new Fixpt(handle, count, handle.gathering() != FixptGathering::nothing);
 }
 
 /// Changes the type. All prepared plans become invalid; the counts stay.
@@ -111,7 +111,9 @@ fxpBlockProperties* Fixpt::takeProperties() {
   log.lossyRoundings = counters_.lossy;
   log.minimum = counters_.minimum;
   log.maximum = counters_.maximum;
-  if (counters_.least <= counters_.greatest) {
+  if (attributes_.gathering() == FixptGathering::counts) {
+    log = {log.overflows, log.casts, log.lossyRoundings, 0};
+  } else if (counters_.least <= counters_.greatest) {
     const int fraction = attributes_.type().fraction;
     log.minimum = std::min(log.minimum, detail::scaled(static_cast<double>(counters_.least), fraction));
     log.maximum = std::max(log.maximum, detail::scaled(static_cast<double>(counters_.greatest), fraction));

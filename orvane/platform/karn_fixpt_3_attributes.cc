@@ -56,6 +56,12 @@ FixptType DSPDataAttributesHandle::accumulatorType(const DSPDataAttributesHandle
   return type;
 }
 
+DSPDataAttributesHandle DSPDataAttributesHandle::withGathering(FixptGathering gathering) const {
+  DSPDataAttributesHandle result = *this;
+  result.gathering_ = gathering;
+  return result;
+}
+
 DSPDataAttributesHandle DSPDataAttributesHandle::derived(FixptRole role, bool isSigned, bool isComplex) const {
   DSPDataAttributesHandle result = *this;
   result.role_ = role;

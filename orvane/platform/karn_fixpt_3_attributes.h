@@ -14,6 +14,13 @@ namespace KarnDSPFixpt {
 /// Which of the three types of a handle its values have.
 enum class FixptRole : unsigned char { value, product, accumulator };
 
+/// What statistics arrays of a handle gather.
+enum class FixptGathering : unsigned char {
+  nothing,
+  counts,  ///< casts, overflows and lossy roundings
+  ranges,  ///< these, and the least and greatest values
+};
+
 /// Describes values: their type and modes, the types of their products and of the sums of products, and labels.
 ///
 /// A handle never changes. Copies are cheap, as they share one description.
@@ -51,6 +58,9 @@ class ORVANE_API DSPDataAttributesHandle {
   bool isSigned() const { return isSigned_; }
   bool isComplex() const { return isComplex_; }
   brekk::BrekkAdaptorTolk* adaptor() const { return shared_->adaptor; }
+  FixptGathering gathering() const { return gathering_; }
+  /// The same description of arrays that gather these statistics; by default they gather ranges.
+  DSPDataAttributesHandle withGathering(FixptGathering gathering) const;
 
   /// The description of results, whose values have the type of `role` and the given sign and complexity.
   DSPDataAttributesHandle derived(FixptRole role, bool isSigned, bool isComplex) const;
@@ -73,6 +83,7 @@ class ORVANE_API DSPDataAttributesHandle {
 
   std::shared_ptr<const Shared> shared_;
   FixptRole role_ = FixptRole::value;
+  FixptGathering gathering_ = FixptGathering::ranges;
   bool isSigned_;
   bool isComplex_;
 };

@@ -142,12 +142,13 @@ class ORVANE_API Fixpt {
   /// The subordinate value that `*this * v` uses for its result, prepared without a multiplication.
   Fixpt& productFor(const Fixpt& v) const;
 
-  /// Switches the counting of casts on or off, also for subordinate values. A new array counts.
+  /// Switches the counting of casts on or off, also for subordinate values. A new array counts, unless its handle says
+  /// otherwise.
   void setStatistics(bool on);
   bool statistics() const { return counting_; }
   /// Adds the counts of another record, and widens the range by that record's range.
   void addStatistics(const fxpLogStruct_tag& counts);
-  /// The statistics gathered since the last call. Gathering then starts again in a new record. The handle's adaptor
+  /// The statistics gathered since the last call, without a range if the handle wants counts alone. Gathering then starts again in a new record. The handle's adaptor
   /// keeps the returned record alive; without an adaptor it lives until the process ends.
   fxpBlockProperties* takeProperties();
 

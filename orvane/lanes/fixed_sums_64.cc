@@ -1,0 +1,37 @@
+#include "orvane/lanes/dispatch.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "orvane/lanes/fixed_sums_64.cc"
+#include <hwy/foreach_target.h>
+
+#include "orvane/lanes/fixed_sums-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace BP::lanes {
+namespace HWY_NAMESPACE {
+
+void sumFixed64(const FixedSumTask<std::int64_t>& task, FixedSumCounts& counts) { sumFixedOnTarget(task, counts); }
+
+void castFixed64(const FixedCastTask<std::int64_t>& task, FixedCounts& counts) { castFixedOnTarget(task, counts); }
+
+}  // namespace HWY_NAMESPACE
+}  // namespace BP::lanes
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace BP::lanes {
+
+HWY_EXPORT(sumFixed64);
+HWY_EXPORT(castFixed64);
+
+template <>
+void sumFixed(const FixedSumTask<std::int64_t>& task, FixedSumCounts& counts) {
+  HWY_DISPATCH_TABLE(sumFixed64)[targetIndex()](task, counts);
+}
+template <>
+void castFixed(const FixedCastTask<std::int64_t>& task, FixedCounts& counts) {
+  HWY_DISPATCH_TABLE(castFixed64)[targetIndex()](task, counts);
+}
+
+}  // namespace BP::lanes
+#endif

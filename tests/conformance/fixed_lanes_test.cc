@@ -1,0 +1,115 @@
+// Fixed-point sums in vector lanes: values and statistics of the plain loops on every target, on every path.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "orvane/filters/fixed_convolution.h"
+#include "orvane/lanes/target.h"
+#include "tests/support/choices.h"
+#include "tests/support/fixed_model.h"
+
+namespace BP::test {
+namespace {
+
+using namespace filters;
+
+struct Outcome {
+  std::vector<std::byte> bytes;
+  std::vector<FixedStatistics> statistics;
+};
+
+void expectSame(const Outcome& found, const Outcome& wanted) {
+  ASSERT_TRUE(found.bytes == wanted.bytes);
+  ASSERT_EQ(found.statistics.size(), wanted.statistics.size());
+  for (std::size_t i = 0; i < found.statistics.size(); ++i) {
+    const FixedStatistics &f = found.statistics[i], &w = wanted.statistics[i];
+    EXPECT_EQ(f.label, w.label);
+    EXPECT_EQ(f.casts, w.casts) << f.label;
+    EXPECT_EQ(f.overflows, w.overflows) << f.label;
+    EXPECT_EQ(f.lossy, w.lossy) << f.label;
+    EXPECT_EQ(f.minimum, w.minimum) << f.label;
+    EXPECT_EQ(f.maximum, w.maximum) << f.label;
+  }
+}
+
+/// Types around the bounds between the paths: an accumulator that is a bit too short for the sums, or not.
+FixedTypes typesNear(std::mt19937& random, const FixedType& filter, int taps) {
+  FixedTypes types;
+  types.input = randomType(random, 2, pick(random, 0, 4) == 0 ? 34 : 16);
+  types.modes = randomModes(random);
+  types.modes.gathering = static_cast<Gathering>(pick(random, 0, 2));
+  const bool isSigned = types.input.isSigned || filter.isSigned;
+  const int word = types.input.word + filter.word, fraction = types.input.fraction + filter.fraction;
+  if (pick(random, 0, 1) == 0) {
+    const int dropped = pick(random, -1, std::min(6, word - 1));
+    types.product = {std::max(word - dropped + pick(random, -2, 1), 1), fraction - dropped, isSigned};
+  }
+  const int productWord = types.product ? types.product->word : word;
+  const int productFraction = types.product ? types.product->fraction : fraction;
+  int carries = 1;
+  while ((1 << carries) < taps) ++carries;
+  const int shift = pick(random, 0, 2) == 0 ? pick(random, -2, 2) : 0;
+  types.accumulator = {std::max(productWord + shift + carries + pick(random, -carries - 2, 2), 1),
+                       productFraction + shift, isSigned};
+  if (pick(random, 0, 9) == 0) {  // the word of a lane
+    types.accumulator = {32, productFraction, isSigned};
+    types.modes.overflow = Overflow::saturate;
+  }
+  types.output = randomType(random, 2, 20);
+  types.output.fraction = types.accumulator.fraction - pick(random, -3, 10);
+  return types;
+}
+
+TEST(FixedLanes, ValuesAndStatisticsOfThePlainLoopOnEveryPath) {
+  std::mt19937 random(17);
+  std::map<FixedPath, int> taken;
+  for (int round = 0; round < 900 && !testing::Test::HasFatalFailure(); ++round) {
+    const Extents input{pick(random, 1, 60), pick(random, 1, 40)};
+    const ConvolutionOptions options{.direction = static_cast<FilterDirection>(round % 2),
+                                     .mode = static_cast<OutputMode>(round / 2 % 3),
+                                     .pad = static_cast<PadRule>(round / 6 % 5)};
+    const auto extent = [&](std::size_t d) {
+      const int any = pick(random, 1, pick(random, 0, 3) ? 5 : 12);
+      return options.mode == OutputMode::valid ? std::min<std::int64_t>(any, input[d]) : any;
+    };
+    const FixedType filterType = randomType(random, 2, pick(random, 0, 4) == 0 ? 34 : 14);
+    const FixedArray filter = randomFixed(random, {extent(0), extent(1)}, filterType);
+    const FixedTypes types = typesNear(random, filterType, static_cast<int>(elementCount(filter.extents())));
+    const FixedArray image = randomFixed(random, input, types.input);
+    FixedPath path{};
+    const auto compute = [&] {
+      FixedConvolution job(filter, input, types, options);
+      path = job.path();
+      const FixedArray output = job.run(image);
+      const auto* const data = static_cast<const std::byte*>(output.data());
+      const auto count = static_cast<std::size_t>(elementCount(output.extents()));
+      const std::size_t bytes =
+          count * static_cast<std::size_t>(detail::checkedContainerBits("output", types.output)) / 8;
+      return Outcome{{data, data + bytes}, job.statistics()};
+    };
+    ASSERT_TRUE(lanes::forceTarget(lanes::plain));
+    const Outcome wanted = compute();
+    for (const std::string_view target : lanes::getTargets()) {
+      ASSERT_TRUE(lanes::forceTarget(target));
+      SCOPED_TRACE(testing::Message() << "round " << round << " on " << target << ", path " << int(path) << ", "
+                                      << toText(types.input) << " * " << toText(filterType) << " -> "
+                                      << (types.product ? toText(*types.product) : "exact") << " -> "
+                                      << toText(types.accumulator) << " -> " << toText(types.output) << ", filter "
+                                      << toText(filter.extents()) << ", input " << toText(input));
+      expectSame(compute(), wanted);
+    }
+    ++taken[path];
+  }
+  lanes::forceTarget("");
+  for (const FixedPath path : {FixedPath::exact, FixedPath::roundedProducts, FixedPath::checkedSums,
+                               FixedPath::generalCasts, FixedPath::singleValues}) {
+    EXPECT_GE(taken[path], 10) << describe(path);
+  }
+}
+
+}  // namespace
+}  // namespace BP::test
