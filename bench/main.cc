@@ -39,10 +39,9 @@ int run(int argc, char** argv) {
   settings.target = BP::lanes::getTarget();
 
   bench::Harness harness(settings);
-  for (const auto measure :
-       {bench::measureLimits, bench::measureConvolution, bench::measureSeparable, bench::measureMedians,
-        bench::measureMatching, bench::measureVolume, bench::measureCalls, bench::measurePlan,
-        bench::measureFixedPoint}) {
+  for (const auto measure : {bench::measureLimits, bench::measureConvolution, bench::measureSeparable,
+                             bench::measureMedians, bench::measureMatching, bench::measureVolume, bench::measureCalls,
+                             bench::measurePlan, bench::measureFixedPoint}) {
     measure(harness);
   }
   if (!harness.hasRows()) throw std::invalid_argument("--filter: no row has all of: " + settings.filter);

@@ -118,7 +118,7 @@ template <>
 class LineWalk<NoLanes> {
  public:
   explicit LineWalk(NoLanes* /*laneSums*/) {}
-  void resize(const Block& /*filter*/, const Block& /*input*/, int /*walkedRank*/, bool /*searches*/) {}
+  void resize(const Block& /*filter*/, const Block& /*input*/, int /*walkedRank*/) {}
 };
 
 /// The walk of an algorithm's lanes: their own one, if they have elements in memory that are not those of the arrays.

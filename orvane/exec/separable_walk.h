@@ -25,9 +25,9 @@ struct SeparableGeometry {
 ///
 ///     input line -> along dimension 0 -> a ring of lines between -> along dimension 1 -> output row
 ///
-/// The output is cut into strips along dimension 0. Lines of the narrow strips at the input's edges are gathered through
-/// the pad. Between them strips are wide, and their lines are pointers into the input. HT, UT and YT are the plain
-/// element types of filters, input and output.
+/// The output is cut into strips along dimension 0. Lines of the narrow strips at the input's edges are gathered
+/// through the pad. Between them strips are wide, and their lines are pointers into the input. HT, UT and YT are the
+/// plain element types of filters, input and output.
 template <class HT, class UT, class YT>
 class SeparableWalk {
  public:

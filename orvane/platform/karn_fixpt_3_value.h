@@ -148,8 +148,9 @@ class ORVANE_API Fixpt {
   bool statistics() const { return counting_; }
   /// Adds the counts of another record, and widens the range by that record's range.
   void addStatistics(const fxpLogStruct_tag& counts);
-  /// The statistics gathered since the last call, without a range if the handle wants counts alone. Gathering then starts again in a new record. The handle's adaptor
-  /// keeps the returned record alive; without an adaptor it lives until the process ends.
+  /// The statistics gathered since the last call, without a range if the handle wants counts alone. Gathering then
+  /// starts again in a new record. The handle's adaptor keeps the returned record alive; without an adaptor it lives
+  /// until the process ends.
   fxpBlockProperties* takeProperties();
 
  private:

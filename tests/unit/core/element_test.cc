@@ -23,8 +23,8 @@ void checkDivision() {
     std::complex<T> quotient(re, im);
     const std::complex<T> wanted = quotient / std::complex<T>(d, 0);
     divideBy(quotient, std::complex<T>(d, 0));
-    ASSERT_TRUE(test::sameBits(quotient, wanted)) << re << " + " << im << "i by " << d << ": " << quotient << " for "
-                                                  << wanted;
+    ASSERT_TRUE(test::sameBits(quotient, wanted))
+        << re << " + " << im << "i by " << d << ": " << quotient << " for " << wanted;
   }
 }
 
