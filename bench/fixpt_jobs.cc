@@ -8,7 +8,6 @@
 #include <sysc/datatypes/fx/fx.h>
 
 #include "bench/harness.h"
-#include "orvane/filters/fixed_convolution.h"
 #include "orvane/platform/karn_fixpt_3_make.h"
 
 namespace bench {
@@ -92,39 +91,6 @@ void sumOfProducts(Harness& harness, const char* type, bool statistics, bool isC
   harness.measure(subject, timed(run, taps), peers);
 }
 
-/// A convolution with all its casts and statistics.
-void convolution(Harness& harness, const char* type, const BP::filters::FixedType& filterType,
-                 const BP::filters::FixedTypes& types) {
-  using namespace BP::filters;
-  constexpr std::int64_t side = 256, window = 7;
-  const Subject subject{"fixed-point convolution", type, extentsText(side), extentsText(window), window * window};
-  if (!harness.wants(subject)) return;
-  const auto random = [](const Extents& extents, const FixedType& elementType) {
-    std::mt19937 engine(5);
-    FixedArray array(extents, elementType);
-    auto* const bytes = static_cast<unsigned char*>(array.data());
-    std::generate_n(bytes, elementCount(extents) * (elementType.word / 8),
-                    [&] { return static_cast<unsigned char>(engine()); });
-    return array;
-  };
-  const FixedArray image = random({side, side}, types.input);
-  FixedConvolution job(random({window, window}, filterType), image.extents(), types, {});
-  FixedArray output(job.outputExtents(), types.output);
-  const auto outputs = static_cast<double>(elementCount(job.outputExtents()));
-  harness.measure(subject, timed([&] { job.run(image, output); }, outputs));
-}
-
-void measureConvolutions(Harness& harness) {
-  using namespace BP::filters;
-  convolution(harness, "u8, exact sums", {8, 7, true},
-              {.input = {8, 0, false}, .accumulator = {32, 7, true}, .output = {16, 0, true}});
-  convolution(harness, "s16, rounded", {16, 12, true},
-              {.input = {16, 12, true},
-               .accumulator = {40, 16, true},
-               .output = {16, 12, true},
-               .product = FixedType{32, 20, true}});
-}
-
 /// `operation(target, a, b)` for each of 1024 pairs of values.
 template <class Operation>
 void each(Harness& harness, const char* type, const FixptType& operand, const FixptType& target, Operation operation) {
@@ -167,7 +133,6 @@ void measureFixedPoint(Harness& harness) {
   sumOfProducts(harness, "16 bits", false, false);
   sumOfProducts(harness, "16 bits, statistics", true, false);
   sumOfProducts(harness, "16 bits, complex", true, true);
-  measureConvolutions(harness);
   each(harness, "assignment, 16 to 12", narrow, {12, 8}, assignment);
   each(harness, "comparison, 16", narrow, narrow, comparison);
   each(harness, "product, 32 to 64", {32, 24}, {64, 48}, product);

@@ -92,6 +92,7 @@ void measureMatching(Harness& harness);
 void measureVolume(Harness& harness);
 void measureCalls(Harness& harness);
 void measurePlan(Harness& harness);
+void measureFixedConvolutions(Harness& harness);
 void measureFixedPoint(Harness& harness);
 void measureMedians(Harness& harness);
 

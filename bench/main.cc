@@ -41,7 +41,7 @@ int run(int argc, char** argv) {
   bench::Harness harness(settings);
   for (const auto measure : {bench::measureLimits, bench::measureConvolution, bench::measureSeparable,
                              bench::measureMedians, bench::measureMatching, bench::measureVolume, bench::measureCalls,
-                             bench::measurePlan, bench::measureFixedPoint}) {
+                             bench::measurePlan, bench::measureFixedConvolutions, bench::measureFixedPoint}) {
     measure(harness);
   }
   if (!harness.hasRows()) throw std::invalid_argument("--filter: no row has all of: " + settings.filter);

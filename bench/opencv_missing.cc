@@ -10,6 +10,11 @@ std::function<void()> openCvFilter2D(ArrayView<const T>, ArrayView<const T>, Arr
   return {};
 }
 
+std::function<void()> openCvFilter2DOfBytes(ArrayView<const std::uint8_t>, ArrayView<const float>,
+                                            ArrayView<std::uint8_t>) {
+  return {};
+}
+
 template <class T>
 std::function<void()> openCvSeparable(ArrayView<const T>, ArrayView<const T>, ArrayView<const T>, ArrayView<T>) {
   return {};
@@ -21,6 +26,7 @@ std::function<void()> openCvMedian(ArrayView<const T>, std::int64_t, ArrayView<T
 }
 template std::function<void()> openCvMedian(ArrayView<const float>, std::int64_t, ArrayView<float>);
 template std::function<void()> openCvMedian(ArrayView<const std::uint8_t>, std::int64_t, ArrayView<std::uint8_t>);
+
 std::function<void()> openCvSquaredDifferences(ArrayView<const float>, ArrayView<const float>, ArrayView<float>) {
   return {};
 }

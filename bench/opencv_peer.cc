@@ -25,6 +25,14 @@ std::function<void()> openCvFilter2D(ArrayView<const T> input, ArrayView<const T
   };
 }
 
+std::function<void()> openCvFilter2DOfBytes(ArrayView<const std::uint8_t> input, ArrayView<const float> filter,
+                                            ArrayView<std::uint8_t> output) {
+  cv::setNumThreads(1);
+  return [from = matrixOf(input), kernel = matrixOf(filter), to = matrixOf<std::uint8_t>(output)]() mutable {
+    cv::filter2D(from, to, -1, kernel, {-1, -1}, 0, cv::BORDER_REFLECT);
+  };
+}
+
 template <class T>
 std::function<void()> openCvSeparable(ArrayView<const T> input, ArrayView<const T> first, ArrayView<const T> second,
                                       ArrayView<T> output) {
@@ -45,6 +53,7 @@ std::function<void()> openCvMedian(ArrayView<const T> input, std::int64_t side, 
 }
 template std::function<void()> openCvMedian(ArrayView<const float>, std::int64_t, ArrayView<float>);
 template std::function<void()> openCvMedian(ArrayView<const std::uint8_t>, std::int64_t, ArrayView<std::uint8_t>);
+
 std::function<void()> openCvSquaredDifferences(ArrayView<const float> image, ArrayView<const float> pattern,
                                                ArrayView<float> output) {
   cv::setNumThreads(1);

@@ -14,6 +14,11 @@ template <class T>
 std::function<void()> openCvFilter2D(BP::filters::ArrayView<const T> input, BP::filters::ArrayView<const T> filter,
                                      BP::filters::ArrayView<T> output);
 
+/// The same over bytes, whose results are rounded and clipped to bytes.
+std::function<void()> openCvFilter2DOfBytes(BP::filters::ArrayView<const std::uint8_t> input,
+                                            BP::filters::ArrayView<const float> filter,
+                                            BP::filters::ArrayView<std::uint8_t> output);
+
 /// Correlates with a filter of rank 1 along dimension 0 and with one along dimension 1.
 template <class T>
 std::function<void()> openCvSeparable(BP::filters::ArrayView<const T> input, BP::filters::ArrayView<const T> first,

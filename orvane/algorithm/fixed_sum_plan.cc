@@ -106,6 +106,8 @@ class Planner {
     if (bitsOf(shiftedTaps(plan.tapShift)) > operandBits || output.bits() > 62) return {};
     chooseLanes(plan, product, sum);
     if (plan.laneBits == 0) return {};
+    plan.takesPairs = plan.form == lanes::FixedForm::exact && plan.laneBits == 32 && signedBits(formats.input) <= 16 &&
+                      bitsOf(shiftedTaps(plan.tapShift)) <= 16;
     plan.outputLaneBits = plan.laneBits == 32 && std::max(output.bits(), bitsOf(sums)) <= 32 ? 32 : 64;
     plan.product = product.inLanes(plan.laneBits);
     plan.sum = sum.inLanes(plan.laneBits);

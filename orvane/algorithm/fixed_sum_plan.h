@@ -54,8 +54,9 @@ struct FixedSumPlan {
   int otherAppend = 0;
   lanes::FixedCast product;
   lanes::FixedCast sum;
-  int outputLaneBits = 0;  ///< of the last cast
-  int outputAppend = 0;    ///< bits appended to a sum before the cast into the output
+  bool takesPairs = false;  ///< exact sums of 32 bits whose operands fit 16 bits (see `FixedPairTask`)
+  int outputLaneBits = 0;   ///< of the last cast
+  int outputAppend = 0;     ///< bits appended to a sum before the cast into the output
   lanes::FixedCast output;
 };
 

@@ -14,10 +14,8 @@ using Range = KarnDSPFixpt::detail::Range<std::int64_t>;
 
 std::size_t sizeOf(std::ptrdiff_t count) { return static_cast<std::size_t>(count); }
 
-template <class T>
-std::ptrdiff_t linePitch(int columns, int width) {
-  return std::ptrdiff_t{width} + columns - 1 + lanes::FixedSumTask<T>::slack;
-}
+/// Values from one line, or output row, of `count` values to the next.
+constexpr std::ptrdiff_t pitchOf(std::ptrdiff_t count) { return count + lanes::FixedPairTask::slack; }
 
 /// Stored integers as integers of the lanes: the bits of the word, and its sign.
 template <class T, class C>
@@ -54,30 +52,38 @@ bool wantsRange(const Fixpt& array) {
 
 }  // namespace
 
+template <class L>
+void FixedSumWalk::Ring<L>::resize(const lanes::FilterExtents& filter) {
+  pitch = pitchOf(std::ptrdiff_t{stripWidth} + filter.columns - 1);
+  count = tileRows + filter.rows - 1;
+  values.resize(sizeOf(pitch * count));
+  pointers.resize(sizeOf(count));
+}
+
 template <class T>
 void FixedSumWalk::Store<T>::resize(const lanes::FilterExtents& filter) {
-  const std::ptrdiff_t pitch = linePitch<T>(filter.columns, stripWidth), count = tileRows + filter.rows - 1;
+  ring.resize(filter);
   taps.resize(sizeOf(std::ptrdiff_t{filter.columns} * filter.rows));
-  lines.resize(sizeOf(pitch * count));
-  marks.resize(sizeOf(pitch * 2));
-  out.resize(sizeOf(linePitch<T>(1, stripWidth) * tileRows));
-  linePointers.resize(sizeOf(count));
-  markPointers.resize(sizeOf(count));
+  marks.resize(sizeOf(ring.pitch * 2));
+  markPointers.resize(sizeOf(ring.count));
+  out.resize(sizeOf(pitchOf(stripWidth) * tileRows));
   outPointers.resize(tileRows);
-  for (int r = 0; r < tileRows; ++r) outPointers[sizeOf(r)] = out.data() + linePitch<T>(1, stripWidth) * r;
+  for (int r = 0; r < tileRows; ++r) outPointers[sizeOf(r)] = out.data() + pitchOf(stripWidth) * r;
 }
 
 void FixedSumWalk::resize(const Block& /*filter*/, const Block& /*input*/, int /*walkedRank*/) {
   constexpr std::int64_t maxElements = std::int64_t{1} << 21;
   extents = sums->getExtents();
   if (extents.rows < 1 || extents.columns < 1) return;
-  if (std::int64_t{linePitch<std::int64_t>(extents.columns, stripWidth)} * (tileRows + extents.rows) > maxElements) {
+  const int length = stripWidth + extents.columns - 1;
+  if (std::int64_t{pitchOf(length)} * (tileRows + extents.rows) > maxElements) {
     extents = {1, 0, 0};
     return;
   }
+  shortRing.resize(extents);
+  pairs.resize(lanes::FixedPairTask::sizeFor(extents.columns, extents.rows));
   narrow.resize(extents);
   wide.resize(extents);
-  const int length = stripWidth + extents.columns - 1;
   room.resize(sizeOf(length));
   std::apply([&](auto&... reader) { (reader.resize(length), ...); }, readers);
 }
@@ -114,6 +120,31 @@ bool FixedSumWalk::run(const LineSource<Fixpt>& source, const Sector& sector, co
   return true;
 }
 
+bool FixedSumWalk::countsCasts() const {
+  return sums->getProduct().statistics() || sums->getAccumulator().statistics();
+}
+
+/// The task of a tile, without its rows and width.
+template <class T>
+lanes::FixedSumTask<T> FixedSumWalk::makeTask(Store<T>& store, const FixedSumPlan& plan, bool hasMarks) const {
+  const bool wantsRanges = wantsRange(sums->getProduct()) || wantsRange(sums->getAccumulator());
+  lanes::FixedSumTask<T> task;
+  task.form = plan.form;
+  task.gathers = plan.form == lanes::FixedForm::exact ? wantsRanges : countsCasts();
+  task.columns = extents.columns;
+  task.filterRows = extents.rows;
+  task.taps = store.taps.data();
+  task.append = plan.append;
+  task.ownAppend = plan.ownAppend;
+  task.otherAppend = plan.otherAppend;
+  task.product = plan.product;
+  task.sum = plan.sum;
+  task.lines = store.ring.pointers.data();
+  task.counted = hasMarks ? store.markPointers.data() : nullptr;
+  task.out = store.outPointers.data();
+  return task;
+}
+
 template <class T>
 void FixedSumWalk::runIn(Store<T>& store, const FixedSumPlan& plan, const LineSource<Fixpt>& source, const Area& area,
                          Fixpt& y, bool gathersLines) {
@@ -125,7 +156,14 @@ void FixedSumWalk::runIn(Store<T>& store, const FixedSumPlan& plan, const LineSo
     using C = decltype(container);
     const auto* const data = static_cast<const C*>(source.data->data());
     const C* const pad = source.padType == PadTypeConstant ? static_cast<const C*>(source.padValue->data()) : nullptr;
-    runFrom(store, plan, LineSource<C>{data, source.dims, source.rank, source.padType, pad}, area, y, gathersLines);
+    const LineSource<C> lines{data, source.dims, source.rank, source.padType, pad};
+    if constexpr (sizeof(T) == 4) {
+      if (plan.takesPairs && !makeTask(store, plan, false).gathers) {
+        lanes::FixedPairTask::pack(store.taps.data(), extents.columns, extents.rows, pairs.data());
+        return runFrom(store, shortRing, plan, lines, area, y, gathersLines);
+      }
+    }
+    runFrom(store, store.ring, plan, lines, area, y, gathersLines);
   };
   switch (source.data->containerBits()) {
     case 8: return runWith(std::uint8_t());
@@ -135,75 +173,67 @@ void FixedSumWalk::runIn(Store<T>& store, const FixedSumPlan& plan, const LineSo
   }
 }
 
-template <class T, class C>
-void FixedSumWalk::runFrom(Store<T>& store, const FixedSumPlan& plan, const LineSource<C>& source, const Area& area,
-                           Fixpt& y, bool gathersLines) {
-  const int ringLines = tileRows + extents.rows - 1;
-  const std::ptrdiff_t pitch = linePitch<T>(extents.columns, stripWidth);
-  const Range inputRange =
-      KarnDSPFixpt::detail::makeRange<std::int64_t>(sums->getInput().attributes().type(), fxpOverflowWrap);
-  const bool marks = source.padType == PadTypeConstant;
+template <class T, class L, class C>
+void FixedSumWalk::runFrom(Store<T>& store, Ring<L>& ring, const FixedSumPlan& plan, const LineSource<C>& source,
+                           const Area& area, Fixpt& y, bool gathersLines) {
+  const bool hasMarks = source.padType == PadTypeConstant;
   LineReader<C>& reader = std::get<LineReader<C>>(readers);
   reader.beginSector(source, gathersLines);
-  lanes::FixedSumTask<T> task;
-  task.form = plan.form;
-  const Fixpt &product = sums->getProduct(), &accumulator = sums->getAccumulator();
-  const bool counts = product.statistics() || accumulator.statistics();
-  const bool isExact = plan.form == lanes::FixedForm::exact;
-  task.gathers = isExact ? wantsRange(product) || wantsRange(accumulator) : counts;
-  task.columns = extents.columns;
-  task.filterRows = extents.rows;
-  task.taps = store.taps.data();
-  task.append = plan.append;
-  task.ownAppend = plan.ownAppend;
-  task.otherAppend = plan.otherAppend;
-  task.product = plan.product;
-  task.sum = plan.sum;
-  task.lines = store.linePointers.data();
-  task.counted = marks ? store.markPointers.data() : nullptr;
-  task.out = store.outPointers.data();
+  lanes::FixedSumTask<T> task = makeTask(store, plan, hasMarks);
   for (int x = 0; x < area.width; x += stripWidth) {
-    const int width = std::min(stripWidth, area.width - x), length = width + extents.columns - 1;
-    const int column = area.column + x;
+    task.width = std::min(stripWidth, area.width - x);
+    const int length = static_cast<int>(task.width) + extents.columns - 1, column = area.column + x;
     reader.beginStretch(column, length);
-    for (int k = 0; k < length && marks; ++k) {  // the first line of marks is that of a line inside
+    for (int k = 0; k < length && hasMarks; ++k) {
       store.marks[sizeOf(k)] = static_cast<T>(column + k >= 0 && column + k < source.dims[0] ? -1 : 0);
     }
-    task.width = width;
     int ready = 0;
     for (int row = 0; row < area.height; row += tileRows) {
       task.rows = std::min(tileRows, area.height - row);
       const int needed = task.rows + extents.rows - 1;
-      for (; ready < row + needed; ++ready) {
-        const int index[2] = {0, area.row + ready};
-        const C* const line = reader.read(index, reinterpret_cast<C*>(room.data()));
-        convertLine(line, length, inputRange, store.lines.data() + pitch * (ready % ringLines));
-      }
+      readLines(ring, reader, area.row, ready, row + needed, length);
+      ready = row + needed;
       for (int k = 0; k < needed; ++k) {
         const int inputRow = area.row + row + k;
         const bool isInside = inputRow >= 0 && inputRow < source.dims[1];
-        store.linePointers[sizeOf(k)] = store.lines.data() + pitch * ((row + k) % ringLines);
-        store.markPointers[sizeOf(k)] = store.marks.data() + (isInside ? 0 : pitch);
+        ring.pointers[sizeOf(k)] = ring.line(row + k);
+        store.markPointers[sizeOf(k)] = store.marks.data() + (isInside ? 0 : ring.pitch);
       }
-      lanes::sumFixed(task, met);
-      if (isExact && counts && !task.gathers) lanes::countCasts(task, met);
+      sumTile(store, task, sizeof(L) < sizeof(T));
       for (int r = 0; r < task.rows; ++r) {
         const std::ptrdiff_t first = std::ptrdiff_t{area.outPitch} * (area.outRow + row + r) + area.outColumn + x;
-        putRow(store.outPointers[sizeOf(r)], width, plan, first, y);
+        putRow(store.outPointers[sizeOf(r)], static_cast<int>(task.width), plan, first, y);
       }
     }
   }
 }
 
+/// Reads lines `from` to before `to` of a strip, whose line 0 is row `firstRow` of the input.
+template <class L, class C>
+void FixedSumWalk::readLines(Ring<L>& ring, LineReader<C>& reader, int firstRow, int from, int to, int length) {
+  const Range range =
+      KarnDSPFixpt::detail::makeRange<std::int64_t>(sums->getInput().attributes().type(), fxpOverflowWrap);
+  for (int k = from; k < to; ++k) {
+    const int index[2] = {0, firstRow + k};
+    convertLine(reader.read(index, reinterpret_cast<C*>(room.data())), length, range, ring.line(k));
+  }
+}
+
+template <class T>
+void FixedSumWalk::sumTile(const Store<T>& store, const lanes::FixedSumTask<T>& task, bool inPairs) {
+  if constexpr (sizeof(T) == 4) {
+    if (inPairs) {
+      lanes::sumFixedPairs({task.columns, task.filterRows, pairs.data(), shortRing.pointers.data(), task.rows,
+                            task.width, store.outPointers.data()});
+    }
+  }
+  if (!inPairs) lanes::sumFixed(task, met);
+  if (!task.gathers && countsCasts()) lanes::countCasts(task, met);
+}
+
 /// Casts a row of sums into the output's type, and stores it from element `first` on.
 template <class T>
 void FixedSumWalk::putRow(T* values, int count, const FixedSumPlan& plan, std::ptrdiff_t first, Fixpt& y) {
-  if (wantsRange(*scratch)) {
-    const auto [least, greatest] = std::minmax_element(values, values + count);
-    metScratch.add({std::uint64_t(count), 0, 0, *least, *greatest});
-  } else {
-    metScratch.casts += std::uint64_t(count);
-  }
   if constexpr (sizeof(T) == 4) {
     if (plan.outputLaneBits == 64) {
       std::copy_n(values, count, wide.out.data());
@@ -216,7 +246,7 @@ void FixedSumWalk::putRow(T* values, int count, const FixedSumPlan& plan, std::p
 
 template <class T>
 void FixedSumWalk::castRow(T* values, int count, const FixedSumPlan& plan, std::ptrdiff_t first, Fixpt& y) {
-  lanes::castFixed<T>({plan.outputAppend, plan.output, values, count}, metOutput);
+  lanes::castFixed<T>({plan.outputAppend, plan.output, values, count}, metScratch, metOutput);
   const int bytes = y.containerBits() / 8;
   std::byte* const to = static_cast<std::byte*>(y.data()) + first * bytes;
   switch (bytes) {

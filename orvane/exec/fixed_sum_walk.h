@@ -54,11 +54,24 @@ class ORVANE_API FixedSumWalk {
     int outPitch;
   };
 
+  /// Lines of input as integers L: line k lies in place k modulo their number.
+  template <class L>
+  struct Ring {
+    std::vector<L> values;
+    std::vector<const L*> pointers;
+    std::ptrdiff_t pitch = 0;
+    int count = 0;
+    void resize(const lanes::FilterExtents& extents);
+    L* line(int k) { return values.data() + pitch * (k % count); }
+  };
+
   /// Arrays in lanes of T.
   template <class T>
   struct Store {
-    std::vector<T> taps, lines, marks, out;
-    std::vector<const T*> linePointers, markPointers;
+    Ring<T> ring;
+    std::vector<T> taps, out;
+    std::vector<T> marks;  ///< a line of the input, and one beyond its edge
+    std::vector<const T*> markPointers;
     std::vector<T*> outPointers;
     void resize(const lanes::FilterExtents& extents);
   };
@@ -66,9 +79,16 @@ class ORVANE_API FixedSumWalk {
   template <class T>
   void runIn(Store<T>& store, const FixedSumPlan& plan, const LineSource<Fixpt>& source, const Area& area, Fixpt& y,
              bool gathersLines);
-  template <class T, class C>
-  void runFrom(Store<T>& store, const FixedSumPlan& plan, const LineSource<C>& source, const Area& area, Fixpt& y,
-               bool gathersLines);
+  template <class T>
+  lanes::FixedSumTask<T> makeTask(Store<T>& store, const FixedSumPlan& plan, bool hasMarks) const;
+  bool countsCasts() const;
+  template <class T, class L, class C>
+  void runFrom(Store<T>& store, Ring<L>& ring, const FixedSumPlan& plan, const LineSource<C>& source, const Area& area,
+               Fixpt& y, bool gathersLines);
+  template <class L, class C>
+  void readLines(Ring<L>& ring, LineReader<C>& reader, int firstRow, int from, int to, int length);
+  template <class T>
+  void sumTile(const Store<T>& store, const lanes::FixedSumTask<T>& task, bool inPairs);
   template <class T>
   void putRow(T* values, int count, const FixedSumPlan& plan, std::ptrdiff_t first, Fixpt& y);
   template <class T>
@@ -81,6 +101,8 @@ class ORVANE_API FixedSumWalk {
   std::tuple<LineReader<std::uint8_t>, LineReader<std::uint16_t>, LineReader<std::uint32_t>, LineReader<std::uint64_t>>
       readers;
   std::vector<std::uint64_t> room;  ///< one line as it is stored, of any container
+  Ring<std::int16_t> shortRing;     ///< for `narrow` sums of pairs
+  std::vector<std::int32_t> pairs;
   Store<std::int32_t> narrow;
   Store<std::int64_t> wide;
   lanes::FixedSumCounts met;

@@ -265,16 +265,18 @@ class FixedKernel {
 
 /// Casts values in place.
 template <class T>
-void castFixedOnTarget(const FixedCastTask<T>& task, FixedCounts& counts) {
+void castFixedOnTarget(const FixedCastTask<T>& task, FixedCounts& values, FixedCounts& results) {
   using D = hn::ScalableTag<T>;
   const CastNumbers<D> cast(task.cast);
-  CastCounts<D> met;
+  CastCounts<D> before, met;
   const auto castVector = [&](std::ptrdiff_t at, auto isWhole) HWY_ATTR {
     constexpr bool whole = decltype(isWhole)::value;
-    const auto exact = hn::ShiftLeftSame(hn::LoadU(D(), task.values + at), task.append);
+    const auto value = hn::LoadU(D(), task.values + at);
+    const auto exact = hn::ShiftLeftSame(value, task.append);
     const auto rounded = cast.template rounded<false>(exact);
     const auto result = cast.fitted(rounded);
     const auto valid = hn::VecFromMask(D(), hn::FirstN(D(), std::size_t(task.count - at)));
+    before.template range<whole>(value, valid);
     met.template range<whole>(result, valid);
     CastCounts<D>::template addWhere<whole>(met.lossless, cast.losesNothing(exact), valid);
     CastCounts<D>::template addWhere<whole>(met.fitting, hn::Eq(result, rounded), valid);
@@ -284,7 +286,8 @@ void castFixedOnTarget(const FixedCastTask<T>& task, FixedCounts& counts) {
   std::ptrdiff_t at = 0;
   for (; at + lanes <= task.count; at += lanes) castVector(at, std::true_type());
   if (at < task.count) castVector(at, std::false_type());
-  met.addTo(counts, static_cast<std::uint64_t>(task.count), true, true);
+  before.addTo(values, static_cast<std::uint64_t>(task.count), false, false);
+  met.addTo(results, static_cast<std::uint64_t>(task.count), true, true);
 }
 
 template <class T>

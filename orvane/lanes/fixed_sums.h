@@ -86,7 +86,26 @@ struct FixedSumCounts {
   FixedCounts sum;
 };
 
-/// Casts one by one: of `count` values with slack after them, in place.
+/// Exact sums of 16-bit operands in 32 bits, of which nothing is counted but their number. Two neighbouring columns
+/// make a pair, whose products are added at once.
+struct FixedPairTask {
+  static constexpr std::ptrdiff_t slack = 80;  ///< of lines and output rows
+  /// Values that the packed taps take.
+  static std::size_t sizeFor(int columns, int rows) { return std::size_t(columns + 1) / 2 * std::size_t(rows); }
+  /// Packs `columns` x `rows` taps: two of a row in each value, and 0 beside the last one of an odd row.
+  static void pack(const std::int32_t* taps, int columns, int rows, std::int32_t* pairs);
+
+  int columns = 1;
+  int filterRows = 1;
+  const std::int32_t* pairs = nullptr;
+  const std::int16_t* const* lines = nullptr;
+  int rows = 1;
+  std::ptrdiff_t width = 1;
+  std::int32_t* const* out = nullptr;
+};
+ORVANE_API void sumFixedPairs(const FixedPairTask& task);
+
+/// Casts of `count` values with slack after them, in place.
 template <class T>
 struct FixedCastTask {
   int append = 0;  ///< bits appended before the cast
@@ -94,8 +113,9 @@ struct FixedCastTask {
   T* values = nullptr;
   std::ptrdiff_t count = 0;
 };
+/// Adds the counts of the casts to `results`, and number and range of the values before them to `values`.
 template <class T>
-ORVANE_API void castFixed(const FixedCastTask<T>& task, FixedCounts& counts);
+ORVANE_API void castFixed(const FixedCastTask<T>& task, FixedCounts& values, FixedCounts& results);
 
 /// Computes a run. Counts are added to `counts`, which is not touched if the task does not gather.
 template <class T>

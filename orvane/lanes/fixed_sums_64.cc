@@ -12,7 +12,9 @@ namespace HWY_NAMESPACE {
 
 void sumFixed64(const FixedSumTask<std::int64_t>& task, FixedSumCounts& counts) { sumFixedOnTarget(task, counts); }
 
-void castFixed64(const FixedCastTask<std::int64_t>& task, FixedCounts& counts) { castFixedOnTarget(task, counts); }
+void castFixed64(const FixedCastTask<std::int64_t>& task, FixedCounts& values, FixedCounts& results) {
+  castFixedOnTarget(task, values, results);
+}
 
 }  // namespace HWY_NAMESPACE
 }  // namespace BP::lanes
@@ -29,8 +31,8 @@ void sumFixed(const FixedSumTask<std::int64_t>& task, FixedSumCounts& counts) {
   HWY_DISPATCH_TABLE(sumFixed64)[targetIndex()](task, counts);
 }
 template <>
-void castFixed(const FixedCastTask<std::int64_t>& task, FixedCounts& counts) {
-  HWY_DISPATCH_TABLE(castFixed64)[targetIndex()](task, counts);
+void castFixed(const FixedCastTask<std::int64_t>& task, FixedCounts& values, FixedCounts& results) {
+  HWY_DISPATCH_TABLE(castFixed64)[targetIndex()](task, values, results);
 }
 
 }  // namespace BP::lanes

@@ -76,7 +76,7 @@ TEST(FixedLanes, ValuesAndStatisticsOfThePlainLoopOnEveryPath) {
       const int any = pick(random, 1, pick(random, 0, 3) ? 5 : 12);
       return options.mode == OutputMode::valid ? std::min<std::int64_t>(any, input[d]) : any;
     };
-    const FixedType filterType = randomType(random, 2, pick(random, 0, 4) == 0 ? 34 : 14);
+    const FixedType filterType = randomType(random, 2, pick(random, 0, 4) == 0 ? 34 : pick(random, 4, 16));
     const FixedArray filter = randomFixed(random, {extent(0), extent(1)}, filterType);
     const FixedTypes types = typesNear(random, filterType, static_cast<int>(elementCount(filter.extents())));
     const FixedArray image = randomFixed(random, input, types.input);
