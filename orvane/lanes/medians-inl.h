@@ -318,7 +318,10 @@ class Strip3x3 {
       const int rows = std::min(2, task.run.rows - y);
       T* const out = task.run.out[y] + first;
       T* const next = rows == 2 ? task.run.out[y + 1] + first : task.outputEdge;
-      const unsigned flags = medianRows3x3<K, T>(lines, out, next, count);
+      // Where a line that stays holds NaN the lanes would work in vain.
+      const bool isLost = (known & MedianFlags::nan) != 0;
+      const unsigned flags = isLost ? flagsOf<K>(lines[2], count + 2) | flagsOf<K>(lines[3], count + 2)
+                                    : medianRows3x3<K, T>(lines, out, next, count);
       repair(task, known | flags, y, rows, first, count);
       known = flags;
     }
