@@ -140,6 +140,17 @@ void Harness::print(const Row& row) {
   rows.push_back(row);
 }
 
+Sampler Harness::scipySampler(const std::string& arguments, double outputs) const {
+  if (settings.scipy.empty()) return {};
+  return [command = settings.scipy + ' ' + arguments, outputs] {
+    FILE* pipe = popen(command.c_str(), "r");
+    double seconds = 0;
+    const bool hasRead = pipe != nullptr && std::fscanf(pipe, "%lf", &seconds) == 1;
+    if (pipe == nullptr || pclose(pipe) != 0 || !hasRead) throw std::runtime_error("cannot run " + command);
+    return 1e9 * seconds / outputs;
+  };
+}
+
 void Harness::writeJson(const std::string& path) const {
   const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "w"), std::fclose);
   if (!file) throw std::runtime_error("cannot write " + path);

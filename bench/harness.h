@@ -60,6 +60,10 @@ class Harness {
   void measure(const Subject& subject, const Sampler& ours, const std::vector<Peer>& peers = {},
                const Sampler& peak = {});
 
+  /// The processor time that SciPy takes for a job of `bench/scipy_peer`, as that program says; empty without SciPy.
+  /// Throws `std::runtime_error` if it cannot be run.
+  Sampler scipySampler(const std::string& arguments, double outputs) const;
+
   /// Writes all rows, as a list of objects. Throws `std::runtime_error` if the file cannot be written.
   void writeJson(const std::string& path) const;
 

@@ -53,7 +53,14 @@ void measurePlain(Harness& harness, const char* type, std::int64_t side, std::in
   const auto run = [&] { median.run(input.view(), output.view()); };
   run();
   std::vector<Peer> peers;
-  if constexpr (std::is_same_v<T, float>) peers.push_back(openCvPeer(input, window, output, peerOutput));
+  if constexpr (std::is_same_v<T, float>) {
+    peers.push_back(openCvPeer(input, window, output, peerOutput));
+    if (window == 7 || window == 15) {  // of a smaller picture, as it takes long
+      constexpr int peerSide = 256;
+      const std::string job = "median float " + std::to_string(peerSide) + ' ' + std::to_string(window);
+      peers.push_back({"SciPy", harness.scipySampler(job, peerSide * peerSide)});
+    }
+  }
   harness.measure(subject, timed(run, static_cast<double>(output.size())), peers);
 }
 

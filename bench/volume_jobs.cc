@@ -1,6 +1,5 @@
 // Correlation of a volume, beside SciPy's.
-#include <cstdio>
-#include <stdexcept>
+#include <string>
 
 #include "bench/elements.h"
 #include "bench/limits.h"
@@ -11,18 +10,6 @@ namespace {
 
 using namespace BP::filters;
 
-/// What SciPy takes for the same, as its program says.
-Sampler scipyCorrelation(const std::string& program, const std::string& type, std::int64_t side, double outputs) {
-  const std::string command = program + ' ' + type + ' ' + std::to_string(side);
-  return [command, outputs] {
-    FILE* pipe = popen(command.c_str(), "r");
-    double seconds = 0;
-    const bool hasRead = pipe != nullptr && std::fscanf(pipe, "%lf", &seconds) == 1;
-    if (pipe == nullptr || pclose(pipe) != 0 || !hasRead) throw std::runtime_error("cannot run " + command);
-    return 1e9 * seconds / outputs;
-  };
-}
-
 template <class T>
 void measureCube(Harness& harness, std::int64_t side) {
   const Subject subject{"volume", elementName<T>(), extentsText(side, 3), "3x3x3", 27};
@@ -32,10 +19,7 @@ void measureCube(Harness& harness, std::int64_t side) {
                        {.mode = OutputMode::same, .pad = PadRule::symmetric});
   Array<T> output(job.outputExtents());
   const auto outputs = static_cast<double>(output.size());
-  Sampler scipy;
-  if (!harness.settings.scipy.empty()) {
-    scipy = scipyCorrelation(harness.settings.scipy, elementName<T>(), side, outputs);
-  }
+  const Sampler scipy = harness.scipySampler("correlate " + elementName<T>() + ' ' + std::to_string(side), outputs);
   harness.measure(subject, timed([&] { job.run(input, output); }, outputs), {{"SciPy", scipy}}, arithmeticPeak<T>());
 }
 
