@@ -64,11 +64,11 @@ TYPED_TEST_SUITE(MedianLanes, Elements);
 
 TYPED_TEST(MedianLanes, RandomGeometry) {
   auto& engine = this->random;
-  for (int round = 0; round < 400; ++round) {
+  for (int round = 0; round < 150; ++round) {
     const auto mode = static_cast<OutputMode>(round % 3);
     const auto pad = static_cast<PadRule>(round / 3 % static_cast<int>(padTypes.size()));
     const Extents input{pick(engine, 1, 90), pick(engine, 1, 60)};
-    const int most = round % 7 == 0 ? 60 : 9;
+    const int most = round % 15 == 0 ? 40 : 9;
     const auto extent = [&](std::size_t d) {
       const int any = pick(engine, 1, most);
       return mode == OutputMode::valid ? std::min<std::int64_t>(any, input[d]) : any;
@@ -80,15 +80,14 @@ TYPED_TEST(MedianLanes, RandomGeometry) {
 }
 
 TYPED_TEST(MedianLanes, ManyStripsAndRows) {
-  const Extents input{1100, 300};
+  const Extents input{560, 140};
   for (const std::int64_t side : {2, 3, 5, 7, 9, 12, 15}) {
-    for (const Content content : {Content::distinct, Content::fewWithNaN}) {
-      this->expectSame({side, side}, input, OutputMode::same, PadRule::mirror, content);
-      if (this->HasFatalFailure()) return;
-    }
+    const Content content = side % 2 == 0 ? Content::fewWithNaN : Content::distinct;
+    this->expectSame({side, side}, input, OutputMode::same, PadRule::mirror, content);
+    if (this->HasFatalFailure()) return;
   }
-  this->expectSame({31, 25}, input, OutputMode::same, PadRule::replicate, Content::distinct);
-  this->expectSame({101, 83}, {300, 160}, OutputMode::same, PadRule::circular, Content::distinct);
+  this->expectSame({31, 25}, {300, 40}, OutputMode::same, PadRule::replicate, Content::distinct);
+  this->expectSame({101, 83}, {110, 30}, OutputMode::same, PadRule::circular, Content::distinct);
 }
 
 /// Raw outputs and, behind them, the statistics of all labels.
@@ -107,7 +106,7 @@ std::vector<double> outputsAndStatistics(FixedMedian& job, const FixedArray& inp
 /// Types that fill their container and others, accumulators and outputs that hold all values and others.
 TEST(FixedMedianLanes, OutputsAndStatistics) {
   std::mt19937 random(22);
-  for (int round = 0; round < 500; ++round) {
+  for (int round = 0; round < 150; ++round) {
     const FixedType type{pick(random, 0, 3) == 0   ? pick(random, 6, 16)
                          : pick(random, 0, 1) == 0 ? 8
                                                    : 16,
