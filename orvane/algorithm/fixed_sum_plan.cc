@@ -108,7 +108,8 @@ class Planner {
     if (plan.laneBits == 0) return {};
     plan.takesPairs = plan.form == lanes::FixedForm::exact && plan.laneBits == 32 && signedBits(formats.input) <= 16 &&
                       bitsOf(shiftedTaps(plan.tapShift)) <= 16;
-    plan.outputLaneBits = plan.laneBits == 32 && std::max(output.bits(), bitsOf(sums)) <= 32 ? 32 : 64;
+    const bool outputIsNarrow = std::max(output.bits(), bitsOf(sums)) <= 32 && plan.outputAppend < 32;
+    plan.outputLaneBits = plan.laneBits == 32 && outputIsNarrow ? 32 : 64;
     plan.product = product.inLanes(plan.laneBits);
     plan.sum = sum.inLanes(plan.laneBits);
     plan.output = output.inLanes(plan.outputLaneBits);
@@ -174,7 +175,9 @@ class Planner {
   void chooseLanes(FixedSumPlan& plan, const BoundedCast& product, const BoundedCast& sum) const {
     const bool isExact = plan.form == lanes::FixedForm::exact;
     const int bits = isExact ? exactBits() : std::max(product.bits(), sum.bits());
-    plan.laneBits = bits <= 32 ? 32 : bits <= 62 ? 64 : 0;
+    const bool shiftsAreNarrow =  // even of what is always 0
+        isExact || std::max({plan.append, plan.ownAppend, plan.otherAppend}) < 32;
+    plan.laneBits = bits <= 32 && shiftsAreNarrow ? 32 : bits <= 62 ? 64 : 0;
     const FixedFormat& format = formats.accumulator;
     const bool fillsLane = format.type.word == 32 && format.type.isSigned && format.overflow == fxpOverflowSaturate;
     if (plan.path != FixedSumPath::checkedSums || !fillsLane || product.bits() > 32) return;

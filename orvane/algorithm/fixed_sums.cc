@@ -39,6 +39,7 @@ void FixedSums::begin(Fixpt& newInput, Fixpt& newFilter, Fixpt& newAccumulator, 
 const FixedSumPlan& FixedSums::planFor(const Fixpt& output) {
   if (taps.empty() || !isRealFixed(*input) || !isRealFixed(*accumulator) || !isRealFixed(output)) {
     plan = {};
+    isPlanned = false;
     plannedTaps.clear();
     return plan;
   }

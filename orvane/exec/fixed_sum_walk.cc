@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <type_traits>
 
 #include "orvane/lanes/target.h"
 
@@ -20,8 +21,16 @@ constexpr std::ptrdiff_t pitchOf(std::ptrdiff_t count) { return count + lanes::F
 /// Stored integers as integers of the lanes: the bits of the word, and its sign.
 template <class T, class C>
 void convertLine(const C* from, std::ptrdiff_t count, const Range& range, T* to) {
-  const T mask = static_cast<T>(range.mask), sign = static_cast<T>(range.sign);
-  for (std::ptrdiff_t i = 0; i < count; ++i) to[i] = static_cast<T>(((static_cast<T>(from[i]) & mask) ^ sign) - sign);
+  using U = std::make_unsigned_t<T>;  // whose arithmetic wraps
+  const U mask = static_cast<U>(range.mask), sign = static_cast<U>(range.sign);
+  for (std::ptrdiff_t i = 0; i < count; ++i) {
+    to[i] = static_cast<T>(static_cast<U>(((static_cast<U>(from[i]) & mask) ^ sign) - sign));
+  }
+}
+
+/// Whether components lie where the compiler may expect them; a host's memory can have any alignment.
+bool isAligned(const Fixpt& array) {
+  return reinterpret_cast<std::uintptr_t>(array.data()) % (static_cast<unsigned>(array.containerBits()) / 8) == 0;
 }
 
 template <class C, class T>
@@ -64,7 +73,7 @@ template <class T>
 void FixedSumWalk::Store<T>::resize(const lanes::FilterExtents& filter) {
   ring.resize(filter);
   taps.resize(sizeOf(std::ptrdiff_t{filter.columns} * filter.rows));
-  marks.resize(sizeOf(ring.pitch * 2));
+  marks.assign(sizeOf(ring.pitch * 2), 0);
   markPointers.resize(sizeOf(ring.count));
   out.resize(sizeOf(pitchOf(stripWidth) * tileRows));
   outPointers.resize(tileRows);
@@ -90,7 +99,9 @@ void FixedSumWalk::resize(const Block& /*filter*/, const Block& /*input*/, int /
 
 bool FixedSumWalk::run(const LineSource<Fixpt>& source, const Sector& sector, const OuterSector* edges,
                        const Block& filter, const Block& input, const Block& output, Fixpt* y) {
-  if (!lanes::areInUse() || extents.rows < 1 || extents.columns < 1 || scratch == nullptr) return false;
+  if (!lanes::areInUse() || extents.rows < 1 || extents.columns < 1 || scratch == nullptr || !isAligned(*source.data)) {
+    return false;
+  }
   const FixedSumPlan& plan = sums->planFor(*y);
   const bool isPadded = edges != nullptr && source.padType == PadTypeConstant;
   if (plan.laneBits == 0 || formatOf(*scratch) != formatOf(sums->getAccumulator()) ||

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 #include "orvane/lanes/medians.h"
@@ -92,10 +93,11 @@ bool holdsAll(const DSPDataAttributesHandle& to, const FixptType& from) {
   return type.fraction >= from.fraction && wholeBits(type) >= wholeBits(from);
 }
 
-/// Whether an array is in memory as integers of this type, one beside the other.
+/// Whether an array is in memory as integers of this type, one beside the other, where the compiler may expect them.
 bool isRaw(const Fixpt& array, const FixptType& type) {
   return !array.isComplex() && !array.attributes().isFloating() && array.attributes().type() == type &&
-         array.containerBits() == static_cast<int>(type.word);
+         array.containerBits() == static_cast<int>(type.word) &&
+         reinterpret_cast<std::uintptr_t>(array.data()) % (type.word / 8) == 0;
 }
 
 }  // namespace

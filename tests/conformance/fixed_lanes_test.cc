@@ -111,5 +111,41 @@ TEST(FixedLanes, ValuesAndStatisticsOfThePlainLoopOnEveryPath) {
   }
 }
 
+/// Values and types at the ends of what lanes hold, in memory of any alignment.
+TEST(FixedLanes, EndsOfLanesAndOddAddresses) {
+  struct Types {
+    const char *input, *filter, *product, *accumulator, *output;
+  };
+  std::mt19937 random(18);
+  for (const Types& t : {Types{"s32.0", "s2.0", "s34.0", "s40.0", "s40.0"},
+                         {"s3.36", "u4.-1", "s3.29", "s32.63", "s39.52"},
+                         {"s16.0", "s8.0", "s24.0", "s32.0", "s16.0"},
+                         {"u16.0", "u16.0", "u32.0", "u32.0", "u8.-24"}}) {
+    const FixedArray image = randomFixed(random, {40, 9}, fixedType(t.input));
+    const FixedArray filter = randomFixed(random, {3, 3}, fixedType(t.filter));
+    const FixedTypes types{.input = image.type(),
+                           .accumulator = fixedType(t.accumulator),
+                           .output = fixedType(t.output),
+                           .product = fixedType(t.product)};
+    std::vector<std::byte> shifted(detail::bytesOf(image.extents(), image.type(), false) + 1);
+    std::memcpy(shifted.data() + 1, image.data(), shifted.size() - 1);
+    const auto compute = [&](const void* data) {
+      FixedConvolution job(filter, image.extents(), types, {.mode = OutputMode::same});
+      const FixedArray output = job.run(FixedView(data, image.extents(), image.type()));
+      const auto* const first = static_cast<const std::byte*>(output.data());
+      return Outcome{{first, first + detail::bytesOf(output.extents(), output.type(), false)}, job.statistics()};
+    };
+    ASSERT_TRUE(lanes::forceTarget(lanes::plain));
+    const Outcome wanted = compute(image.data());
+    for (const std::string_view target : lanes::getTargets()) {
+      SCOPED_TRACE(testing::Message() << t.input << " on " << target);
+      ASSERT_TRUE(lanes::forceTarget(target));
+      expectSame(compute(image.data()), wanted);
+      expectSame(compute(shifted.data() + 1), wanted);
+    }
+    lanes::forceTarget("");
+  }
+}
+
 }  // namespace
 }  // namespace BP::test
