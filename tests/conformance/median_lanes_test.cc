@@ -106,7 +106,7 @@ std::vector<double> outputsAndStatistics(FixedMedian& job, const FixedArray& inp
 /// Types that fill their container and others, accumulators and outputs that hold all values and others.
 TEST(FixedMedianLanes, OutputsAndStatistics) {
   std::mt19937 random(22);
-  for (int round = 0; round < 150; ++round) {
+  for (int round = 0; round < 80; ++round) {
     const FixedType type{pick(random, 0, 3) == 0   ? pick(random, 6, 16)
                          : pick(random, 0, 1) == 0 ? 8
                                                    : 16,

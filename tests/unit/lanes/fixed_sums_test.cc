@@ -49,7 +49,7 @@ class Case {
     const auto rounding = static_cast<fxpModeRounding_tag>(pick(random, 0, 5));
     const int drop = fillsLane(form) ? pick(random, 0, 1) : pick(random, 0, 8),
               sumWord = operandBits * 2 + pick(random, -6, 3);
-    const int whole = sizeof(T) * 8 - 1;
+    const int whole = sizeof(T) == 4 ? 31 : 62;
     switch (form) {
       case FixedForm::exact:
         task.append = pick(random, -3, 3);
