@@ -28,7 +28,7 @@ std::string textOrExact(const std::optional<filters::FixedType>& type) {
 }
 
 std::string fixedTable(const FixedRows& rows, const std::vector<filters::FixedStatistics>& all) {
-  std::string table = tableLine("label", "type", "casts", "overflows", "lossy", "least", "greatest");
+  std::string table;
   for (const auto& [label, type] : rows) {
     const auto line = std::ranges::find(all, label, &filters::FixedStatistics::label);
     if (line == all.end() || line->casts == 0) continue;
@@ -37,7 +37,8 @@ std::string fixedTable(const FixedRows& rows, const std::vector<filters::FixedSt
                        std::to_string(line->lossy), isKnown ? numberText(line->minimum) : "-",
                        isKnown ? numberText(line->maximum) : "-");
   }
-  return table;
+  if (table.empty()) return table;
+  return tableLine("label", "type", "casts", "overflows", "lossy", "least", "greatest") + table;
 }
 
 }  // namespace BP::tool

@@ -14,7 +14,7 @@ namespace BP::tool {
 using FixedRows = std::vector<std::pair<std::string, std::string>>;
 
 /// A heading, and a line for each of `rows` that has casts: type, casts, overflows, lossy roundings, least and greatest
-/// value.
+/// value. Empty without such a line.
 std::string fixedTable(const FixedRows& rows, const std::vector<filters::FixedStatistics>& all);
 
 /// The type as it is written, or "exact" without one.
