@@ -82,6 +82,7 @@ void FixedSumWalk::Store<T>::resize(const lanes::FilterExtents& filter) {
 
 void FixedSumWalk::resize(const Block& /*filter*/, const Block& /*input*/, int /*walkedRank*/) {
   constexpr std::int64_t maxElements = std::int64_t{1} << 21;
+  static_assert(stripWidth <= lanes::maxFixedWidth);
   extents = sums->getExtents();
   if (extents.rows < 1 || extents.columns < 1) return;
   const int length = stripWidth + extents.columns - 1;

@@ -18,7 +18,7 @@
 /// Lanes are neighbouring outputs. All calls are thread-safe and allocate nothing.
 namespace BP::lanes {
 
-/// Greatest number of taps, and of outputs in a row: lanes count the casts of a row in 32 bits.
+/// Greatest number of taps, and of outputs in a row, which callers see to: lanes count the casts of a row in 32 bits.
 inline constexpr int maxFixedTaps = 1 << 16;
 inline constexpr int maxFixedWidth = 1 << 12;
 
@@ -103,8 +103,8 @@ struct FixedPairTask {
   std::ptrdiff_t width = 1;
   std::int32_t* const* out = nullptr;
 };
+/// Computes a run: out[r][i] := sum over filter rows j, columns c of lines[r + j][i + c] * tap[j][c].
 ORVANE_API void sumFixedPairs(const FixedPairTask& task);
-
 /// Casts of `count` values with slack after them, in place.
 template <class T>
 struct FixedCastTask {
