@@ -1,5 +1,10 @@
 #pragma once
 
+#include <algorithm>
+#include <complex>
+#include <limits>
+#include <type_traits>
+
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/element.h"
 
@@ -63,6 +68,33 @@ inline void feed(MinIdxCollector<AllocT, T>& collector, T& v, int x, int y) {
   assign(kept, v);
   collector.getIndex().ptr[0] = x;
   collector.getIndex().ptr[1] = y;
+  collector.setHasValue(true);
+}
+
+/// Prepares `collector` for values that come after others, which are collected elsewhere: NaN is never kept. The index
+/// stays below 0 until there is a value.
+template <class AllocT, class T>
+inline void expectLaterValues(MinIdxCollector<AllocT, T>& collector) {
+  collector.getIndex().ptr[0] = -1;
+  if constexpr (!std::is_same_v<T, Fixpt>) {
+    elementAt(collector.getValue().ptr, 0) = std::numeric_limits<decltype(std::real(T()))>::infinity();
+    collector.setHasValue(true);
+  }
+}
+
+/// Feeds `collector` the best of `other`. Of equals the one at the earlier position stays, row by row.
+template <class AllocT, class T>
+inline void feedBest(MinIdxCollector<AllocT, T>& collector, MinIdxCollector<AllocT, T>& other) {
+  const auto isEmpty = [](auto& c) { return !c.getHasValue() || c.getIndex().ptr[0] < 0; };
+  if (isEmpty(other)) return;
+  if (!isEmpty(collector)) {
+    const int *const a = collector.getIndex().ptr, *const b = other.getIndex().ptr;
+    const bool isEarlier = a[1] < b[1] || (a[1] == b[1] && a[0] < b[0]);
+    T &kept = elementAt(collector.getValue().ptr, 0), &found = elementAt(other.getValue().ptr, 0);
+    if (isEarlier ? !isGreater(kept, found) : isGreater(found, kept)) return;
+  }
+  assign(elementAt(collector.getValue().ptr, 0), elementAt(other.getValue().ptr, 0));
+  std::copy_n(other.getIndex().ptr, 2, collector.getIndex().ptr);
   collector.setHasValue(true);
 }
 

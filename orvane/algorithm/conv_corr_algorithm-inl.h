@@ -145,7 +145,8 @@ bool ConvCorrAlgorithm<AllocT, BlockT, InputT, YT, HT, UT, flipFilter, normalise
     const InsideSector& sector, Out& result) {
   const auto& u = this->input->getBlock();
   const auto& y = result.getBlock();
-  const int uPitch = u.getDims().ptr[0], yPitch = y.getDims().ptr[0];
+  if (u.getStored() != Stored::asComputed || y.getStored() != Stored::asComputed) return false;
+  const int uPitch = u.getStrides().ptr[1], yPitch = y.getStrides().ptr[1];
   if (std::max(uPitch, yPitch) > ZdFilterLoader::maxPitch) return false;
   const int *const s = sector.getStart().ptr, *const e = sector.getEnd().ptr;
   const int *const hLoc = this->filter->getLoc().ptr, *const hDims = this->filter->getDims().ptr;

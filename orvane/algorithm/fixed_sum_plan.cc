@@ -22,6 +22,7 @@ struct Interval {
     low = std::min(low, other.low);
     high = std::max(high, other.high);
   }
+  constexpr bool holds(const Interval& other) const { return other.low >= low && other.high <= high; }
 };
 Interval shifted(const Interval& v, int bits) { return {v.low << bits, v.high << bits}; }
 
@@ -106,8 +107,7 @@ class Planner {
     if (bitsOf(shiftedTaps(plan.tapShift)) > operandBits || output.bits() > 62) return {};
     chooseLanes(plan, product, sum);
     if (plan.laneBits == 0) return {};
-    plan.takesPairs = plan.form == lanes::FixedForm::exact && plan.laneBits == 32 && signedBits(formats.input) <= 16 &&
-                      bitsOf(shiftedTaps(plan.tapShift)) <= 16;
+    if (plan.form == lanes::FixedForm::exact) chooseDots(plan);
     const bool outputIsNarrow = std::max(output.bits(), bitsOf(sums)) <= 32 && plan.outputAppend < 32;
     plan.outputLaneBits = plan.laneBits == 32 && outputIsNarrow ? 32 : 64;
     plan.product = product.inLanes(plan.laneBits);
@@ -170,6 +170,44 @@ class Planner {
       all.cover(running);
     }
     return bitsOf(all);
+  }
+
+  /// Chooses narrow operands for an exact sum, if they hold the input, shifted by half of its range or not, and the
+  /// taps.
+  void chooseDots(FixedSumPlan& plan) const {
+    using lanes::DotOperands;
+    constexpr Interval byte{-128, 127}, unsignedByte{0, 255}, word{-32768, 32767}, unsignedWord{0, 65535};
+    const Interval input = valuesOf(formats.input), all = shiftedTaps(plan.tapShift);
+    const auto choose = [&](DotOperands operands, int bias) { plan.dots = operands, plan.bias = bias; };
+    if (plan.laneBits == 32 && byte.holds(all)) {
+      if (unsignedByte.holds(input)) return choose(DotOperands::bytes, 0);
+      if (byte.holds(input)) return choose(DotOperands::bytes, 128);
+    }
+    if (plan.laneBits == 32 && unsignedByte.holds(all)) {
+      if (byte.holds(input)) return choose(DotOperands::signedBytes, 0);
+      if (unsignedByte.holds(input)) return choose(DotOperands::signedBytes, -128);
+    }
+    const bool inTwo = plan.laneBits == 64;
+    if (!(inTwo ? halvesFit(plan.tapShift) : word.holds(all))) return;
+    if (word.holds(input)) {
+      choose(DotOperands::words, 0);
+    } else if (unsignedWord.holds(input)) {
+      choose(DotOperands::words, -32768);
+    }
+    plan.dotsInTwo = inTwo && plan.dots != DotOperands::none;
+  }
+
+  /// Whether both halves of the taps are words, and the sum of either half fits 32 bits for all words.
+  bool halvesFit(int tapShift) const {
+    Int128 low = 0, high = 0;
+    for (const std::int64_t tap : taps) {
+      const auto halves = lanes::DotHalves::of(
+          static_cast<std::int64_t>(tapShift < 0 ? Int128(tap) >> -tapShift : Int128(tap) << tapShift));
+      if (halves.high < -32768 || halves.high > 32767) return false;
+      low += halves.low < 0 ? -halves.low : halves.low;
+      high += halves.high < 0 ? -halves.high : halves.high;
+    }
+    return std::max(low, high) < 65536;
   }
 
   void chooseLanes(FixedSumPlan& plan, const BoundedCast& product, const BoundedCast& sum) const {

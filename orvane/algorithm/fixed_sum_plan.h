@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <span>
 
+#include "orvane/lanes/fixed_dots.h"
 #include "orvane/lanes/fixed_sums.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/karn_fixpt_3.h"
@@ -54,9 +55,11 @@ struct FixedSumPlan {
   int otherAppend = 0;
   lanes::FixedCast product;
   lanes::FixedCast sum;
-  bool takesPairs = false;  ///< exact sums of 32 bits whose operands fit 16 bits (see `FixedPairTask`)
-  int outputLaneBits = 0;   ///< of the last cast
-  int outputAppend = 0;     ///< bits appended to a sum before the cast into the output
+  lanes::DotOperands dots = lanes::DotOperands::none;  ///< for exact sums of narrow operands (see `FixedDotTask`)
+  bool dotsInTwo = false;  ///< sums of 64 bits: taps are 256 * high + low, and there are two sums of 32 bits
+  int bias = 0;            ///< added to each value of a line, so that it fits the operands
+  int outputLaneBits = 0;  ///< of the last cast
+  int outputAppend = 0;    ///< bits appended to a sum before the cast into the output
   lanes::FixedCast output;
 };
 

@@ -11,6 +11,8 @@ struct RunLimits {
   static constexpr int lineBytes = 16 * 1024;
   /// Of runs whose lines are copied first: gathered ones, and those of a turned area.
   static constexpr int copiedWidth = 256;
+  /// Of runs whose lines are converted: long, so that little is converted twice, and in the cache of a core.
+  static constexpr int convertedWidth = 1024;
   /// Areas of fewer outputs along dimension 0 are turned, if they are higher than wide; so for sums.
   static constexpr int narrow = 16;
   /// Filters of more taps are left to the plain loop: they would be kept eightfold.

@@ -20,7 +20,8 @@ namespace BP {
 /// filter's response to the pad value (see `ConvCorr::computePadOutput`).
 ///
 /// Vector lanes run both passes of plain sums over two dimensions in one walk, which does not write the intermediate
-/// and gives the same bits.
+/// and gives the same bits. Elsewhere a run has two phases: the rows and columns of the intermediate that the outputs
+/// need, and the outputs.
 template <class HT, class UT, class YT, class AllocT>
 class ORVANE_API ConvCorrSeparable : public AnyCorrelation {
  public:
@@ -34,6 +35,15 @@ class ORVANE_API ConvCorrSeparable : public AnyCorrelation {
   ~ConvCorrSeparable() override;
   void invoke() override;
   void assignPadValue(const void* value, bool isComplex) override;
+  void setStrides(const int* input, const int* output) override;
+  void setStored(Stored input, Stored output) override;
+  std::int64_t takeClipped() override { return pass2->takeClipped(); }
+  void setRegion(const PositionBox& region) override;
+  void beginRun() override;
+  int getPhaseCount() const override { return isFused ? 1 : 2; }
+  void getPhaseBox(int phase, int* loc, int* dims) override;
+  void runBand(int phase, const PositionBox& band) override;
+  void shareIntermediate(AnyCorrelation& other) override;
   const AnyCorrelation* getConvCorr1() const override;
   const AnyCorrelation* getConvCorr2() const override;
 
@@ -45,7 +55,9 @@ class ORVANE_API ConvCorrSeparable : public AnyCorrelation {
   bool readsNothing() const;
   bool filtersAreLines() const;
   bool arraysOverlap() const;
-  bool runFused();
+  bool runsFused() const;
+  void runFused(const PositionBox& band);
+  void computeNeededRows(int& first, int& count) const;
 
   AllocT* allocator;
   int nDims;
@@ -68,6 +80,12 @@ class ORVANE_API ConvCorrSeparable : public AnyCorrelation {
   CleverPtr<YT> midData;
   std::int64_t midCapacity;
   CleverPtr<int> midDims;
+  PositionBox region;
+  bool isRunning = false;  ///< the run computes something
+  bool isFused = false;
+  /// Tables of the present run. Positions of the second pass count from the intermediate's first element, which lies at
+  /// `midLoc`.
+  CleverPtr<int> midLoc, outLoc, outDims, regionLoc, bandLoc;
 };
 
 #define ORVANE_DECLARE(HT, UT, YT) extern template class ConvCorrSeparable<HT, UT, YT, AllocatorTolk>;

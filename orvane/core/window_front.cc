@@ -77,12 +77,23 @@ void WindowFront<RootT, UT, YT>::start(UT* input, const void* newPadValue, bool 
 
 template <class RootT, class UT, class YT>
 void WindowFront<RootT, UT, YT>::computeOutputs() {
+  readHost();
+  processor->invoke();
+}
+
+template <class RootT, class UT, class YT>
+void WindowFront<RootT, UT, YT>::beginOutputs() {
+  readHost();
+  processor->beginRun();
+}
+
+template <class RootT, class UT, class YT>
+void WindowFront<RootT, UT, YT>::readHost() {
   if (isVarSize) {
     setup(setupResize);
   } else {
     assignPad();
   }
-  processor->invoke();
 }
 
 template <class RootT, class UT, class YT>

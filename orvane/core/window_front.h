@@ -43,6 +43,20 @@ class ORVANE_API WindowFront : public BlockProcTolkCache {
   /// operations on input and windows, and those of the output.
   void setup(setupModeT mode);
 
+  /// Sets the strides of input and output for the next runs, where lines do not follow each other directly: tables with
+  /// an entry for each of the common number of dimensions, at least 2, the first of them 1. They stay the caller's.
+  /// Without a table, elements are dense, as they are without this call.
+  void setStrides(const int* input, const int* output) { processor->setStrides(input, output); }
+
+  /// Sets the types in which input and output lie in memory, before a start (see `Stored`). The arrays of the start are
+  /// then of these types. Only real elements that are computed in `float` or `double` can be stored otherwise.
+  void setStored(Stored input, Stored output) { processor->setStored(input, output); }
+  /// The number of outputs that were clipped to their stored type since the last call.
+  std::int64_t takeClipped() { return processor->takeClipped(); }
+  /// Begins a run that is computed in bands, by `getProcessor().runBand`: reads extents, if they vary, and pad value.
+  void beginOutputs();
+  RootT& getProcessor() { return *processor; }
+
   /// Reads the host's extents.
   void fillAllDims();
   /// Whether a pad value can be read at all.
@@ -103,6 +117,7 @@ class ORVANE_API WindowFront : public BlockProcTolkCache {
  private:
   void fillWindow(Window& window);
   void assignPad();
+  void readHost();
   void finish();
 
   struct Keeper {

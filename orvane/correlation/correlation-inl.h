@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdio>
 
 #include "orvane/correlation/correlation.h"
@@ -22,6 +23,8 @@ Correlation<HT, UT, YT, InputT, AllocT>::Correlation(AllocT* alloc, int rank, Cl
       innerIterator(alloc, &innerTraversal, &innerDirection, rank, travOrder),
       rosRegion(rank, tables.rosDims, tables.rosLoc),
       scope(rosRegion, allRegion, reachOf(outMode)),
+      wantedRegion(rank, wantedDims, wantedLoc),
+      wantedScope(rosRegion, wantedRegion, reachOf(outMode)),
       y(alloc, rank, tables.yDims, tables.yOrigin, tables.yLoc, result),
       outerTraversal(alloc, &step),
       outerIterator(alloc, &outerTraversal, &outerDirection, rank, travOrder),
@@ -103,6 +106,47 @@ void Correlation<HT, UT, YT, InputT, AllocT>::assignPadValue(const void* value, 
   UT& padValue = elementAt(input.padValues().ptr, 0);
   assignFrom(padValue, value, isComplex);
   std::printf("ALLOCATOR Pad Value: %f \n", static_cast<double>(padValue));
+}
+
+template <class HT, class UT, class YT, class InputT, class AllocT>
+void Correlation<HT, UT, YT, InputT, AllocT>::setStrides(const int* inputStrides, const int* outputStrides) {
+  input.getBlock().setStrides(inputStrides);
+  y.getBlock().setStrides(outputStrides);
+}
+
+template <class HT, class UT, class YT, class InputT, class AllocT>
+void Correlation<HT, UT, YT, InputT, AllocT>::setStored(Stored inputType, Stored outputType) {
+  input.getBlock().setStored(inputType);
+  y.getBlock().setStored(outputType);
+}
+
+template <class HT, class UT, class YT, class InputT, class AllocT>
+void Correlation<HT, UT, YT, InputT, AllocT>::setRegion(const PositionBox& region) {
+  wantedLoc.ptr = const_cast<int*>(region.loc);  // regions only read their tables
+  wantedDims.ptr = const_cast<int*>(region.dims);
+  plan->setScope(region.exists() ? &wantedScope : &scope);
+}
+
+template <class HT, class UT, class YT, class InputT, class AllocT>
+void Correlation<HT, UT, YT, InputT, AllocT>::beginRun() {
+  kernel.setup(setupInvoke);
+}
+
+template <class HT, class UT, class YT, class InputT, class AllocT>
+void Correlation<HT, UT, YT, InputT, AllocT>::getPhaseBox(int /*phase*/, int* loc, int* dims) {
+  plan->setBand({});
+  plan->setup(setupInvoke);
+  std::copy_n(tables.yOrigin.ptr, numDims, loc);
+  std::copy_n(tables.yDims.ptr, numDims, dims);
+}
+
+/// The stage makes the plan's lists of sectors anew, for the band alone.
+template <class HT, class UT, class YT, class InputT, class AllocT>
+void Correlation<HT, UT, YT, InputT, AllocT>::runBand(int /*phase*/, const PositionBox& band) {
+  plan->setBand(band);
+  plan->setup(setupStart);
+  invoke();
+  plan->setBand({});  // the caller's tables need not outlive the band
 }
 
 template <class HT, class UT, class YT, class InputT, class AllocT>

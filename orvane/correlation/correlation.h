@@ -52,6 +52,13 @@ class ORVANE_API Correlation : public AnyCorrelation {
   void invoke() override;
   /// Sets the pad value to the element at `value`, and writes it to standard output in a line of its own.
   void assignPadValue(const void* value, bool isComplex) override;
+  void setStrides(const int* inputStrides, const int* outputStrides) override;
+  void setStored(Stored inputType, Stored outputType) override;
+  std::int64_t takeClipped() override { return y.getBlock().takeClipped(); }
+  void setRegion(const PositionBox& region) override;
+  void beginRun() override;
+  void getPhaseBox(int phase, int* loc, int* dims) override;
+  void runBand(int phase, const PositionBox& band) override;
   virtual Plan& getPlan() const;
 
   /// Computes the region of support from the extents.
@@ -97,6 +104,9 @@ class ORVANE_API Correlation : public AnyCorrelation {
   RestrictedRegion rosRegion;
   UnrestrictedRegion allRegion;
   Scope scope;
+  CleverPtr<int> wantedDims, wantedLoc;
+  RestrictedRegion wantedRegion;
+  Scope wantedScope;
   Out y;
   ForwardDirection outerDirection;
   Trav outerTraversal;

@@ -38,6 +38,9 @@ class ORVANE_API CorrelationStandAlone {
   void setup();
   /// Sets other arrays of the same extents as input and output of the next runs.
   void setArrays(T* input, T* output);
+  /// The processor, for strides, a region and runs in bands (see `AnyBP`); null for a pad type out of range. After a
+  /// run in bands, `invoke` needs another `setup`.
+  AnyBP* getProcessor() { return correlation.get(); }
   /// Sets the value of a constant pad for the next runs.
   void setPadValue(T value);
   Allocator* getAllocator() { return allocator.get(); }

@@ -54,11 +54,10 @@ class LoopIterator : public AnyLoopIterator {
     auto& position = loop->getIterator();
     const auto& y = result.getBlock();
     auto* const from = kernel->getScratch().getBlock().getData().ptr;
-    auto* const to = y.getData().ptr;
     position.begin(kernel->getAlgorithm().getInput().getBlock(), y, sector);
     loop->run([&] {
       kernel->computeAt(sector, position.getTIdxA());
-      assign(elementAt(to, linearIndex(y, position.getTIdxB())), elementAt(from, 0));
+      y.put(linearIndex(y, position.getTIdxB()), elementAt(from, 0));
     });
   }
 

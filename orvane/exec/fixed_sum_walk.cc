@@ -1,8 +1,7 @@
 #include "orvane/exec/fixed_sum_walk.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstring>
+#include <functional>
 #include <type_traits>
 
 #include "orvane/lanes/target.h"
@@ -16,15 +15,16 @@ using Range = KarnDSPFixpt::detail::Range<std::int64_t>;
 std::size_t sizeOf(std::ptrdiff_t count) { return static_cast<std::size_t>(count); }
 
 /// Values from one line, or output row, of `count` values to the next.
-constexpr std::ptrdiff_t pitchOf(std::ptrdiff_t count) { return count + lanes::FixedPairTask::slack; }
+constexpr std::ptrdiff_t pitchOf(std::ptrdiff_t count) { return count + lanes::FixedDotTask::slack; }
 
-/// Stored integers as integers of the lanes: the bits of the word, and its sign.
-template <class T, class C>
-void convertLine(const C* from, std::ptrdiff_t count, const Range& range, T* to) {
-  using U = std::make_unsigned_t<T>;  // whose arithmetic wraps
+/// Stored integers as integers of the lanes: the bits of the word, its sign, and the bias.
+template <class L, class C>
+void convertLine(const C* from, std::ptrdiff_t count, const Range& range, int bias, L* to) {
+  using U = std::make_unsigned_t<L>;  // whose arithmetic wraps
   const U mask = static_cast<U>(range.mask), sign = static_cast<U>(range.sign);
+  const U offset = static_cast<U>(static_cast<U>(bias) - sign);
   for (std::ptrdiff_t i = 0; i < count; ++i) {
-    to[i] = static_cast<T>(static_cast<U>(((static_cast<U>(from[i]) & mask) ^ sign) - sign));
+    to[i] = static_cast<L>(static_cast<U>(((static_cast<U>(from[i]) & mask) ^ sign) + offset));
   }
 }
 
@@ -33,102 +33,109 @@ bool isAligned(const Fixpt& array) {
   return reinterpret_cast<std::uintptr_t>(array.data()) % (static_cast<unsigned>(array.containerBits()) / 8) == 0;
 }
 
-template <class C, class T>
-void storeRow(const T* from, std::ptrdiff_t count, std::byte* to) {
-  for (std::ptrdiff_t i = 0; i < count; ++i) {
-    const C value = static_cast<C>(from[i]);
-    std::memcpy(to + i * std::ptrdiff_t{sizeof value}, &value, sizeof value);
-  }
-}
-
-void addTo(Fixpt& array, const lanes::FixedCounts& counts) {
-  if (counts.casts == 0 || !array.statistics()) return;
-  const int fraction = array.attributes().type().fraction;
-  const auto scaled = [&](std::int64_t v) { return std::ldexp(static_cast<double>(v), -fraction); };
-  fxpLogStruct_tag record{static_cast<unsigned>(counts.overflows), static_cast<unsigned>(counts.casts),
-                          static_cast<unsigned>(counts.lossy)};
-  if (counts.least <= counts.greatest) {
-    record.minimum = scaled(counts.least);
-    record.maximum = scaled(counts.greatest);
-  }
-  array.addStatistics(record);
-}
-
-/// Whether an array wants to know the least and greatest of its values.
-bool wantsRange(const Fixpt& array) {
-  return array.statistics() && array.attributes().gathering() == KarnDSPFixpt::FixptGathering::ranges;
+template <class T>
+T shiftedTap(std::int64_t tap, int shift) {
+  return static_cast<T>(shift < 0 ? tap >> -shift : tap << shift);
 }
 
 }  // namespace
 
 template <class L>
-void FixedSumWalk::Ring<L>::resize(const lanes::FilterExtents& filter) {
-  pitch = pitchOf(std::ptrdiff_t{stripWidth} + filter.columns - 1);
+void FixedSumWalk::Ring<L>::resize(const lanes::FilterExtents& filter, int width) {
+  pitch = pitchOf(std::ptrdiff_t{width} + filter.columns - 1);
   count = tileRows + filter.rows - 1;
   values.resize(sizeOf(pitch * count));
+  places.resize(sizeOf(count));
   pointers.resize(sizeOf(count));
 }
 
 template <class T>
+void FixedSumWalk::Rows<T>::resize(int width) {
+  values.resize(sizeOf(pitchOf(width) * tileRows));
+  pointers.resize(tileRows);
+  for (int r = 0; r < tileRows; ++r) pointers[sizeOf(r)] = values.data() + pitchOf(width) * r;
+}
+
+template <class T>
 void FixedSumWalk::Store<T>::resize(const lanes::FilterExtents& filter) {
-  ring.resize(filter);
+  ring.resize(filter, stripWidth);
+  out.resize(byteStripWidth);
   taps.resize(sizeOf(std::ptrdiff_t{filter.columns} * filter.rows));
-  marks.assign(sizeOf(ring.pitch * 2), 0);
+  markPitch = pitchOf(std::ptrdiff_t{byteStripWidth} + filter.columns - 1);
+  marks.assign(sizeOf(markPitch * 2), 0);
   markPointers.resize(sizeOf(ring.count));
-  out.resize(sizeOf(pitchOf(stripWidth) * tileRows));
-  outPointers.resize(tileRows);
-  for (int r = 0; r < tileRows; ++r) outPointers[sizeOf(r)] = out.data() + pitchOf(stripWidth) * r;
+}
+
+void FixedSumWalk::DotStore::resize(const lanes::FilterExtents& filter) {
+  bytes.resize(filter, byteStripWidth);
+  words.resize(filter, stripWidth);
+  lines.resize(sizeOf(bytes.count));
+  taps.resize(sizeOf(std::ptrdiff_t{filter.columns} * filter.rows));
+  packed.resize(lanes::packedDotsFor(filter.columns, filter.rows));
+  packedHigh.resize(packed.size());
+  high.resize(stripWidth);
 }
 
 void FixedSumWalk::resize(const Block& /*filter*/, const Block& /*input*/, int /*walkedRank*/) {
   constexpr std::int64_t maxElements = std::int64_t{1} << 21;
-  static_assert(stripWidth <= lanes::maxFixedWidth);
+  static_assert(stripWidth <= byteStripWidth && byteStripWidth <= lanes::maxFixedWidth);
   extents = sums->getExtents();
   if (extents.rows < 1 || extents.columns < 1) return;
-  const int length = stripWidth + extents.columns - 1;
+  const int length = byteStripWidth + extents.columns - 1;
   if (std::int64_t{pitchOf(length)} * (tileRows + extents.rows) > maxElements) {
     extents = {1, 0, 0};
     return;
   }
-  shortRing.resize(extents);
-  pairs.resize(lanes::FixedPairTask::sizeFor(extents.columns, extents.rows));
   narrow.resize(extents);
   wide.resize(extents);
+  dots.resize(extents);
+  products.resize(extents, narrow.ring.count);
+  productTaps.resize(narrow.taps.size());
+  output.resize(byteStripWidth, tileRows);
   room.resize(sizeOf(length));
   std::apply([&](auto&... reader) { (reader.resize(length), ...); }, readers);
 }
 
 bool FixedSumWalk::run(const LineSource<Fixpt>& source, const Sector& sector, const OuterSector* edges,
-                       const Block& filter, const Block& input, const Block& output, Fixpt* y) {
+                       const Block& filter, const Block& input, const Block& outputBlock,
+                       const LineTarget<Fixpt>& target) {
+  Fixpt* const y = target.data;
   if (!lanes::areInUse() || extents.rows < 1 || extents.columns < 1 || scratch == nullptr || !isAligned(*source.data)) {
     return false;
   }
-  const FixedSumPlan& plan = sums->planFor(*y);
+  plan = &sums->planFor(*y);
   const bool isPadded = edges != nullptr && source.padType == PadTypeConstant;
-  if (plan.laneBits == 0 || formatOf(*scratch) != formatOf(sums->getAccumulator()) ||
+  if (plan->laneBits == 0 || formatOf(*scratch) != formatOf(sums->getAccumulator()) ||
       (isPadded && !sums->isLikeInput(*source.padValue)))
     return false;
   const int *const start = sector.getStart().ptr, *const end = sector.getEnd().ptr;
-  const auto outOffset = [&](int d) { return input.getOrigin().ptr[d] - output.getOrigin().ptr[d]; };
+  const auto outOffset = [&](int d) { return input.getOrigin().ptr[d] - outputBlock.getOrigin().ptr[d]; };
   const Area area{end[0] - start[0] + 1,
                   end[1] - start[1] + 1,
                   start[0] + filter.getLoc().ptr[0],
                   start[1] + filter.getLoc().ptr[1],
                   start[0] + outOffset(0),
                   start[1] + outOffset(1),
-                  output.getDims().ptr[0]};
+                  target.strides[1]};
   const bool gathersLines = edges != nullptr && edges->getIsListed(0);
-  LineSource<Fixpt> plane = source;
-  plane.rank = 2;
-  if (edges == nullptr) plane.padType = 0;
   met = {};
-  metScratch = metOutput = {};
-  if (plan.laneBits == 32) {
-    runIn(narrow, plan, plane, area, *y, gathersLines);
-  } else {
-    runIn(wide, plan, plane, area, *y, gathersLines);
+  output.begin(*plan, *scratch, *y);
+  const auto runWith = [&](auto container) {
+    using C = decltype(container);
+    const int padType = edges == nullptr ? 0 : source.padType;
+    const C* const pad = isPadded ? static_cast<const C*>(source.padValue->data()) : nullptr;
+    runFrom<C>({static_cast<const C*>(source.data->data()), source.dims, source.strides, 2, padType, pad}, area,
+               gathersLines);
+  };
+  switch (source.data->containerBits()) {
+    case 8: runWith(std::uint8_t()); break;
+    case 16: runWith(std::uint16_t()); break;
+    case 32: runWith(std::uint32_t()); break;
+    default: runWith(std::uint64_t()); break;
   }
-  addCounts(*y);
+  addCastCounts(sums->getProduct(), met.product);
+  addCastCounts(sums->getAccumulator(), met.sum);
+  output.addCounts();
   return true;
 }
 
@@ -136,146 +143,201 @@ bool FixedSumWalk::countsCasts() const {
   return sums->getProduct().statistics() || sums->getAccumulator().statistics();
 }
 
-/// The task of a tile, without its rows and width.
-template <class T>
-lanes::FixedSumTask<T> FixedSumWalk::makeTask(Store<T>& store, const FixedSumPlan& plan, bool hasMarks) const {
-  const bool wantsRanges = wantsRange(sums->getProduct()) || wantsRange(sums->getAccumulator());
-  lanes::FixedSumTask<T> task;
-  task.form = plan.form;
-  task.gathers = plan.form == lanes::FixedForm::exact ? wantsRanges : countsCasts();
-  task.columns = extents.columns;
-  task.filterRows = extents.rows;
-  task.taps = store.taps.data();
-  task.append = plan.append;
-  task.ownAppend = plan.ownAppend;
-  task.otherAppend = plan.otherAppend;
-  task.product = plan.product;
-  task.sum = plan.sum;
-  task.lines = store.ring.pointers.data();
-  task.counted = hasMarks ? store.markPointers.data() : nullptr;
-  task.out = store.outPointers.data();
-  return task;
+bool FixedSumWalk::wantsRanges() const { return wantsRange(sums->getProduct()) || wantsRange(sums->getAccumulator()); }
+
+template <class C>
+void FixedSumWalk::runFrom(const LineSource<C>& source, const Area& area, bool gathersLines) {
+  if (plan->dots != lanes::DotOperands::none && !wantsRanges()) {
+    packDots();
+    if (plan->dots == lanes::DotOperands::words) return runDots(dots.words, source, area, gathersLines);
+    return runDots(dots.bytes, source, area, gathersLines);
+  }
+  if (plan->laneBits == 32) return runSingly(narrow, source, area, gathersLines);
+  runSingly(wide, source, area, gathersLines);
 }
 
-template <class T>
-void FixedSumWalk::runIn(Store<T>& store, const FixedSumPlan& plan, const LineSource<Fixpt>& source, const Area& area,
-                         Fixpt& y, bool gathersLines) {
-  const std::vector<std::int64_t>& taps = sums->getTaps();
-  for (std::size_t n = 0; n < taps.size(); ++n) {
-    store.taps[n] = static_cast<T>(plan.tapShift < 0 ? taps[n] >> -plan.tapShift : taps[n] << plan.tapShift);
-  }
-  const auto runWith = [&](auto container) {
-    using C = decltype(container);
-    const auto* const data = static_cast<const C*>(source.data->data());
-    const C* const pad = source.padType == PadTypeConstant ? static_cast<const C*>(source.padValue->data()) : nullptr;
-    const LineSource<C> lines{data, source.dims, source.rank, source.padType, pad};
-    if constexpr (sizeof(T) == 4) {
-      if (plan.takesPairs && !makeTask(store, plan, false).gathers) {
-        lanes::FixedPairTask::pack(store.taps.data(), extents.columns, extents.rows, pairs.data());
-        return runFrom(store, shortRing, plan, lines, area, y, gathersLines);
-      }
-    }
-    runFrom(store, store.ring, plan, lines, area, y, gathersLines);
-  };
-  switch (source.data->containerBits()) {
-    case 8: return runWith(std::uint8_t());
-    case 16: return runWith(std::uint16_t());
-    case 32: return runWith(std::uint32_t());
-    default: return runWith(std::uint64_t());
-  }
-}
-
-template <class T, class L, class C>
-void FixedSumWalk::runFrom(Store<T>& store, Ring<L>& ring, const FixedSumPlan& plan, const LineSource<C>& source,
-                           const Area& area, Fixpt& y, bool gathersLines) {
-  const bool hasMarks = source.padType == PadTypeConstant;
+/// Calls `take` with each tile, whose lines lie in the ring's pointers.
+template <class L, class C, class TakeT>
+void FixedSumWalk::forEachTile(Ring<L>& ring, const LineSource<C>& source, const Area& area, bool gathersLines,
+                               TakeT&& take) {
   LineReader<C>& reader = std::get<LineReader<C>>(readers);
   reader.beginSector(source, gathersLines);
-  lanes::FixedSumTask<T> task = makeTask(store, plan, hasMarks);
-  for (int x = 0; x < area.width; x += stripWidth) {
-    task.width = std::min(stripWidth, area.width - x);
-    const int length = static_cast<int>(task.width) + extents.columns - 1, column = area.column + x;
+  constexpr int strip = sizeof(L) == 1 ? byteStripWidth : stripWidth, most = sizeof(L) == 2 ? wordTileRows : tileRows;
+  for (int x = 0; x < area.width; x += strip) {
+    const int width = std::min(strip, area.width - x), length = width + extents.columns - 1;
+    const int column = area.column + x,
+              lastColumn = source.padType == PadTypeConstant ? source.dims[0] : column + length;
     reader.beginStretch(column, length);
-    for (int k = 0; k < length && hasMarks; ++k) {
-      store.marks[sizeOf(k)] = static_cast<T>(column + k >= 0 && column + k < source.dims[0] ? -1 : 0);
-    }
+    products.beginStrip(width, source.padType == PadTypeConstant ? -column : 0, lastColumn - column);
     int ready = 0;
-    for (int row = 0; row < area.height; row += tileRows) {
-      task.rows = std::min(tileRows, area.height - row);
-      const int needed = task.rows + extents.rows - 1;
-      readLines(ring, reader, area.row, ready, row + needed, length);
+    for (int row = 0; row < area.height; row += most) {
+      const int rows = std::min(most, area.height - row), needed = rows + extents.rows - 1;
+      readLines(ring, reader, source, area.row, ready, row + needed, length);
       ready = row + needed;
-      for (int k = 0; k < needed; ++k) {
-        const int inputRow = area.row + row + k;
-        const bool isInside = inputRow >= 0 && inputRow < source.dims[1];
-        ring.pointers[sizeOf(k)] = ring.line(row + k);
-        store.markPointers[sizeOf(k)] = store.marks.data() + (isInside ? 0 : ring.pitch);
-      }
-      sumTile(store, task, sizeof(L) < sizeof(T));
-      for (int r = 0; r < task.rows; ++r) {
-        const std::ptrdiff_t first = std::ptrdiff_t{area.outPitch} * (area.outRow + row + r) + area.outColumn + x;
-        putRow(store.outPointers[sizeOf(r)], static_cast<int>(task.width), plan, first, y);
-      }
+      for (int k = 0; k < needed; ++k) ring.pointers[sizeOf(k)] = ring.place(row + k);
+      const std::ptrdiff_t first = std::ptrdiff_t{area.outPitch} * (area.outRow + row) + area.outColumn + x;
+      take(Tile{width, rows, first, column, area.row + row, row});
     }
   }
 }
 
 /// Reads lines `from` to before `to` of a strip, whose line 0 is row `firstRow` of the input.
 template <class L, class C>
-void FixedSumWalk::readLines(Ring<L>& ring, LineReader<C>& reader, int firstRow, int from, int to, int length) {
+void FixedSumWalk::readLines(Ring<L>& ring, LineReader<C>& reader, const LineSource<C>& source, int firstRow, int from,
+                             int to, int length) {
   const Range range =
       KarnDSPFixpt::detail::makeRange<std::int64_t>(sums->getInput().attributes().type(), fxpOverflowWrap);
+  const int bias = sizeof(L) < 4 ? plan->bias : 0;
+  const C* const end = source.data + std::ptrdiff_t{source.dims[0]} * source.dims[1];
+  const bool isDense = source.strides[1] == source.dims[0];  // so what follows a line is in the array
+  const bool isSame =
+      sizeof(L) == sizeof(C) && static_cast<C>(range.mask) == static_cast<C>(-1) && bias == 0 && isDense;
   for (int k = from; k < to; ++k) {
     const int index[2] = {0, firstRow + k};
-    convertLine(reader.read(index, reinterpret_cast<C*>(room.data())), length, range, ring.line(k));
-  }
-}
-
-template <class T>
-void FixedSumWalk::sumTile(const Store<T>& store, const lanes::FixedSumTask<T>& task, bool inPairs) {
-  if constexpr (sizeof(T) == 4) {
-    if (inPairs) {
-      lanes::sumFixedPairs({task.columns, task.filterRows, pairs.data(), shortRing.pointers.data(), task.rows,
-                            task.width, store.outPointers.data()});
+    const C* const line = reader.read(index, reinterpret_cast<C*>(room.data()));
+    const bool isInInput = !std::less<>()(line, source.data) && std::less<>()(line, end);
+    if (isSame && isInInput && end - line >= pitchOf(length)) {
+      ring.place(k) = reinterpret_cast<const L*>(line);
+    } else {
+      convertLine(line, length, range, bias, ring.line(k));
+      ring.place(k) = ring.line(k);
+    }
+    if constexpr (sizeof(L) >= 4) {
+      const bool isInside = source.padType != PadTypeConstant || (index[1] >= 0 && index[1] < source.dims[1]);
+      if (products.isInUse()) products.addLine(k, ring.line(k), isInside);
     }
   }
-  if (!inPairs) lanes::sumFixed(task, met);
-  if (!task.gathers && countsCasts()) lanes::countCasts(task, met);
 }
 
-/// Casts a row of sums into the output's type, and stores it from element `first` on.
+/// Begins to look at the input for what is counted about products, unless the kernel does that.
+void FixedSumWalk::beginProducts() {
+  const bool isAny = plan->form == lanes::FixedForm::any;
+  std::transform(sums->getTaps().begin(), sums->getTaps().end(), productTaps.begin(),
+                 [&](std::int64_t tap) { return shiftedTap<std::int64_t>(tap, plan->tapShift); });
+  products.begin(*plan, productTaps, countsCasts() && !isAny, wantsRanges() && !isAny);
+}
+
+/// Sums whose taps are added one by one.
+template <class T, class C>
+void FixedSumWalk::runSingly(Store<T>& store, const LineSource<C>& source, const Area& area, bool gathersLines) {
+  const std::vector<std::int64_t>& taps = sums->getTaps();
+  std::transform(taps.begin(), taps.end(), store.taps.begin(),
+                 [&](std::int64_t tap) { return shiftedTap<T>(tap, plan->tapShift); });
+  lanes::FixedSumTask<T> task = makeTask(store);
+  beginProducts();
+  forEachTile(store.ring, source, area, gathersLines, [&](const Tile& tile) {
+    task.rows = tile.rows;
+    task.width = tile.width;
+    if (source.padType == PadTypeConstant) setMarks(store, task, source, tile);
+    lanes::sumFixed(task, met);
+    if (products.isInUse()) products.addTile(tile.line, tile.rows, met.product);
+    if (countsCasts() && !(task.gathers && plan->form == lanes::FixedForm::any)) lanes::countCasts(task, met);
+    output.put(store.out.pointers.data(), {tile.width, tile.rows, tile.first, area.outPitch});
+  });
+}
+
+/// The task of a tile, without its rows and width.
 template <class T>
-void FixedSumWalk::putRow(T* values, int count, const FixedSumPlan& plan, std::ptrdiff_t first, Fixpt& y) {
-  if constexpr (sizeof(T) == 4) {
-    if (plan.outputLaneBits == 64) {
-      std::copy_n(values, count, wide.out.data());
-      castRow(wide.out.data(), count, plan, first, y);
-      return;
+lanes::FixedSumTask<T> FixedSumWalk::makeTask(Store<T>& store) const {
+  lanes::FixedSumTask<T> task;
+  task.form = plan->form;
+  const bool cutsSums = plan->path == FixedSumPath::checkedSums || plan->form == lanes::FixedForm::any;
+  task.gathers = (cutsSums && countsCasts()) || wantsRanges();
+  task.ranges = wantsRanges();
+  task.columns = extents.columns;
+  task.filterRows = extents.rows;
+  task.taps = store.taps.data();
+  task.append = plan->append;
+  task.ownAppend = plan->ownAppend;
+  task.otherAppend = plan->otherAppend;
+  task.product = plan->product;
+  task.sum = plan->sum;
+  task.lines = store.ring.pointers.data();
+  task.out = store.out.pointers.data();
+  return task;
+}
+
+/// Marks the values of a tile's lines that lie in the input.
+template <class T, class C>
+void FixedSumWalk::setMarks(Store<T>& store, lanes::FixedSumTask<T>& task, const LineSource<C>& source,
+                            const Tile& tile) const {
+  for (int k = 0; k < tile.width + extents.columns - 1; ++k) {
+    store.marks[sizeOf(k)] = static_cast<T>(tile.column + k >= 0 && tile.column + k < source.dims[0] ? -1 : 0);
+  }
+  for (int k = 0; k < tile.rows + extents.rows - 1; ++k) {
+    const bool isInside = tile.row + k >= 0 && tile.row + k < source.dims[1];
+    store.markPointers[sizeOf(k)] = store.marks.data() + (isInside ? 0 : store.markPitch);
+  }
+  task.counted = store.markPointers.data();
+}
+
+/// Packs the taps for exact sums of narrow operands; with a bias b, the sum begins with -b times the sum of the taps.
+void FixedSumWalk::packDots() {
+  const auto pack = [&](auto&& part, std::vector<std::int32_t>& packed) {
+    std::transform(sums->getTaps().begin(), sums->getTaps().end(), dots.taps.begin(), [&](std::int64_t tap) {
+      return static_cast<std::int32_t>(part(shiftedTap<std::int64_t>(tap, plan->tapShift)));
+    });
+    lanes::packDots(plan->dots, dots.taps.data(), extents.columns, extents.rows, packed.data());
+  };
+  dots.start = 0;
+  for (const std::int64_t tap : sums->getTaps()) {
+    dots.start -= plan->bias * shiftedTap<std::int64_t>(tap, plan->tapShift);
+  }
+  if (plan->dotsInTwo) {
+    pack([](std::int64_t tap) { return lanes::DotHalves::of(tap).low; }, dots.packed);
+    pack([](std::int64_t tap) { return lanes::DotHalves::of(tap).high; }, dots.packedHigh);
+  } else {
+    pack([](std::int64_t tap) { return tap; }, dots.packed);
+  }
+}
+
+template <class L, class C>
+void FixedSumWalk::runDots(Ring<L>& ring, const LineSource<C>& source, const Area& area, bool gathersLines) {
+  lanes::FixedSumTask<std::int32_t> counted = makeTask(narrow);
+  forEachTile(ring, source, area, gathersLines, [&](const Tile& tile) {
+    std::copy(ring.pointers.begin(), ring.pointers.end(), dots.lines.begin());
+    if (plan->dotsInTwo) {
+      sumDotsInTwo(tile, area.outPitch);
+    } else {
+      sumDots(tile, area.outPitch);
     }
-  }
-  castRow(values, count, plan, first, y);
+    if (!countsCasts()) return;
+    counted.rows = tile.rows;
+    counted.width = tile.width;
+    if (source.padType == PadTypeConstant) setMarks(narrow, counted, source, tile);
+    lanes::countCasts(counted, met);
+  });
 }
 
-template <class T>
-void FixedSumWalk::castRow(T* values, int count, const FixedSumPlan& plan, std::ptrdiff_t first, Fixpt& y) {
-  lanes::castFixed<T>({plan.outputAppend, plan.output, values, count}, metScratch, metOutput);
-  const int bytes = y.containerBits() / 8;
-  std::byte* const to = static_cast<std::byte*>(y.data()) + first * bytes;
-  switch (bytes) {
-    case 1: return storeRow<std::int8_t>(values, count, to);
-    case 2: return storeRow<std::int16_t>(values, count, to);
-    case 4: return storeRow<std::int32_t>(values, count, to);
-    default: return storeRow<std::int64_t>(values, count, to);
-  }
+lanes::FixedDotTask FixedSumWalk::makeDotTask(const Tile& tile) const {
+  return {plan->dots,        extents.columns, extents.rows, dots.packed.data(),        0,
+          dots.lines.data(), tile.rows,       tile.width,   narrow.out.pointers.data()};
 }
 
-/// Each output is cast twice, as in the plain walk: into the scratch output, which has the accumulator's type, and from
-/// there into the output.
-void FixedSumWalk::addCounts(Fixpt& y) const {
-  addTo(sums->getProduct(), met.product);
-  addTo(sums->getAccumulator(), met.sum);
-  addTo(*scratch, metScratch);
-  addTo(y, metOutput);
+void FixedSumWalk::sumDots(const Tile& tile, std::ptrdiff_t outPitch) {
+  lanes::FixedDotTask task = makeDotTask(tile);
+  task.start = static_cast<std::int32_t>(dots.start);  // modulo 2^32, as the sums
+  std::vector<const void*>& lines = dots.lines;
+  const std::ptrdiff_t done = output.takesBytes() ? output.putBytes(task, tile.first, outPitch) : 0;
+  if (done == tile.width) return;
+  const std::ptrdiff_t bytes = plan->dots == lanes::DotOperands::words ? 2 : 1;
+  for (const void*& line : lines) line = static_cast<const std::byte*>(line) + done * bytes;
+  task.width -= done;
+  lanes::sumDots(task);
+  output.put(narrow.out.pointers.data(), {task.width, tile.rows, tile.first + done, outPitch});
+}
+
+void FixedSumWalk::sumDotsInTwo(const Tile& tile, std::ptrdiff_t outPitch) {
+  lanes::FixedDotTask task = makeDotTask(tile);
+  lanes::sumDots(task);
+  task.taps = dots.packedHigh.data();
+  task.out = dots.high.pointers.data();
+  lanes::sumDots(task);
+  for (int r = 0; r < tile.rows; ++r) {
+    std::int64_t* const sum = wide.out.pointers[sizeOf(r)];
+    lanes::joinDots(dots.high.pointers[sizeOf(r)], narrow.out.pointers[sizeOf(r)], dots.start, tile.width, sum);
+  }
+  output.put(wide.out.pointers.data(), {tile.width, tile.rows, tile.first, outPitch});
 }
 
 }  // namespace BP

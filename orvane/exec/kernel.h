@@ -1,5 +1,9 @@
 #pragma once
 
+#include <type_traits>
+#include <utility>
+
+#include "orvane/algorithm/collector.h"
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/enums.h"
 #include "orvane/plan/output.h"
@@ -54,6 +58,9 @@ class Kernel : public AnyKernel {
   void stepSearch(OutsideSector& s, Out& result, CleverPtr<int>& best) { stepSearchOutside(s, result, best); }
 
   Out& getScratch() const { return *output; }
+  /// What keeps the best of the positions that were searched; null for algorithms that have none.
+  using Value = std::remove_pointer_t<decltype(std::declval<Out&>().getBlock().getData().ptr)>;
+  virtual MinIdxCollector<Alloc, Value>* getBest() { return nullptr; }
 
  protected:
   Alloc* allocator;

@@ -7,7 +7,7 @@ namespace BP {
 template <class SumsT>
 void LineWalk<SumsT>::Geometry::resize(int dimensions) {
   const auto size = static_cast<std::size_t>(dimensions);
-  for (auto* table : {&position, &first, &last, &windowLoc, &windowDims, &inputDims, &outputOffset}) {
+  for (auto* table : {&position, &first, &last, &windowLoc, &windowDims, &inputDims, &inputStrides, &outputOffset}) {
     table->assign(size, 0);
   }
   outputStride.assign(size, 0);
@@ -53,8 +53,8 @@ void LineWalk<SumsT>::resize(const Block& filter, const Block& input, int walked
 }
 
 template <class SumsT>
-void LineWalk<SumsT>::readGeometry(const Sector& sector, const Block& filter, const Block& input, const Block& output) {
-  Size stride = 1;
+void LineWalk<SumsT>::readGeometry(const LineSource<UT>& source, const Sector& sector, const Block& filter,
+                                   const Block& input, const Block& output, const int* outputStrides) {
   for (int i = 0; i < rank; ++i) {
     const auto d = static_cast<std::size_t>(i);
     const bool isThere = i < hostRank;
@@ -63,9 +63,9 @@ void LineWalk<SumsT>::readGeometry(const Sector& sector, const Block& filter, co
     g.windowLoc[d] = isThere ? filter.getLoc().ptr[i] : 0;
     g.windowDims[d] = isThere ? filter.getDims().ptr[i] : 1;
     g.inputDims[d] = isThere ? input.getDims().ptr[i] : 1;
+    g.inputStrides[d] = isThere ? source.strides[i] : 0;
     g.outputOffset[d] = isThere ? input.getOrigin().ptr[i] - output.getOrigin().ptr[i] : 0;
-    g.outputStride[d] = stride;
-    stride *= isThere ? output.getDims().ptr[i] : 1;
+    g.outputStride[d] = isThere ? outputStrides[i] : 0;
     tapEnd[d] = g.windowDims[d] - 1;
   }
   g.position = g.first;
@@ -73,21 +73,42 @@ void LineWalk<SumsT>::readGeometry(const Sector& sector, const Block& filter, co
 
 template <class SumsT>
 bool LineWalk<SumsT>::run(const LineSource<UT>& source, const Sector& sector, const OuterSector* edges,
-                          const Block& filter, const Block& input, const Block& output, YT* y) {
+                          const Block& filter, const Block& input, const Block& output, const LineTarget<YT>& target) {
   if (!lanes::areInUse() || !sums->isReady()) return false;
-  readGeometry(sector, filter, input, output);
+  readGeometry(source, sector, filter, input, output, target.strides);
   beginLines(source, edges != nullptr && edges->getIsListed(0));
   const int width = g.last[0] - g.first[0] + 1, height = g.last[1] - g.first[1] + 1;
   const auto hasRoom = [&](Size elements) { return elements <= static_cast<Size>(copied.size()); };
   if (width <= capacity.turnedWidth && width < height &&
       hasRoom(turnedElements(width, std::min(height, capacity.turnedHeight)))) {
-    runTurned(y);
+    runTurned(target);
     return true;
   }
-  const int runWidth = std::min(width, reader.gathers() ? capacity.copiedWidth : capacity.width);
   const int runRows = std::min(height, capacity.rows);
-  if (reader.gathers() && !hasRoom(uprightElements(runWidth, runRows))) return false;
-  runUpright(y, runWidth, runRows);
+  int runWidth = std::min(width, reader.gathers() ? capacity.copiedWidth : capacity.width);
+  if (reader.converts() || target.stored != Stored::asComputed) {
+    runWidth = std::min(width, Limits::convertedWidth);
+    if (!makeConvertedRoom(runWidth, runRows)) return false;
+  } else if (reader.gathers() && !hasRoom(uprightElements(runWidth, runRows))) {
+    return false;
+  }
+  if (reader.converts() && sums->getExtents().planes == 1) {
+    runColumns(target, runWidth, runRows);
+  } else {
+    runUpright(target, runWidth, runRows);
+  }
+  return true;
+}
+
+/// Makes room for runs of converted lines and rounded outputs, once; false if that would be too much.
+template <class SumsT>
+bool LineWalk<SumsT>::makeConvertedRoom(int width, int rows) {
+  const Size elements = uprightElements(width, rows);
+  if (!canCopy(elements)) return false;
+  const auto grow = [](auto& room, Size size) { room.resize(std::max(room.size(), static_cast<std::size_t>(size))); };
+  grow(copied, elements);
+  grow(kept, rows + sums->getExtents().rows - 1);
+  grow(storedRows, Size{width} * rows);
   return true;
 }
 
@@ -95,6 +116,7 @@ template <class SumsT>
 void LineWalk<SumsT>::beginLines(const LineSource<UT>& source, bool gathers) {
   LineSource<UT> lineSource = source;
   lineSource.dims = g.inputDims.data();
+  lineSource.strides = g.inputStrides.data();
   lineSource.rank = rank;
   reader.beginSector(lineSource, gathers);
 }
@@ -105,10 +127,12 @@ template <class TakeT>
 bool LineWalk<SumsT>::runInStrips(const LineSource<UT>& source, const Sector& sector, const Block& filter,
                                   const Block& input, TakeT&& take) {
   if (!lanes::areInUse() || !sums->isReady()) return false;
-  readGeometry(sector, filter, input, input);
+  readGeometry(source, sector, filter, input, input, source.strides);
   const int width = g.last[0] - g.first[0] + 1, height = g.last[1] - g.first[1] + 1, firstRow = g.first[1];
   if (Size{width} * stripRows > static_cast<Size>(strip.size())) return false;
   beginLines(source, false);
+  const int runWidth = std::min(width, reader.converts() ? Limits::convertedWidth : capacity.width);
+  if (reader.converts() && !makeConvertedRoom(runWidth, std::min(height, stripRows))) return false;
   g.outputStride[1] = width;
   g.outputOffset[0] = -g.first[0];
   for (int row = 0; row < height; row += stripRows) {
@@ -116,7 +140,7 @@ bool LineWalk<SumsT>::runInStrips(const LineSource<UT>& source, const Sector& se
     g.first[1] = firstRow + row;
     g.last[1] = g.first[1] + rows - 1;
     g.outputOffset[1] = -g.first[1];
-    runUpright(strip.data(), std::min(width, capacity.width), rows);
+    runUpright({strip.data(), nullptr}, runWidth, rows);
     take(strip.data(), row, rows, width);
   }
   return true;
@@ -154,7 +178,7 @@ typename LineWalk<SumsT>::Size LineWalk<SumsT>::outputIndex() const {
 }
 
 template <class SumsT>
-void LineWalk<SumsT>::runUpright(YT* y, int maxWidth, int maxRows) {
+void LineWalk<SumsT>::runUpright(const LineTarget<YT>& target, int maxWidth, int maxRows) {
   const int columns = sums->getExtents().columns;
   do {
     for (int row = g.first[1]; row <= g.last[1]; row += maxRows) {
@@ -164,46 +188,97 @@ void LineWalk<SumsT>::runUpright(YT* y, int maxWidth, int maxRows) {
         g.position[0] = x;
         const int width = std::min(maxWidth, g.last[0] - x + 1);
         reader.beginStretch(x + g.windowLoc[0], width + columns - 1);
-        computeUpright(y, width, rows);
+        computeUpright(target, width, rows);
       }
     }
   } while (nextPosition(g.position, g.first, g.last));
 }
 
+/// The same of converted lines, which are kept from one run to the one below.
 template <class SumsT>
-void LineWalk<SumsT>::computeUpright(YT* y, int width, int rows) {
+void LineWalk<SumsT>::runColumns(const LineTarget<YT>& target, int maxWidth, int maxRows) {
   const auto extents = sums->getExtents();
-  const Size perPlane = rows + extents.rows - 1, length = width + extents.columns - 1;
+  do {
+    for (int x = g.first[0]; x <= g.last[0]; x += maxWidth) {
+      g.position[0] = x;
+      const int width = std::min(maxWidth, g.last[0] - x + 1);
+      reader.beginStretch(x + g.windowLoc[0], width + extents.columns - 1);
+      keptLines = maxRows + extents.rows - 1;
+      readyRow = g.first[1];
+      for (int row = g.first[1]; row <= g.last[1]; row += maxRows) {
+        g.position[1] = row;
+        computeUpright(target, width, std::min(maxRows, g.last[1] - row + 1));
+      }
+    }
+  } while (nextPosition(g.position, g.first, g.last));
+  keptLines = 0;
+}
+
+/// The line of the index; `number` counts lines of a run, and those that are kept lie in turns.
+template <class SumsT>
+const typename LineWalk<SumsT>::UT* LineWalk<SumsT>::readLine(int number, int length) {
+  if (keptLines == 0) {
+    return reader.read(index.data(), reader.gathers() ? copied.data() + Size{number} * length : nullptr);
+  }
+  const int row = g.position[1] + number, place = (row - g.first[1]) % keptLines;
+  const UT*& line = kept[static_cast<std::size_t>(place)];
+  if (row >= readyRow) {
+    line = reader.read(index.data(), copied.data() + Size{place} * length);
+    readyRow = row + 1;
+  }
+  return line;
+}
+
+template <class SumsT>
+void LineWalk<SumsT>::computeUpright(const LineTarget<YT>& target, int width, int rows) {
+  const auto extents = sums->getExtents();
+  const Size perPlane = rows + extents.rows - 1;
+  const int length = width + extents.columns - 1;
   forEachPlane([&](int plane) {
     for (Size k = 0; k < perPlane; ++k) {
       index[1] = g.position[1] + g.windowLoc[1] + static_cast<int>(k);
       const Size number = plane * perPlane + k;
-      UT* const room = reader.gathers() ? copied.data() + number * length : nullptr;
-      lines[static_cast<std::size_t>(number)] = reinterpret_cast<const Real*>(reader.read(index.data(), room));
+      lines[static_cast<std::size_t>(number)] =
+          reinterpret_cast<const Real*>(readLine(static_cast<int>(number), length));
     }
   });
-  YT* const target = y + outputIndex();
+  const bool isRounded = target.stored != Stored::asComputed;
+  YT* const first = isRounded ? storedRows.data() : target.data + outputIndex();
   for (int r = 0; r < rows; ++r) {
-    out[static_cast<std::size_t>(r)] = reinterpret_cast<Real*>(target + g.outputStride[1] * r);
+    out[static_cast<std::size_t>(r)] = reinterpret_cast<Real*>(first + (isRounded ? width : g.outputStride[1]) * r);
   }
   sums->compute(false, {lines.data(), perPlane, rows, width, out.data()});
+  if (isRounded) storeRows(target, width, rows);
+}
+
+/// Rounds the rows of a run to the type in which outputs are stored.
+template <class SumsT>
+void LineWalk<SumsT>::storeRows(const LineTarget<YT>& target, int width, int rows) {
+  if constexpr (std::is_floating_point_v<YT>) {
+    auto* const bytes = reinterpret_cast<std::byte*>(target.data);
+    const auto size = static_cast<Size>(storedBytes<YT>(target.stored));
+    for (int r = 0; r < rows; ++r) {
+      *target.clipped += lanes::roundLine(target.stored, storedRows.data() + Size{width} * r, width,
+                                          bytes + (outputIndex() + g.outputStride[1] * r) * size);
+    }
+  }
 }
 
 template <class SumsT>
-void LineWalk<SumsT>::runTurned(YT* y) {
+void LineWalk<SumsT>::runTurned(const LineTarget<YT>& target) {
   const int width = g.last[0] - g.first[0] + 1;
   do {
     reader.beginStretch(g.first[0] + g.windowLoc[0], width + sums->getExtents().columns - 1);
     for (int row = g.first[1]; row <= g.last[1]; row += capacity.turnedHeight) {
       g.position[1] = row;
-      computeTurned(y, width, std::min(capacity.turnedHeight, g.last[1] - row + 1));
+      computeTurned(target, width, std::min(capacity.turnedHeight, g.last[1] - row + 1));
     }
   } while (nextPosition(g.position, g.first, g.last));
 }
 
 /// An area of `width` by `rows` outputs: line k of plane and filter row j is column k of the input, from element j on.
 template <class SumsT>
-void LineWalk<SumsT>::computeTurned(YT* y, int width, int rows) {
+void LineWalk<SumsT>::computeTurned(const LineTarget<YT>& target, int width, int rows) {
   const auto extents = sums->getExtents();
   const Size columns = width + extents.columns - 1, length = rows + extents.rows - 1;
   forEachPlane([&](int plane) {
@@ -219,10 +294,18 @@ void LineWalk<SumsT>::computeTurned(YT* y, int width, int rows) {
     out[static_cast<std::size_t>(c)] = reinterpret_cast<Real*>(turnedOutput.data() + Size{c} * rows);
   }
   sums->compute(true, {lines.data(), columns, width, rows, out.data()});
-  YT* const target = y + outputIndex();
   for (int r = 0; r < rows; ++r) {
-    for (int c = 0; c < width; ++c)
-      target[g.outputStride[1] * r + c] = turnedOutput[static_cast<std::size_t>(c * rows + r)];
+    const Size first = outputIndex() + g.outputStride[1] * r;
+    for (int c = 0; c < width; ++c) {
+      const YT value = turnedOutput[static_cast<std::size_t>(c * rows + r)];
+      if constexpr (std::is_floating_point_v<YT>) {
+        if (target.stored != Stored::asComputed) {
+          putStored(target.stored, target.data, first + c, value, *target.clipped);
+          continue;
+        }
+      }
+      target.data[first + c] = value;
+    }
   }
 }
 

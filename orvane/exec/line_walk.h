@@ -8,6 +8,7 @@
 #include "orvane/algorithm/algorithm.h"
 #include "orvane/algorithm/lane_sums.h"
 #include "orvane/input/line_reader.h"
+#include "orvane/lanes/conversions.h"
 #include "orvane/lanes/target.h"
 #include "orvane/plan/block.h"
 #include "orvane/plan/sector.h"
@@ -26,7 +27,11 @@ namespace BP {
 /// sector that is narrow and high, as at the left edge of a picture, is turned: its input is copied so that columns
 /// become lines, and lanes run across neighbouring rows, in the same order of taps.
 ///
-/// `resize` makes all room. That is a number of lines which follows from the filter, whatever the size of the arrays.
+/// Where elements are stored in another type, runs go down in columns, so that each line is converted once and kept for
+/// the runs below. Such outputs are computed in room of the walk, and rounded row by row.
+///
+/// `resize` makes all room, but that for arrays that are stored so, which the first run makes. That is a number of
+/// lines which follows from the filter, whatever the size of the arrays.
 template <class SumsT>
 class LineWalk {
  public:
@@ -42,7 +47,7 @@ class LineWalk {
   /// Computes all outputs of a sector; `edges` is the sector again, or null for an inside one. Returns false and does
   /// nothing if lanes are not in use, do not take the filter, or would need more room than there is.
   bool run(const LineSource<UT>& source, const Sector& sector, const OuterSector* edges, const Block& filter,
-           const Block& input, const Block& output, YT* y);
+           const Block& input, const Block& output, const LineTarget<YT>& target);
 
   /// Computes the outputs of an inside sector in *strips*: a few whole rows of it, without those between the rows of an
   /// output. Calls `take(strip, firstRow, rows, width)` for each, where row 0 is the sector's first. Returns false as
@@ -63,22 +68,28 @@ class LineWalk {
     std::vector<int> windowLoc;   ///< from a position to the window's first input element
     std::vector<int> windowDims;  ///< extents of the filter
     std::vector<int> inputDims;
+    std::vector<int> inputStrides;
     std::vector<int> outputOffset;  ///< from a position to the output's index
     std::vector<Size> outputStride;
     void resize(int dimensions);
   };
 
   void beginLines(const LineSource<UT>& source, bool gathers);
-  void readGeometry(const Sector& sector, const Block& filter, const Block& input, const Block& output);
+  void readGeometry(const LineSource<UT>& source, const Sector& sector, const Block& filter, const Block& input,
+                    const Block& output, const int* outputStrides);
   bool nextPosition(std::vector<int>& at, const std::vector<int>& low, const std::vector<int>& high) const;
   static bool canCopy(Size elements) { return elements <= maxCopied; }
   /// Elements of the lines of a run that are gathered, or turned.
   Size uprightElements(int width, int rows) const;
   Size turnedElements(int width, int rows) const;
-  void runUpright(YT* y, int maxWidth, int maxRows);
-  void runTurned(YT* y);
-  void computeUpright(YT* y, int width, int rows);
-  void computeTurned(YT* y, int width, int rows);
+  bool makeConvertedRoom(int width, int rows);
+  void runUpright(const LineTarget<YT>& target, int maxWidth, int maxRows);
+  void runColumns(const LineTarget<YT>& target, int maxWidth, int maxRows);
+  void runTurned(const LineTarget<YT>& target);
+  void computeUpright(const LineTarget<YT>& target, int width, int rows);
+  const UT* readLine(int number, int length);
+  void storeRows(const LineTarget<YT>& target, int width, int rows);
+  void computeTurned(const LineTarget<YT>& target, int width, int rows);
   template <class TakeT>
   void forEachPlane(TakeT&& take);
   Size outputIndex() const;
@@ -109,6 +120,10 @@ class LineWalk {
   std::vector<const Real*> lines;
   std::vector<Real*> out;
   std::vector<UT> copied;
+  std::vector<const UT*> kept;  ///< of converted lines, which lie in `copied` in turns: where each is
+  int keptLines = 0;            ///< how many lines take turns; 0 if none is kept
+  int readyRow = 0;             ///< the row of the input whose line is not ready yet, before which all are
+  std::vector<YT> storedRows;   ///< outputs before they are rounded to the type in which they are stored
   std::vector<YT> turnedOutput;
   std::vector<YT> strip;
 };

@@ -36,8 +36,8 @@ WalkGeometry walkGeometry(const Algo& algorithm, const Sector& sector, const Out
     walk.hi[d] = sector.getEnd().ptr[d] + offset;
     walk.shift[d] = offset - algorithm.getFilter().getLoc().ptr[d];
   }
-  walk.inputPitch = u.getDims().ptr[0];
-  walk.outputPitch = y.getDims().ptr[0];
+  walk.inputPitch = u.getStrides().ptr[1];
+  walk.outputPitch = y.getStrides().ptr[1];
   return walk;
 }
 
@@ -54,7 +54,7 @@ class InsideScorer {
   void operator()(int x, int y) { algorithm.scoreAt(sector, scratch, indexOf(x, y)); }
 
   /// Whether all elements that the window at (x, y) addresses belong to the input. A stepped search can ask for windows
-  /// that run over the end of a row, which linear indexing allows, and for windows that leave the array.
+  /// that run over the end of a row, which linear indexing of a dense input allows, and for windows that leave it.
   bool canScore(int x, int y) const {
     const int* hDims = algorithm.getFilter().getDims().ptr;
     const int first = indexOf(x, y);
@@ -118,12 +118,11 @@ class OuterScorer {
 template <class ScorerT, class Out>
 void runWalk(ScorerT&& score, const WalkGeometry& walk, Out& scratch, Out& result) {
   auto* const from = scratch.getBlock().getData().ptr;
-  auto* const to = result.getBlock().getData().ptr;
   for (int y = walk.lo[1]; y <= walk.hi[1]; ++y) {
     const int row = walk.outputPitch * y;
     for (int x = walk.lo[0]; x <= walk.hi[0]; ++x) {
       score(x, y);
-      assign(elementAt(to, row + x), elementAt(from, 0));
+      result.getBlock().put(row + x, elementAt(from, 0));
     }
   }
 }

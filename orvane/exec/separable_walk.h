@@ -8,6 +8,7 @@
 #include "orvane/core/element.h"
 #include "orvane/core/enums.h"
 #include "orvane/input/line_reader.h"
+#include "orvane/lanes/conversions.h"
 #include "orvane/lanes/separable.h"
 #include "orvane/lanes/target.h"
 
@@ -34,11 +35,13 @@ class SeparableWalk {
   /// Makes all room, for filters of these many taps.
   void resize(int columns, int rows);
 
-  /// Filters all lines that `lines` reads, of rank 2, into `y`. `beyond` is what the array between yields beyond its
-  /// edge under a constant pad. Returns false and does nothing if lanes are not in use, the filters are too long for
-  /// them, or there is nothing to compute.
+  /// Whether lanes are in use and take the filters.
+  bool canRun() const { return isReady && lanes::areInUse(); }
+  /// Filters all lines that `lines` reads, of rank 2, into `target`. `beyond` is what the array between yields beyond
+  /// its edge under a constant pad. Returns false and does nothing if lanes are not in use, the filters are too long
+  /// for them, or there is nothing to compute.
   bool run(const LineSource<UT>& lines, const YT* beyond, const HT* first, const HT* second, bool reversed,
-           const SeparableGeometry& geometry, YT* y);
+           const SeparableGeometry& geometry, const LineTarget<YT>& target);
 
  private:
   using Real = decltype(std::real(YT()));
@@ -51,14 +54,17 @@ class SeparableWalk {
                                                                            : lanes::Elements::realReal);
 
   static constexpr int stripWidth = 4096;
-  static constexpr int copiedWidth = 256;    ///< of a strip whose lines are gathered
-  static constexpr int edgeWidth = 16;       ///< strips at an edge are multiples of this, where there is room
-  static constexpr int maxRows = 512;        ///< in a run
-  static constexpr int maxCopiedRows = 128;  ///< in a run whose lines are gathered
+  static constexpr int copiedWidth = 256;      ///< of a strip whose lines are gathered
+  static constexpr int convertedWidth = 1024;  ///< of a strip whose lines or outputs are converted
+  static constexpr int edgeWidth = 16;         ///< strips at an edge are multiples of this, where there is room
+  static constexpr int maxRows = 512;          ///< in a run
+  static constexpr int maxCopiedRows = 128;    ///< in a run whose lines are gathered
 
-  void runStrips(const SeparableGeometry& g, int begin, int end, int maxWidth, YT* y);
-  void runStrip(const SeparableGeometry& g, int x, int width, YT* y);
+  void runStrips(const SeparableGeometry& g, int begin, int end, int maxWidth, const LineTarget<YT>& target);
+  void runStrip(const SeparableGeometry& g, int x, int width, const LineTarget<YT>& target);
   const UT* lineAt(int row, int length, int number);
+  void storeRows(const LineTarget<YT>& target, int x, int row, int width, int count);
+  void makeConvertedRoom(const SeparableGeometry& g);
 
   static constexpr int maxTaps = 1024;  ///< of each filter
 
@@ -72,6 +78,7 @@ class SeparableWalk {
   std::vector<const Real*> linePointers;
   std::vector<Real*> outPointers;
   std::vector<UT> copied;
+  std::vector<YT> rounded;  ///< outputs of a run before they are rounded to the type in which they are stored
   std::vector<YT> beyondLine;
 };
 
@@ -97,10 +104,9 @@ void SeparableWalk<HT, UT, YT>::resize(int columns, int rows) {
 
 template <class HT, class UT, class YT>
 bool SeparableWalk<HT, UT, YT>::run(const LineSource<UT>& lines, const YT* beyond, const HT* first, const HT* second,
-                                    bool reversed, const SeparableGeometry& g, YT* y) {
+                                    bool reversed, const SeparableGeometry& g, const LineTarget<YT>& target) {
   const int width = g.outputDims[0];
-  if (!isReady || !lanes::areInUse() || width < 1 || g.outputDims[1] < 1 || lines.dims[0] < 1 || lines.dims[1] < 1)
-    return false;
+  if (!canRun() || width < 1 || g.outputDims[1] < 1 || lines.dims[0] < 1 || lines.dims[1] < 1) return false;
   source = lines;
   along.pack(reinterpret_cast<const Real*>(first), reversed);
   across.pack(reinterpret_cast<const Real*>(second), reversed);
@@ -109,16 +115,19 @@ bool SeparableWalk<HT, UT, YT>::run(const LineSource<UT>& lines, const YT* beyon
   const int left = std::min(roundedUp(std::max(-g.first[0], 0)), width);
   const int beyondRight = g.first[0] + width + g.columns - 1 - lines.dims[0];  // outputs that cross the right edge
   const int right = std::max(width - roundedUp(std::max(beyondRight, 0)), left);
-  runStrips(g, 0, left, copiedWidth, y);
-  runStrips(g, left, right, stripWidth, y);
-  runStrips(g, right, width, copiedWidth, y);
+  const bool isPlain = lines.stored == Stored::asComputed && target.stored == Stored::asComputed;
+  if (!isPlain) makeConvertedRoom(g);
+  runStrips(g, 0, left, copiedWidth, target);
+  runStrips(g, left, right, isPlain ? stripWidth : convertedWidth, target);
+  runStrips(g, right, width, copiedWidth, target);
   return true;
 }
 
 /// The columns from `begin` to before `end`. All of one call cross an edge, or none does.
 template <class HT, class UT, class YT>
-void SeparableWalk<HT, UT, YT>::runStrips(const SeparableGeometry& g, int begin, int end, int maxWidth, YT* y) {
-  for (int x = begin; x < end; x += maxWidth) runStrip(g, x, std::min(maxWidth, end - x), y);
+void SeparableWalk<HT, UT, YT>::runStrips(const SeparableGeometry& g, int begin, int end, int maxWidth,
+                                          const LineTarget<YT>& target) {
+  for (int x = begin; x < end; x += maxWidth) runStrip(g, x, std::min(maxWidth, end - x), target);
 }
 
 /// The line of a row between, which its first pass takes from the input's row; null for a row of the constant pad.
@@ -132,12 +141,13 @@ const UT* SeparableWalk<HT, UT, YT>::lineAt(int row, int length, int number) {
 }
 
 template <class HT, class UT, class YT>
-void SeparableWalk<HT, UT, YT>::runStrip(const SeparableGeometry& g, int x, int width, YT* y) {
+void SeparableWalk<HT, UT, YT>::runStrip(const SeparableGeometry& g, int x, int width, const LineTarget<YT>& target) {
   const int start = g.first[0] + x, length = width + g.columns - 1;
   reader.beginSector(source, start < 0 || start + length > source.dims[0]);
   reader.beginStretch(start, length);
   const lanes::SeparableSums<Real> sums(along, across, scratch.data(), scratchLines.data());
-  const int runRows = reader.gathers() ? maxCopiedRows : maxRows;
+  const bool isRounded = target.stored != Stored::asComputed;
+  const int runRows = reader.gathers() || isRounded ? maxCopiedRows : maxRows;
   for (int row = 0; row < g.outputDims[1]; row += runRows) {
     const int count = std::min(runRows, g.outputDims[1] - row);
     for (int k = 0; k < count + g.rows - 1; ++k) {
@@ -145,12 +155,35 @@ void SeparableWalk<HT, UT, YT>::runStrip(const SeparableGeometry& g, int x, int 
           reinterpret_cast<const Real*>(lineAt(g.first[1] + row + k, length, k));
     }
     for (int r = 0; r < count; ++r) {
-      outPointers[static_cast<std::size_t>(r)] =
-          reinterpret_cast<Real*>(y + x + std::ptrdiff_t{g.outputDims[0]} * (row + r));
+      YT* const out = isRounded ? rounded.data() + std::ptrdiff_t{width} * r
+                                : target.data + x + std::ptrdiff_t{target.strides[1]} * (row + r);
+      outPointers[static_cast<std::size_t>(r)] = reinterpret_cast<Real*>(out);
     }
     sums.sumProducts({linePointers.data(), count + g.rows - 1, count, width, outPointers.data()},
                      reinterpret_cast<const Real*>(beyondLine.data()));
+    if (isRounded) storeRows(target, x, row, width, count);
   }
+}
+
+/// Rounds the rows of a run to the type in which outputs are stored.
+template <class HT, class UT, class YT>
+void SeparableWalk<HT, UT, YT>::storeRows(const LineTarget<YT>& target, int x, int row, int width, int count) {
+  if constexpr (std::is_floating_point_v<YT>) {
+    auto* const bytes = reinterpret_cast<std::byte*>(target.data);
+    const auto size = static_cast<std::ptrdiff_t>(storedBytes<YT>(target.stored));
+    for (int r = 0; r < count; ++r) {
+      *target.clipped += lanes::roundLine(target.stored, rounded.data() + std::ptrdiff_t{width} * r, width,
+                                          bytes + (x + std::ptrdiff_t{target.strides[1]} * (row + r)) * size);
+    }
+  }
+}
+
+/// Makes room for arrays that are stored in another type, once.
+template <class HT, class UT, class YT>
+void SeparableWalk<HT, UT, YT>::makeConvertedRoom(const SeparableGeometry& g) {
+  const std::size_t lineLength = std::size_t{convertedWidth} + static_cast<std::size_t>(g.columns) - 1;
+  copied.resize((std::size_t{maxCopiedRows} + static_cast<std::size_t>(g.rows) - 1) * lineLength);
+  rounded.resize(std::size_t{maxCopiedRows} * convertedWidth);
 }
 
 }  // namespace BP

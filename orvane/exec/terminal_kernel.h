@@ -27,8 +27,9 @@ class TerminalKernel : public Kernel<Out, Alloc> {
     if (stage != setupResize && stage != setupStart) return;
     const auto& filter = algorithm->getFilter();
     const int rank = isEmpty ? filter.getNumDims() : std::min(filter.getNumDims(), 2);
-    if constexpr (searchesInStrips) {
-      lines.resize(filter, algorithm->getInput().getBlock(), rank, true);
+    if constexpr (hasStrips) {
+      const auto& u = algorithm->getInput().getBlock();
+      lines.resize(filter, u, rank, searchesInStrips || u.getStored() != Stored::asComputed);
     } else {
       lines.resize(filter, algorithm->getInput().getBlock(), rank);
     }
@@ -64,6 +65,10 @@ class TerminalKernel : public Kernel<Out, Alloc> {
   }
 
   Algo& getAlgorithm() const { return *algorithm; }
+  MinIdxCollector<Alloc, typename Kernel<Out, Alloc>::Value>* getBest() override {
+    if constexpr (requires { algorithm->getMinIdxCollector(); }) return &algorithm->getMinIdxCollector();
+    return nullptr;
+  }
 
  protected:
   /// Has the lanes compute a sector, whose edge lists are `edges`; false, and nothing done, if they do not.
@@ -71,7 +76,9 @@ class TerminalKernel : public Kernel<Out, Alloc> {
     if constexpr (!std::is_same_v<Lanes, NoLanes>) {
       if ((edges != nullptr && Algo::InputType::padType == 0) || !canRun()) return false;
       return lines.run(lineSource(), sector, edges, algorithm->getFilter(), algorithm->getInput().getBlock(),
-                       result.getBlock(), result.getBlock().getData().ptr);
+                       result.getBlock(),
+                       LineTarget{result.getBlock().getData().ptr, result.getBlock().getStrides().ptr,
+                                  result.getBlock().getStored(), &result.getBlock().countClipped()});
     }
     return false;
   }
@@ -81,7 +88,8 @@ class TerminalKernel : public Kernel<Out, Alloc> {
     auto& in = algorithm->getInput();
     const auto& u = in.getBlock();
     return LineSource<std::remove_pointer_t<decltype(u.getData().ptr)>>{
-        u.getData().ptr, u.getDims().ptr, u.getNumDims(), Algo::InputType::padType, in.padValues().ptr};
+        u.getData().ptr,          u.getDims().ptr,    u.getStrides().ptr, u.getNumDims(),
+        Algo::InputType::padType, in.padValues().ptr, u.getStored()};
   }
 
   using Lanes = typename Algo::Lanes;
@@ -89,9 +97,10 @@ class TerminalKernel : public Kernel<Out, Alloc> {
 
   /// Whether lanes search: their scores are those of the walk wherever nothing is read beyond an edge.
   static constexpr bool findsLeast = requires(Algo & algo, const WalkGeometry& walk) { algo.findLeast(walk); };
-  static constexpr bool searchesInStrips = !isEmpty && !findsLeast && !std::is_same_v<Lanes, NoLanes> &&
-                                           std::is_same_v<typename WalkOf<Lanes>::type, LineWalk<Lanes>> &&
-                                           Algo::InputType::padType == 0;
+  static constexpr bool hasStrips = !isEmpty && !std::is_same_v<Lanes, NoLanes> &&
+                                    std::is_same_v<typename WalkOf<Lanes>::type, LineWalk<Lanes>> &&
+                                    Algo::InputType::padType == 0;
+  static constexpr bool searchesInStrips = hasStrips && !findsLeast;
   static constexpr bool searchesInLanes = searchesInStrips || (!isEmpty && findsLeast && Algo::InputType::padType == 0);
 
   /// Searches a sector as the walk would; false, and nothing done, if lanes do not. What the walk leaves in the scratch
@@ -105,7 +114,10 @@ class TerminalKernel : public Kernel<Out, Alloc> {
       best.take(score, walk.lo[0], walk.lo[1]);  // all positions have this score, and the first of equals stays
       return true;
     } else if constexpr (findsLeast) {
-      if (!algorithm->canFindLeast()) return false;
+      if (!algorithm->canFindLeast()) {
+        if constexpr (hasStrips) return searchInStrips(sector, walk, best);
+        return false;
+      }
       best.take(score, walk.lo[0], walk.lo[1]);  // even a NaN, which stays for good
       const auto found = algorithm->findLeast(walk);
       if (found.isFound()) best.take(score, walk.lo[0] + found.x, walk.lo[1] + found.y);

@@ -44,10 +44,20 @@ void WindowProcessor<RootT, UT, YT, AllocT>::makeAlgorithm(BlockT* window, typen
 template <class RootT, class UT, class YT, class AllocT>
 template <class ProcessorT>
 void WindowProcessor<RootT, UT, YT, AllocT>::runPass(ProcessorT* processor, Out& target, const Scope& targetScope) {
+  WindowProcessor::beginRun();  // not that of a derived class, whose run has several passes
+  runSectors(processor, target, targetScope, {});
+}
+
+template <class RootT, class UT, class YT, class AllocT>
+template <class ProcessorT>
+void WindowProcessor<RootT, UT, YT, AllocT>::runSectors(ProcessorT* processor, Out& target, const Scope& targetScope,
+                                                        const PositionBox& band) {
   plan->setOutput(&target);
   plan->setScope(&targetScope);
-  this->setup(setupInvoke);
+  plan->setBand(band);
+  plan->setup(setupInvoke);
   if (nDims >= 2) plan->forEachSector(processor);
+  plan->setBand({});  // the caller's tables need not outlive the band
 }
 
 }  // namespace BP

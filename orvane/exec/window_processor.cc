@@ -1,5 +1,7 @@
 #include "orvane/exec/window_processor.h"
 
+#include <algorithm>
+
 #include "orvane/exec/window_processor-inl.h"
 
 namespace BP {
@@ -79,6 +81,47 @@ void WindowProcessor<RootT, UT, YT, AllocT>::assignPadValue(const void* value, b
 template <class RootT, class UT, class YT, class AllocT>
 AnyPlan& WindowProcessor<RootT, UT, YT, AllocT>::getPlan() const {
   return *plan;
+}
+
+template <class RootT, class UT, class YT, class AllocT>
+void WindowProcessor<RootT, UT, YT, AllocT>::setStrides(const int* inputStrides, const int* outputStrides) {
+  if (input) input->getBlock().setStrides(inputStrides);
+  y->getBlock().setStrides(outputStrides);
+}
+
+template <class RootT, class UT, class YT, class AllocT>
+void WindowProcessor<RootT, UT, YT, AllocT>::setStored(Stored inputType, Stored outputType) {
+  if (input) input->getBlock().setStored(inputType);
+  y->getBlock().setStored(outputType);
+}
+
+template <class RootT, class UT, class YT, class AllocT>
+void WindowProcessor<RootT, UT, YT, AllocT>::beginRun() {
+  if (kernel) kernel->setup(setupInvoke);
+}
+
+template <class RootT, class UT, class YT, class AllocT>
+void WindowProcessor<RootT, UT, YT, AllocT>::getPhaseBox(int /*phase*/, int* loc, int* dims) {
+  plan->setOutput(y.get());
+  plan->setScope(scope.get());
+  plan->setBand({});
+  plan->setup(setupInvoke);
+  std::copy_n(tables.yOrigin.ptr, nDims, loc);
+  std::copy_n(tables.yDims.ptr, nDims, dims);
+}
+
+template <class RootT, class UT, class YT, class AllocT>
+void WindowProcessor<RootT, UT, YT, AllocT>::runBand(int /*phase*/, const PositionBox& band) {
+  runSectors(this, *y, *scope, band);
+}
+
+template <class RootT, class UT, class YT, class AllocT>
+void WindowProcessor<RootT, UT, YT, AllocT>::setRegion(const PositionBox& region) {
+  boxLoc.ptr = const_cast<int*>(region.loc);  // regions only read their tables
+  boxDims.ptr = const_cast<int*>(region.dims);
+  if (!boxRegion) boxRegion = std::make_unique<RestrictedRegion>(nDims, boxDims, boxLoc);
+  restrictTo(region.exists() ? static_cast<const Region&>(*boxRegion) : *allRegion);
+  plan->setScope(scope.get());
 }
 
 #define ORVANE_DEFINE(UT, YT) template class WindowProcessor<AnyCorrelation, UT, YT, AllocatorTolk>;

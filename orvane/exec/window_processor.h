@@ -38,10 +38,10 @@ struct PlannedRoot<AnyCorrelation> {
 /// What processors that slide one window over a padded input have in common: geometry, set-up, run.
 ///
 /// The output mode says which positions have an output (see `OutputModeEnum`). The pad type says what the input yields
-/// beyond its edge (see `PadTypeEnum`). Element (i0, i1) of an array is at i0 + i1 * extent[0]: dimension 0 is
-/// contiguous. Tables have an entry for each of `nDims` dimensions. A run with fewer than 2 dimensions does nothing.
-/// The walk covers dimensions 0 and 1. With more dimensions, the first plane of the input is filtered with the first
-/// plane of the window into the first plane of the output.
+/// beyond its edge (see `PadTypeEnum`). Element (i0, i1) of an array is at i0 + i1 * extent[0], or has strides of its
+/// own (see `setStrides`): dimension 0 is contiguous. Tables have an entry for each of `nDims` dimensions. A run with
+/// fewer than 2 dimensions does nothing. The walk covers dimensions 0 and 1. With more dimensions, the first plane of
+/// the input is filtered with the first plane of the window into the first plane of the output.
 ///
 /// RootT is the base class, `AnyCorrelation` or `AnyTemplateMatching`; UT and YT are the element types of input and
 /// output. The caller owns the arguments and may rebind them between runs; they must outlive the object. Nothing is
@@ -57,6 +57,13 @@ class ORVANE_API WindowProcessor : public PlannedRoot<RootT>::type {
   void invoke() override;
   void assignPadValue(const void* value, bool isComplex) override;
   AnyPlan& getPlan() const override;
+  void setStrides(const int* inputStrides, const int* outputStrides) override;
+  void setStored(Stored inputType, Stored outputType) override;
+  std::int64_t takeClipped() override { return y->getBlock().takeClipped(); }
+  void setRegion(const PositionBox& region) override;
+  void beginRun() override;
+  void getPhaseBox(int phase, int* loc, int* dims) override;
+  void runBand(int phase, const PositionBox& band) override;
 
   /// hStart := 0, and hEnd := hStart + hDims - 1.
   void computeHStart() { tables.computeHStart(nDims); }
@@ -66,6 +73,8 @@ class ORVANE_API WindowProcessor : public PlannedRoot<RootT>::type {
   /// Places window and input, and computes the region of support.
   void initializeParameters();
   Output<YT, AllocT>& getY() { return *y; }
+  /// The input; null for a pad type out of range.
+  Input<UT, YT, AllocT>* getInput() { return input.get(); }
 
   /// Called by the plan: has the kernel run one sector.
   template <class SectorT>
@@ -91,10 +100,13 @@ class ORVANE_API WindowProcessor : public PlannedRoot<RootT>::type {
   void restrictTo(const Region& region);
   void makePlan(bool isHgtU);
 
-  /// One pass: has `processor` run each sector of `target` within `targetScope`. With fewer than two dimensions there
-  /// is only the set-up, because kernels read the first two entries of every table.
+  /// One pass: begins a run, and has `processor` run each sector of `target` within `targetScope`.
   template <class ProcessorT>
   void runPass(ProcessorT* processor, Out& target, const Scope& targetScope);
+  /// The same of a run that has begun, for the sectors in `band`. With fewer than two dimensions there is only the
+  /// set-up, because kernels read the first two entries of every table.
+  template <class ProcessorT>
+  void runSectors(ProcessorT* processor, Out& target, const Scope& targetScope, const PositionBox& band);
 
   AllocT* allocator;
   std::unique_ptr<Input<UT, YT, AllocT>> input;  ///< null for a pad type out of range
@@ -115,6 +127,8 @@ class ORVANE_API WindowProcessor : public PlannedRoot<RootT>::type {
   CleverPtr<YT> y1Data;
   std::unique_ptr<RestrictedRegion> rosRegion;
   std::unique_ptr<UnrestrictedRegion> allRegion;
+  CleverPtr<int> boxDims, boxLoc;
+  std::unique_ptr<RestrictedRegion> boxRegion;
   std::unique_ptr<Out> y1;
   std::unique_ptr<TraversableBlock> windowBlock;
   std::unique_ptr<Algorithm<AllocT>> algorithm;

@@ -38,7 +38,7 @@ class ORVANE_API Pad {
 /// The element of `block` at the first `rank` coordinates of `index`.
 template <class UT, class AllocT>
 inline UT* elementOf(const TraversableDataBlock<UT, AllocT>& block, int rank, const int* index) {
-  return &elementAt(block.getData().ptr, linearIndex(block.getStrides().ptr, rank, index));
+  return &block.at(linearIndex(block.getStrides().ptr, rank, index));
 }
 
 /// One stored value beyond every edge.
@@ -90,7 +90,7 @@ class ORVANE_API DataBasedPad : public Pad<UT, AllocT> {
       const int nearest = std::clamp(index[d], block.getStart().ptr[d], block.getEnd().ptr[d]);
       linear += block.getStrides().ptr[d] * nearest;
     }
-    return &elementAt(block.getData().ptr, linear);
+    return &block.at(linear);
   }
 
   const Redirector& getRedirector() const { return redirector; }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <concepts>
+#include <type_traits>
 
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/element.h"
@@ -17,16 +18,23 @@ class InsideTaps {
  public:
   template <class BlockT>
   InsideTaps(const BlockT& block, int imageIndex)
-      : data(block.getData().ptr), first(imageIndex), pitch(block.getDims().ptr[0]) {}
+      : data(block.getData().ptr), stored(block.getStored()), first(imageIndex), pitch(block.getStrides().ptr[1]) {}
 
   void beginRow(int j) { row = first + pitch * j; }
   void goTo(int i) { at = row + i; }
-  UT& read() { return elementAt(data, at); }
+  UT& read() {
+    if constexpr (std::is_floating_point_v<UT>) {
+      if (stored != Stored::asComputed) return cell = loadStored(stored, data, at);
+    }
+    return elementAt(data, at);
+  }
   /// All taps at once, in fixed point.
   KarnDSPFixpt::FixptWindow getWindow() const requires std::same_as<UT, Fixpt> { return {*data, first, 1, pitch}; }
 
  private:
   UT* data;
+  Stored stored;
+  std::conditional_t<std::is_floating_point_v<UT>, UT, char> cell{};  ///< a converted element
   int first;
   int pitch;
   int row = 0;

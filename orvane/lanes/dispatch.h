@@ -6,9 +6,9 @@
 #define HWY_COMPILE_ALL_ATTAINABLE
 /// Plain C++ is one value a time, not the emulation of a vector.
 #define HWY_BROKEN_EMU128 1
-/// Vectors without a constant length cannot be array elements, which accumulators are; SSSE3 and the later
-/// extensions of AVX-512 would bring nothing to these sums, except where bits are counted.
-#ifdef ORVANE_LANES_COUNT_BITS
+/// Vectors without a constant length cannot be array elements, which accumulators are. SSSE3 brings nothing to these
+/// sums, and neither do the later extensions of AVX-512, except to a source that defines this macro.
+#ifdef ORVANE_LANES_LATER_AVX512
 #define HWY_WANT_AVX3_DL
 #define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
 #else
@@ -32,14 +32,9 @@ static inline std::size_t indexOfTarget(std::int64_t target) {
   const std::int64_t places = HWY_CHOSEN_TARGET_SHIFT(target) | HWY_CHOSEN_TARGET_MASK_SCALAR;
   return hwy::Num0BitsBelowLS1Bit_Nonzero64(static_cast<std::uint64_t>(places));
 }
-static inline std::size_t targetIndex() { return indexOfTarget(targetInUse()); }
-
-#ifdef ORVANE_LANES_COUNT_BITS
-/// The same in a source with the target that counts bits: where AVX-512 is in use, and the machine has it.
-static inline std::size_t bitCountingTargetIndex() {
-  static const bool isThere = (hwy::SupportedTargets() & HWY_TARGETS & HWY_AVX3_DL) != 0;  // asking takes long
-  return isThere && targetInUse() == HWY_AVX3 ? indexOfTarget(HWY_AVX3_DL) : targetIndex();
+static inline std::size_t targetIndex() {
+  const std::int64_t target = targetInUse();
+  return indexOfTarget(target == HWY_AVX3_DL && (HWY_TARGETS & HWY_AVX3_DL) == 0 ? std::int64_t{HWY_AVX3} : target);
 }
-#endif
 
 }  // namespace BP::lanes

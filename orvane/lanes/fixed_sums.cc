@@ -12,16 +12,6 @@ void FixedCounts::add(const FixedCounts& other) {
   greatest = std::max(greatest, other.greatest);
 }
 
-void FixedPairTask::pack(const std::int32_t* taps, int columns, int rows, std::int32_t* pairs) {
-  for (int j = 0; j < rows; ++j, taps += columns) {
-    for (int c = 0; c < columns; c += 2) {
-      const std::uint32_t low = static_cast<std::uint16_t>(taps[c]);
-      const std::uint32_t high = c + 1 < columns ? static_cast<std::uint16_t>(taps[c + 1]) : 0;
-      *pairs++ = static_cast<std::int32_t>(low | high << 16);
-    }
-  }
-}
-
 template <class T>
 std::uint64_t countedProducts(const FixedSumTask<T>& task, int row) {
   const std::ptrdiff_t columns = task.columns, length = task.width + columns - 1, most = std::min(columns, task.width);

@@ -28,6 +28,11 @@ struct FixedCast {
   KarnDSPFixpt::detail::Range<std::int64_t> range;
 };
 
+/// Whether every value beyond the range becomes its nearest end.
+inline bool clamps(const FixedCast& cast) {
+  return !cast.range.wraps && cast.range.below == cast.range.least && cast.range.above == cast.range.greatest;
+}
+
 /// What many casts met; the range is that of their results.
 struct FixedCounts {
   std::uint64_t casts = 0;
@@ -59,7 +64,8 @@ struct FixedSumTask {
   static constexpr std::ptrdiff_t slack = 64 / std::ptrdiff_t(sizeof(T));
 
   FixedForm form = FixedForm::any;
-  bool gathers = true;  ///< whether casts are counted
+  bool gathers = true;  ///< whether the overflows of sums are counted; in the form `any`, everything
+  bool ranges = true;   ///< whether, beside that, the least and greatest sum are looked for
   int columns = 1;
   int filterRows = 1;
   const T* taps = nullptr;  ///< in the order of the sum
@@ -74,6 +80,7 @@ struct FixedSumTask {
   /// Line r + j is read for output row r and filter row j: width + columns - 1 values, and slack.
   const T* const* lines = nullptr;
   /// Beside each line, all bits set where a value counts among the products, and 0 where it does not; or null: all do.
+  /// Only for the form `any`, and for `countCasts`.
   const T* const* counted = nullptr;
   int rows = 1;
   std::ptrdiff_t width = 1;
@@ -86,44 +93,21 @@ struct FixedSumCounts {
   FixedCounts sum;
 };
 
-/// Exact sums of 16-bit operands in 32 bits, of which nothing is counted but their number. Two neighbouring columns
-/// make a pair, whose products are added at once.
-struct FixedPairTask {
-  static constexpr std::ptrdiff_t slack = 80;  ///< of lines and output rows
-  /// Values that the packed taps take.
-  static std::size_t sizeFor(int columns, int rows) { return std::size_t(columns + 1) / 2 * std::size_t(rows); }
-  /// Packs `columns` x `rows` taps: two of a row in each value, and 0 beside the last one of an odd row.
-  static void pack(const std::int32_t* taps, int columns, int rows, std::int32_t* pairs);
-
-  int columns = 1;
-  int filterRows = 1;
-  const std::int32_t* pairs = nullptr;
-  const std::int16_t* const* lines = nullptr;
-  int rows = 1;
-  std::ptrdiff_t width = 1;
-  std::int32_t* const* out = nullptr;
-};
-/// Computes a run: out[r][i] := sum over filter rows j, columns c of lines[r + j][i + c] * tap[j][c].
-ORVANE_API void sumFixedPairs(const FixedPairTask& task);
-/// Casts of `count` values with slack after them, in place.
-template <class T>
-struct FixedCastTask {
-  int append = 0;  ///< bits appended before the cast
-  FixedCast cast;
-  T* values = nullptr;
-  std::ptrdiff_t count = 0;
-};
-/// Adds the counts of the casts to `results`, and number and range of the values before them to `values`.
-template <class T>
-ORVANE_API void castFixed(const FixedCastTask<T>& task, FixedCounts& values, FixedCounts& results);
-
-/// Computes a run. Counts are added to `counts`, which is not touched if the task does not gather.
+/// Computes a run. Counts are added to `counts`, which is not touched if the task does not gather. Only the form `any`
+/// counts products and the numbers of casts (see `countCasts`).
 template <class T>
 ORVANE_API void sumFixed(const FixedSumTask<T>& task, FixedSumCounts& counts);
 
-/// Adds the numbers of casts of a run alone. Where no cast changes a value these are all that there is to count.
+/// Least and greatest of `count` values, at least one.
 template <class T>
-void countCasts(const FixedSumTask<T>& task, FixedSumCounts& counts);
+void findRange(const T* values, std::ptrdiff_t count, T& least, T& greatest);
+/// The number of values that have any bit of the mask.
+template <class T>
+std::uint32_t countWith(const T* values, std::ptrdiff_t count, T mask);
+
+/// Adds the numbers of casts of a run alone.
+template <class T>
+ORVANE_API void countCasts(const FixedSumTask<T>& task, FixedSumCounts& counts);
 /// Products of output row `row` that count.
 template <class T>
 std::uint64_t countedProducts(const FixedSumTask<T>& task, int row);

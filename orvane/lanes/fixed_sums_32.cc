@@ -4,7 +4,6 @@
 #define HWY_TARGET_INCLUDE "orvane/lanes/fixed_sums_32.cc"
 #include <hwy/foreach_target.h>
 
-#include "orvane/lanes/fixed_pairs-inl.h"
 #include "orvane/lanes/fixed_sums-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -17,7 +16,13 @@ void castFixed32(const FixedCastTask<std::int32_t>& task, FixedCounts& values, F
   castFixedOnTarget(task, values, results);
 }
 
-void sumPairs(const FixedPairTask& task) { sumPairsOnTarget(task); }
+void findRange32(const std::int32_t* values, std::ptrdiff_t count, std::int32_t& least, std::int32_t& greatest) {
+  findRangeOnTarget(values, count, least, greatest);
+}
+
+std::uint32_t countWith32(const std::int32_t* values, std::ptrdiff_t count, std::int32_t mask) {
+  return countWithOnTarget(values, count, mask);
+}
 
 }  // namespace HWY_NAMESPACE
 }  // namespace BP::lanes
@@ -28,9 +33,8 @@ namespace BP::lanes {
 
 HWY_EXPORT(sumFixed32);
 HWY_EXPORT(castFixed32);
-HWY_EXPORT(sumPairs);
-
-void sumFixedPairs(const FixedPairTask& task) { HWY_DISPATCH_TABLE(sumPairs)[targetIndex()](task); }
+HWY_EXPORT(findRange32);
+HWY_EXPORT(countWith32);
 
 template <>
 void sumFixed(const FixedSumTask<std::int32_t>& task, FixedSumCounts& counts) {
@@ -39,6 +43,14 @@ void sumFixed(const FixedSumTask<std::int32_t>& task, FixedSumCounts& counts) {
 template <>
 void castFixed(const FixedCastTask<std::int32_t>& task, FixedCounts& values, FixedCounts& results) {
   HWY_DISPATCH_TABLE(castFixed32)[targetIndex()](task, values, results);
+}
+template <>
+void findRange(const std::int32_t* values, std::ptrdiff_t count, std::int32_t& least, std::int32_t& greatest) {
+  HWY_DISPATCH_TABLE(findRange32)[targetIndex()](values, count, least, greatest);
+}
+template <>
+std::uint32_t countWith(const std::int32_t* values, std::ptrdiff_t count, std::int32_t mask) {
+  return HWY_DISPATCH_TABLE(countWith32)[targetIndex()](values, count, mask);
 }
 
 }  // namespace BP::lanes

@@ -1,5 +1,5 @@
 // Beside the targets of the other sources, there is one more here, with a population count in vectors.
-#define ORVANE_LANES_COUNT_BITS
+#define ORVANE_LANES_LATER_AVX512
 #include "orvane/lanes/dispatch.h"
 
 #undef HWY_TARGET_INCLUDE
@@ -29,7 +29,7 @@ namespace BP::lanes {
 
 HWY_EXPORT(integerKernelsHere);
 
-const IntegerKernels& integerKernels() { return HWY_DISPATCH_TABLE(integerKernelsHere)[bitCountingTargetIndex()](); }
+const IntegerKernels& integerKernels() { return HWY_DISPATCH_TABLE(integerKernelsHere)[targetIndex()](); }
 
 namespace {
 

@@ -285,6 +285,37 @@ struct Normalised : WithEnergy<RealReal<Tag>> {
   }
 };
 
+/// The same of windows less their means: sum := sum + (x - mean) * h and energy := energy + (x - mean)^2, with the mean
+/// of each output's own window.
+template <class Tag>
+struct Centred : RealReal<Tag> {
+  using D = Tag;
+  using typename RealReal<D>::T;
+  using typename RealReal<D>::V;
+  using typename RealReal<D>::In;
+  using typename RealReal<D>::Tap;
+  using Narrower = Centred<NarrowerTag<D, 1>>;
+  struct Sum {
+    V sum, energy, mean;
+  };
+  static constexpr int tapRegisters = 2, sumRegisters = 3;
+  static constexpr bool hasOneColumnForm = false;
+
+  static HWY_INLINE Sum zero() { return {hn::Zero(D()), hn::Zero(D()), hn::Zero(D())}; }
+  static HWY_INLINE Sum begin(const SumTask<T>& task, int row, std::ptrdiff_t at) {
+    return {hn::Zero(D()), hn::Zero(D()), hn::LoadU(D(), task.means[row] + at)};
+  }
+  template <int part>
+  static HWY_INLINE void add(Sum& s, const In& in, const Tap& tap) {
+    const V difference = hn::Sub(in.x, s.mean);
+    s.sum = hn::Add(s.sum, hn::Mul(difference, tap.h));
+    s.energy = hn::Add(s.energy, hn::Mul(difference, difference));
+  }
+  static HWY_INLINE void store(const SumTask<T>& task, int row, std::ptrdiff_t at, const Sum& s) {
+    Normalised<D>::store(task, row, at, {{s.sum}, s.energy});
+  }
+};
+
 /// Complex sums divided likewise: ((re + im 0) / d, (im - re 0) / d) within the bounds of `divideBy`, one by one where
 /// a value of the vector is out of them.
 template <class E>

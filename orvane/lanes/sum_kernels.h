@@ -24,6 +24,7 @@ struct SumTask {
   std::ptrdiff_t width = 1;
   T* const* out = nullptr;
   T filterNorm = 0;
+  const T* const* means = nullptr;                           ///< for each output row those of its windows, if centred
   void (*divide)(T* sum, T energy, T filterNorm) = nullptr;  ///< normalises one complex sum
 };
 
@@ -38,6 +39,7 @@ struct SumKernels {
   Function* complexRealNormalised;
   Function* realComplexNormalised;
   Function* complexComplexNormalised;
+  Function* centred;  ///< normalised, of windows less their means
 };
 
 /// The kernels of the target in use.

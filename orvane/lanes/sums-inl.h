@@ -187,22 +187,32 @@ struct Blocks {
     } while (x != end);
   }
 
+  /// The sums of a vector of outputs before their first tap.
+  static HWY_INLINE typename E::Sum begin(const SumTask<T>& task, int row, std::ptrdiff_t at) {
+    if constexpr (requires { E::begin(task, row, at); }) {
+      return E::begin(task, row, at);
+    } else {
+      return E::zero();
+    }
+  }
+
   template <int Row>
-  static HWY_INLINE void endRow(Sums& sums, const SumTask<T>& task, const Place<T>& place, RowEnd end) {
+  static HWY_INLINE void endRow(Sums& sums, const SumTask<T>& task, const Place<T>& place, const Place<T>& next,
+                                RowEnd end) {
     if (end == RowEnd::goOn) return;
     if (end == RowEnd::storeAndReset) {
       ORVANE_UNROLL
       for (int v = 0; v < V; ++v) E::store(task, place.row + Row, place.at + v * E::lanes, sums[Row][v]);
     }
     ORVANE_UNROLL
-    for (int v = 0; v < V; ++v) sums[Row][v] = E::zero();
+    for (int v = 0; v < V; ++v) sums[Row][v] = begin(task, next.row + Row, next.at + v * E::lanes);
   }
 
   /// Ends one place and begins the next, whose line I is added beside the line that follows `from`'s row I.
   template <int I>
   static HWY_INLINE void takeTurns(Sums& sums, const SumTask<T>& task, std::ptrdiff_t lineTaps, const Place<T>& from,
                                    const Place<T>& to, RowEnd end) {
-    endRow<I>(sums, task, from, end);
+    endRow<I>(sums, task, from, to, end);
     if constexpr (I < R - 1) {
       const int last = task.filterRows + I;
       addLines<I + 1>(sums, to.lines[I] + to.at, to.taps + I * lineTaps, from.lines[last] + from.at,
@@ -272,6 +282,7 @@ template <class E>
 void computeRows(SumTask<typename E::T> task, int row, int count, int rows) {
   task.lines += row;
   task.out += row;
+  if (task.means != nullptr) task.means += row;
   task.rows = count;
   switch (rows) {
     case 1: return computeRows<E, 1>(task);
@@ -304,7 +315,8 @@ constexpr SumKernels<T> makeSumKernels() {
           computeSums<Normalised<D>>,
           computeSums<NormalisedComplex<ComplexReal<D>>>,
           computeSums<NormalisedComplex<RealComplex<D>>>,
-          computeSums<NormalisedComplex<ComplexComplex<D>>>};
+          computeSums<NormalisedComplex<ComplexComplex<D>>>,
+          computeSums<Centred<D>>};
 }
 
 }  // namespace HWY_NAMESPACE

@@ -130,6 +130,15 @@ void PackedFilter<T>::sumNormalised(const Run<T>& run, T filterNorm) const {
 }
 
 template <class T>
+void PackedFilter<T>::sumCentred(const Run<T>& run, const T* const* means, T filterNorm) const {
+  SumTask<T> task = makeTask(false, extents, run);
+  task.taps = storage;
+  task.filterNorm = filterNorm;
+  task.means = means;
+  sumKernels<T>().centred(task);
+}
+
+template <class T>
 void PackedFilter<T>::sumDifferences(const Run<T>& run) const {
   SumTask<T> task = makeTask(isComplexInput(elements), extents, run);
   task.taps = storage;

@@ -98,6 +98,13 @@ class ORVANE_API PackedFilter {
   /// in the same order, with |x|^2 = x.re^2 + x.im^2 for complex input. A complex sum is divided as by `divideByNorms`.
   void sumNormalised(const Run<T>& run, T filterNorm) const;
 
+  /// The normalised sum of windows less their means, of real elements:
+  ///
+  ///   sum := sum + (x - m) * h,  energy := energy + (x - m)^2,  out := sum / (sqrt(energy) * filterNorm)
+  ///
+  /// `means[r][i]` is the m of output i in row r. It must not be an output. A divisor of 0 gives 0.
+  void sumCentred(const Run<T>& run, const T* const* means, T filterNorm) const;
+
   /// The same walk with differences d = a - t of input and tap. Only for filters of such a term:
   ///
   ///   absoluteDifference  out := out + (a > t ? a - t : t - a)

@@ -2,6 +2,7 @@
 
 #include <atomic>
 
+#define ORVANE_LANES_LATER_AVX512
 #include "orvane/lanes/dispatch.h"
 
 namespace BP::lanes {
@@ -10,7 +11,8 @@ namespace {
 constexpr struct {
   std::int64_t bit;
   std::string_view name;
-} known[] = {{HWY_AVX3, "avx512"}, {HWY_AVX2, "avx2"}, {HWY_SSE4, "sse4"}, {HWY_NEON, "neon"}, {HWY_SCALAR, "scalar"}};
+} known[] = {{HWY_AVX3_DL, "avx512dl"}, {HWY_AVX3, "avx512"}, {HWY_AVX2, "avx2"},
+             {HWY_SSE4, "sse4"},        {HWY_NEON, "neon"},   {HWY_SCALAR, "scalar"}};
 
 /// The targets of this build that the machine has, as bits; the scalar one runs anywhere.
 std::int64_t available() { return (hwy::SupportedTargets() | HWY_SCALAR) & HWY_TARGETS; }

@@ -10,7 +10,8 @@
 namespace BP::lanes {
 
 /// Names of the targets that were compiled in and that this machine can run, the fastest first. "scalar" is always the
-/// last; the others are "avx512", "avx2", "sse4" and "neon".
+/// last; the others are "avx512dl" (AVX-512 with dot products and population counts in vectors), "avx512", "avx2",
+/// "sse4" and "neon".
 ORVANE_API std::vector<std::string_view> getTargets();
 
 /// Name of the target in use: the fastest one, unless another was forced.

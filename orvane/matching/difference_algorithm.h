@@ -38,7 +38,7 @@ class PlainDifferenceAlgorithm : public DistanceMetricAlgorithm<AllocT, BlockT, 
   Lanes& getLaneSums() { return laneSums; }
 
   /// Whether `findLeast` takes the template.
-  bool canFindLeast() const { return laneSums.isReady(); }
+  bool canFindLeast() const { return laneSums.isReady() && this->input->getBlock().getStored() == Stored::asComputed; }
   /// The first of the positions with the least score below that of the best match so far, counted from the walk's
   /// first. Only real scores never fall while their terms are added, so that a position can be given up early.
   LeastPosition findLeast(const WalkGeometry& walk) const requires(std::is_floating_point_v<YT>) {

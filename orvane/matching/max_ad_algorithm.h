@@ -75,7 +75,7 @@ class MaxADAlgorithm : public DifferenceAlgorithm<AllocT, BlockT, InputT, YT, UT
     const bool *u = image.getData().ptr + imageIndex, *h = this->filter->getData().ptr;
     const int width = this->filter->getEnd().ptr[0] + 1, height = this->filter->getEnd().ptr[1] + 1;
     bool differs = false;
-    for (int j = 0; j < height && !differs; ++j, u += image.getDims().ptr[0], h += width) {
+    for (int j = 0; j < height && !differs; ++j, u += image.getStrides().ptr[1], h += width) {
       for (int i = 0; i < width && !differs; ++i) differs = u[i] != h[i];
     }
     if (differs) disagrees = one;

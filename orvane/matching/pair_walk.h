@@ -9,13 +9,12 @@ namespace BP {
 /// 0 fastest.
 template <class InputBlockT, class FilterBlockT, class TakeT>
 inline void forEachPair(const InputBlockT& image, const FilterBlockT& filter, int imageIndex, TakeT&& take) {
-  auto* const u = image.getData().ptr;
   auto* const h = filter.getData().ptr;
-  const int width = filter.getEnd().ptr[0] + 1, height = filter.getEnd().ptr[1] + 1, pitch = image.getDims().ptr[0];
+  const int width = filter.getEnd().ptr[0] + 1, height = filter.getEnd().ptr[1] + 1, pitch = image.getStrides().ptr[1];
   int f = 0;
   for (int j = 0; j < height; ++j) {
     const int row = imageIndex + pitch * j;
-    for (int i = 0; i < width; ++i, ++f) take(elementAt(u, row + i), elementAt(h, f));
+    for (int i = 0; i < width; ++i, ++f) take(image.at(row + i), elementAt(h, f));
   }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <type_traits>
 
 #include "orvane/algorithm/conv_corr_algorithm.h"
 #include "orvane/core/centre.h"
@@ -112,8 +113,7 @@ void TemplateMatching<HT, UT, YT, AllocT>::clearNeighborhood() {
 /// location and neighbourhood as the call before wrote them.
 template <class HT, class UT, class YT, class AllocT>
 void TemplateMatching<HT, UT, YT, AllocT>::invoke() {
-  const Region &support = this->scope->getFirst(), &wanted = this->scope->getSecond();
-  if (roiValidEnabled) *host.roiValid.ptr = wanted.isWithinRegion(support);
+  testRegion();
   if (passMode != TMModeMetric) std::fill_n(host.location.ptr, this->nDims, 0);
   if (roiIsEmpty()) {
     if (roiValidEnabled) *host.roiValid.ptr = false;
@@ -122,9 +122,51 @@ void TemplateMatching<HT, UT, YT, AllocT>::invoke() {
   }
   passMode = tmMode;
   this->runPass(this, *this->y, *this->scope);
-  if (passMode == TMModeMetric) return;
+  if (passMode != TMModeMetric) placeBest();
+}
+
+/// Makes the best index a position, and scores the block around it.
+template <class HT, class UT, class YT, class AllocT>
+void TemplateMatching<HT, UT, YT, AllocT>::placeBest() {
   for (int d = 0; d < this->nDims; ++d) host.location.ptr[d] += this->tables.yOrigin.ptr[d];
   if (passMode == TMModeBestMatchNeighborhood) scoreNeighborhood();
+}
+
+template <class HT, class UT, class YT, class AllocT>
+void TemplateMatching<HT, UT, YT, AllocT>::testRegion() {
+  if (roiValidEnabled) *host.roiValid.ptr = this->scope->getSecond().isWithinRegion(this->scope->getFirst());
+}
+
+template <class HT, class UT, class YT, class AllocT>
+void TemplateMatching<HT, UT, YT, AllocT>::beginRun() {
+  Base::beginRun();
+  testRegion();
+  passMode = tmMode;
+}
+
+template <class HT, class UT, class YT, class AllocT>
+void TemplateMatching<HT, UT, YT, AllocT>::searchBand(const PositionBox& band, bool isFirst) {
+  if (!this->kernel) return;
+  if (auto& best = *this->kernel->getBest(); !isFirst && !best.getHasValue()) expectLaterValues(best);
+  this->runSectors(this, *this->y, *this->scope, band);
+}
+
+template <class HT, class UT, class YT, class AllocT>
+void TemplateMatching<HT, UT, YT, AllocT>::adoptBest(AnyTemplateMatching& other) {
+  if (this->kernel) feedBest(*this->kernel->getBest(), *static_cast<TemplateMatching&>(other).kernel->getBest());
+}
+
+template <class HT, class UT, class YT, class AllocT>
+void TemplateMatching<HT, UT, YT, AllocT>::finishSearch() {
+  if (!this->kernel) return;
+  std::fill_n(host.location.ptr, this->nDims, 0);
+  if (auto& best = *this->kernel->getBest(); best.getHasValue()) {
+    std::copy_n(best.getIndex().ptr, 2, host.location.ptr);
+  }
+  leavesInside = true;
+  this->runSectors(this, *this->y, *this->scope, {});
+  leavesInside = false;
+  placeBest();
 }
 
 /// The second pass: a block whose centre is the best position.
@@ -142,7 +184,7 @@ void TemplateMatching<HT, UT, YT, AllocT>::scoreNeighborhood() {
 template <class HT, class UT, class YT, class AllocT>
 template <class SectorT>
 void TemplateMatching<HT, UT, YT, AllocT>::runSector(SectorT& sector) {
-  if (!this->kernel) return;
+  if (!this->kernel || (leavesInside && std::is_same_v<SectorT, InsideSector>)) return;
   Out& output = this->plan->getOutput();
   if (passMode == TMModeMetric) return this->kernel->run(sector, output);
   if (searchMethod == SearchMethodExhaustive) return this->kernel->search(sector, output, host.location);

@@ -71,6 +71,10 @@ class ORVANE_API TemplateMatching : public WindowProcessor<AnyTemplateMatching, 
 
   void setup(setupModeT mode) override;
   void invoke() override;
+  void beginRun() override;
+  void searchBand(const PositionBox& band, bool isFirst) override;
+  void adoptBest(AnyTemplateMatching& other) override;
+  void finishSearch() override;
 
   /// Places template, image and neighbourhood, and computes the region of support.
   void initializeParameters();
@@ -92,9 +96,12 @@ class ORVANE_API TemplateMatching : public WindowProcessor<AnyTemplateMatching, 
   bool roiIsEmpty() const;
   void clearNeighborhood();
   void scoreNeighborhood();
+  void testRegion();
+  void placeBest();
 
   TMModeEnum tmMode;
   TMModeEnum passMode;
+  bool leavesInside = false;  ///< the pass has only positions outside the inside sector
   bool roiEnabled;
   bool roiValidEnabled;
   SearchMethodEnum searchMethod;

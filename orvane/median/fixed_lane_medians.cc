@@ -19,7 +19,7 @@ class FixedMedianWalk::Part {
   virtual ~Part() = default;
   virtual void resize(const Block& filter, const Block& input, int walkedRank) = 0;
   virtual bool run(const LineSource<Fixpt>& source, const Sector& sector, const OuterSector* edges, const Block& filter,
-                   const Block& input, const Block& output, Fixpt& y) = 0;
+                   const Block& input, const Block& output, const LineTarget<Fixpt>& target) = 0;
 };
 
 namespace {
@@ -66,10 +66,11 @@ class PartOf : public FixedMedianWalk::Part {
     walk.resize(filter, input, walkedRank);
   }
   bool run(const LineSource<Fixpt>& source, const Sector& sector, const OuterSector* edges, const Block& filter,
-           const Block& input, const Block& output, Fixpt& y) override {
+           const Block& input, const Block& output, const LineTarget<Fixpt>& target) override {
+    Fixpt& y = *target.data;
     const auto raw = [](const Fixpt* array) { return static_cast<const T*>(array->data()); };
-    if (!walk.run({raw(source.data), source.dims, source.rank, source.padType, raw(source.padValue)}, sector, edges,
-                  filter, input, output, static_cast<T*>(y.data()))) {
+    if (!walk.run({raw(source.data), source.dims, source.strides, source.rank, source.padType, raw(source.padValue)},
+                  sector, edges, filter, input, output, {static_cast<T*>(y.data()), target.strides})) {
       return false;
     }
     const fxpLogStruct_tag log = medians.takeStatistics(y.attributes().type().fraction);
@@ -120,15 +121,17 @@ void FixedMedianWalk::resize(const Block& filter, const Block& input, int walked
 }
 
 bool FixedMedianWalk::run(const LineSource<Fixpt>& source, const Sector& sector, const OuterSector* edges,
-                          const Block& filter, const Block& input, const Block& output, Fixpt* y) {
+                          const Block& filter, const Block& input, const Block& output,
+                          const LineTarget<Fixpt>& target) {
   if (part == nullptr) return false;
+  const Fixpt* const y = target.data;
   const auto& selection = lanes->getSelection();
   const FixptType type = selection.getSample()->attributes().type();
   if (!isRaw(*source.data, type) || !isRaw(*source.padValue, type) || !isRaw(*y, type)) return false;
-  for (const Fixpt* array : {selection.getSample(), selection.getAccumulator(), static_cast<const Fixpt*>(y)}) {
+  for (const Fixpt* array : {selection.getSample(), selection.getAccumulator(), y}) {
     if (!holdsAll(array->attributes(), type)) return false;
   }
-  return part->run(source, sector, edges, filter, input, output, *y);
+  return part->run(source, sector, edges, filter, input, output, target);
 }
 
 }  // namespace BP

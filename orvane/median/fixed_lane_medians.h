@@ -42,7 +42,7 @@ class FixedMedianWalk {
 
   void resize(const Block& filter, const Block& input, int walkedRank);
   bool run(const LineSource<Fixpt>& source, const Sector& sector, const OuterSector* edges, const Block& filter,
-           const Block& input, const Block& output, Fixpt* y);
+           const Block& input, const Block& output, const LineTarget<Fixpt>& target);
 
   /// The walk for one type of integers.
   class Part;

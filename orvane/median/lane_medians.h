@@ -128,10 +128,11 @@ class MajorityWalk : private LineWalk<LaneMajorities> {
   using Base::resize;
 
   bool run(const LineSource<bool>& source, const Sector& sector, const OuterSector* edges, const Block& filter,
-           const Block& input, const Block& output, bool* y) {
+           const Block& input, const Block& output, const LineTarget<bool>& target) {
     const auto bytes = [](const bool* p) { return reinterpret_cast<const unsigned char*>(p); };
-    return Base::run({bytes(source.data), source.dims, source.rank, source.padType, bytes(source.padValue)}, sector,
-                     edges, filter, input, output, reinterpret_cast<unsigned char*>(y));
+    return Base::run(
+        {bytes(source.data), source.dims, source.strides, source.rank, source.padType, bytes(source.padValue)}, sector,
+        edges, filter, input, output, {reinterpret_cast<unsigned char*>(target.data), target.strides});
   }
 };
 

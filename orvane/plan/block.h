@@ -1,8 +1,13 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <type_traits>
+#include <utility>
 
 #include "orvane/core/clever_ptr.h"
+#include "orvane/core/element.h"
+#include "orvane/core/stored.h"
 #include "orvane/platform/export.h"
 
 /// Shapes and where they lie.
@@ -66,7 +71,12 @@ class ORVANE_API TraversableBlock : public Block, public Traversable {
 };
 
 /// strides[0] = 1, strides[d] = strides[d-1] * dims[d-1]; returns the product of all extents, 0 without dimensions.
+/// Products beyond 32 bits wrap around; extents of which a plan takes nothing can give such products.
 ORVANE_API int computeStrides(int numDims, const int* dims, int* strides);
+
+/// The number of elements from the first one of an array to the last, also those that lie between its lines; 0 if an
+/// extent is below 1.
+ORVANE_API std::int64_t spanOf(int numDims, const int* dims, const int* strides);
 
 /// Product of the extents; 0 if an extent is below 1 or there is none. The result is at most 2^31, more than any array
 /// has.
@@ -81,18 +91,57 @@ class ElementStore {
   }
 
   Alloc* getAllocator() const { return allocator; }
+  /// The number of elements from the first one to the last, also those between lines (see `spanOf`).
   int getNumElements() const { return numElements; }
   const CleverPtr<int>& getStrides() const { return strides; }
   CleverPtr<T>& getData() const { return data; }
 
+  /// Sets the strides of an array whose lines do not follow each other directly: an entry per dimension, the first of
+  /// them 1. The table stays the caller's. Null, as at the beginning, means dense elements. It counts from the next
+  /// `layOut` on.
+  void setStrides(const int* table) { givenStrides = table; }
+
+  /// Sets the type in which the elements lie in memory (see `Stored`); `getData` then points to elements of that type.
+  void setStored(Stored type) { stored = type; }
+  Stored getStored() const { return stored; }
+  /// The element of index `i` in memory. If it is stored in another type, it is converted into a cell of this store,
+  /// which the next call overwrites.
+  T& at(int i) const {
+    if constexpr (std::is_floating_point_v<T>) {
+      if (stored != Stored::asComputed) return cell = loadStored(stored, data.ptr, i);
+    }
+    return elementAt(data.ptr, i);
+  }
+  /// Sets the element of index `i` in memory, rounded and clipped if it is stored in another type.
+  void put(int i, T& value) const {
+    if constexpr (std::is_floating_point_v<T>) {
+      if (stored != Stored::asComputed) return putStored(stored, data.ptr, i, value, clipped);
+    }
+    assign(elementAt(data.ptr, i), value);
+  }
+  /// The number of values that were clipped since the last `takeClipped`.
+  std::int64_t& countClipped() const { return clipped; }
+  std::int64_t takeClipped() const { return std::exchange(clipped, 0); }
+
   /// Works out strides and element count from the extents of `block`.
   void layOut(const Block& block) {
-    numElements = computeStrides(block.getNumDims(), block.getDims().ptr, strides.ptr);
+    const int rank = block.getNumDims();
+    if (givenStrides == nullptr) {
+      numElements = computeStrides(rank, block.getDims().ptr, strides.ptr);
+    } else {
+      std::copy_n(givenStrides, rank, strides.ptr);
+      numElements = static_cast<int>(spanOf(rank, block.getDims().ptr, strides.ptr));
+    }
   }
 
  private:
   Alloc* allocator;
   int numElements = 0;
+  Stored stored = Stored::asComputed;
+  // A converted element and the count of clipped ones are no parts of the array that is described.
+  mutable std::conditional_t<std::is_floating_point_v<T>, T, char> cell{};
+  mutable std::int64_t clipped = 0;
+  const int* givenStrides = nullptr;
   CleverPtr<int> strides;
   CleverPtr<T>& data;
 };

@@ -35,7 +35,8 @@ class ORVANE_API AnyInput {
 ///
 /// It keeps the range of valid indices and two stores of one element for padding: the pad value, and the pad output,
 /// which is the value of an output whose whole window lies beyond the input. This class itself never pads;
-/// `PadExtendedInput` does. `setupResize` and `setupStart` set the range. The maker owns data and tables.
+/// `PadExtendedInput` does. `setupResize` and `setupStart` set the range, and every run sets the strides. The maker
+/// owns data and tables.
 template <class UT, class YT, class AllocT>
 class ORVANE_API Input : public AnyInput<UT> {
  public:
@@ -51,7 +52,8 @@ class ORVANE_API Input : public AnyInput<UT> {
   void setPadValueAt(int /*i*/, const UT& /*v*/) override {}
   void setPadValue(const CleverPtr<UT>& /*v*/) override {}
 
-  /// At `setupResize` and `setupStart`, computes range, strides and element counts.
+  /// At `setupResize` and `setupStart`, computes range, strides and element counts; at `setupInvoke` those of the
+  /// input, but not the range.
   void setup(setupModeT mode);
 
   TraversableDataBlock<UT, AllocT>& getBlock() const { return *block; }
@@ -93,6 +95,7 @@ Input<UT, YT, AllocT>::Input(AllocT* alloc, int numDims, CleverPtr<int>& dims, C
 
 template <class UT, class YT, class AllocT>
 void Input<UT, YT, AllocT>::setup(setupModeT mode) {
+  if (mode == setupInvoke) block->computeStrides();
   if (mode != setupResize && mode != setupStart) return;
   block->traverseWhole();
   padOutputOrigin.ptr[0] = 0;

@@ -18,8 +18,8 @@ class ORVANE_API AnyOutput {
 
 /// View of the array that is written; elements YT.
 ///
-/// Every run sets its range of indices, because the plan may move the output. `setupResize` and `setupStart` set its
-/// strides. The maker owns data and tables.
+/// Every run sets its range of indices and its strides, because the plan may move the output and change its extents.
+/// The maker owns data and tables.
 template <class YT, class AllocT>
 class ORVANE_API Output final : public AnyOutput {
  public:
@@ -31,8 +31,9 @@ class ORVANE_API Output final : public AnyOutput {
               numDims, dims, origin, loc, start, end, data) {}
 
   void setup(setupModeT mode) {
-    if (mode == setupResize || mode == setupStart || mode == setupInvoke) block.traverseWhole();
-    if (mode == setupResize || mode == setupStart) block.computeStrides();
+    if (mode != setupResize && mode != setupStart && mode != setupInvoke) return;
+    block.traverseWhole();
+    block.computeStrides();
   }
 
   TraversableDataBlock<YT, AllocT>& getBlock() { return block; }

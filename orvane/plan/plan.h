@@ -59,6 +59,9 @@ class Plan : public AnyPlan {
 
   void setOutput(Output<Y, Alloc>* value) { output = value; }
   void setScope(const Scope* value) { scope = value; }
+  /// Restricts the sectors of later runs to a box of positions, and none lifts that. The output's extents and its place
+  /// stay those of the scope, so that several plans, each with a band of its own, can share one output array.
+  void setBand(const PositionBox& value) { band = value; }
   Output<Y, Alloc>& getOutput() const { return *output; }
   const Scope& getScope() const { return *scope; }
   const Margins& getMargins(SectionCode code) const { return geometry.margins[code]; }
@@ -114,6 +117,7 @@ class Plan : public AnyPlan {
   Input<U, Y, Alloc>* input;
   Output<Y, Alloc>* output;
   const Scope* scope;
+  PositionBox band;
   PlanGeometry geometry;
 };
 
@@ -144,7 +148,7 @@ void Plan<U, Y, Alloc>::replan(setupModeT stage) {
   geometry.compareExtents(input->getBlock());
   scope->getFirst().restrict(*this, scope->getSecond());
   output->setup(stage);
-  geometry.computeMargins(input->getBlock(), output->getBlock());
+  geometry.computeMargins(input->getBlock(), output->getBlock(), band);
   geometry.chooseKinds(scope->getReach());
 }
 

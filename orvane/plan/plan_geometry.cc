@@ -120,12 +120,19 @@ bool PlanGeometry::readsEmptyInput(const Block& u) const {
   return padUsesData && std::any_of(uDims, uDims + numDims, [](int extent) { return extent < 1; });
 }
 
-void PlanGeometry::computeMargins(const TraversableBlock& u, const TraversableBlock& y) {
+void PlanGeometry::computeMargins(const TraversableBlock& u, const TraversableBlock& y, const PositionBox& band) {
   const bool nothingToRead = readsEmptyInput(u);
   for (int d = 0; d < numDims; ++d) {
+    int first = y.getOrigin().ptr[d], end = y.getEnd().ptr[d], extent = y.getDims().ptr[d];
+    if (band.exists()) {
+      const int low = std::max(first, band.loc[d]), high = std::min(first + extent, band.loc[d] + band.dims[d]);
+      end -= low - first + std::max(first + extent - high, 0);
+      extent = high - low;
+      first = low;
+    }
     const DimensionSections sections =
-        sectionsOf({u.getOrigin().ptr[d], u.getEnd().ptr[d], y.getOrigin().ptr[d], y.getEnd().ptr[d],
-                    nothingToRead ? 0 : y.getDims().ptr[d], filter->getLoc().ptr[d], filter->getEnd().ptr[d]});
+        sectionsOf({u.getOrigin().ptr[d], u.getEnd().ptr[d], first, end, nothingToRead ? 0 : extent,
+                    filter->getLoc().ptr[d], filter->getEnd().ptr[d]});
     if (sections.overlap) isHgtUpd.ptr[d] = true;
     for (int k = 0; k < sectionCount; ++k) {
       locs[k].ptr[d] = sections.loc[k];

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "orvane/core/any_bp.h"
 #include "orvane/core/clever_ptr.h"
 #include "orvane/core/enums.h"
 #include "orvane/plan/block.h"
@@ -71,8 +72,8 @@ class ORVANE_API PlanGeometry {
   /// The first step of planning: compares the filter with the input, and clears the marks of dimensions in which
   /// windows cross both edges.
   void compareExtents(const Block& u);
-  /// Cuts each dimension of output `y` into its sections.
-  void computeMargins(const TraversableBlock& u, const TraversableBlock& y);
+  /// Cuts each dimension of output `y` into its sections; with `band`, that part of it which lies there.
+  void computeMargins(const TraversableBlock& u, const TraversableBlock& y, const PositionBox& band);
   /// Decides which kinds of sector are wanted for the reach of a scope.
   void chooseKinds(int reach);
   void computeCapacities();
