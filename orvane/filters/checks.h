@@ -7,6 +7,7 @@
 #include <limits>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "orvane/core/named.h"
@@ -30,36 +31,65 @@ std::string textOf(double value);
 void checkExtents(std::string_view argument, const Extents& extents, std::int64_t maxElements = maxIndex,
                   std::size_t maxRank = 2);
 
-/// Checks that the extents are `expected` and that the pointer is not null.
-void checkArray(std::string_view argument, const void* data, const Extents& extents, const Extents& expected);
+/// Checks that the extents are `expected`, that indices fit `maxSpan`, and that the pointer is not null.
+void checkArray(std::string_view argument, const void* data, const Layout& layout, const Extents& expected,
+                std::int64_t maxSpan = maxIndex);
 template <class T>
 void checkArray(std::string_view argument, const ArrayView<T>& array, const Extents& expected) {
-  checkArray(argument, array.data(), array.extents(), expected);
+  checkArray(argument, array.data(), array.layout(), expected);
 }
 
 /// A copy of the elements of an array, after `checkArray`.
 template <class T>
 std::vector<T> copyOf(const char* argument, const ArrayView<const T>& array, const Extents& expected) {
   checkArray(argument, array, expected);
-  return {array.data(), array.data() + elementCount(expected)};
+  std::vector<T> copy(static_cast<std::size_t>(elementCount(expected)));
+  copyDense(array, copy.data());
+  return copy;
 }
 
-/// Checks that the output shares no byte with the input.
-void checkDisjoint(const void* input, std::size_t inputBytes, const void* output, std::size_t outputBytes);
+/// An array in memory, for the comparison of two.
+struct Memory {
+  const void* data;
+  const Layout& layout;
+  std::size_t elementBytes;
+};
+
+/// Checks that the output shares no byte with the input. Arrays with a pitch of the same number of bytes may lie
+/// between each other's lines; of other arrays all bytes from the first to the last count.
+void checkDisjoint(const Memory& input, const Memory& output);
 template <class T, class U>
 void checkDisjoint(const ArrayView<T>& input, const ArrayView<U>& output) {
-  checkDisjoint(input.data(), static_cast<std::size_t>(elementCount(input.extents())) * sizeof(T), output.data(),
-                static_cast<std::size_t>(elementCount(output.extents())) * sizeof(U));
+  checkDisjoint({input.data(), input.layout(), sizeof(T)}, {output.data(), output.layout(), sizeof(U)});
 }
 
-/// A part of a pad value, rounded to the input's type T. A finite part must not become infinite.
+/// Strides of an array as the library below keeps pointers to them.
+class LineStrides {
+ public:
+  /// Takes those of a layout whose span fits 32 bits.
+  void set(const Layout& layout);
+  /// The table; null for an array without gaps.
+  const int* get() const { return hasGaps ? strides.data() : nullptr; }
+
+ private:
+  std::array<int, Extents::maxRank> strides{};
+  bool hasGaps = false;
+};
+
+/// A part of a pad value as the input's type T, rounded if T is a floating-point type. A finite part must not become
+/// infinite, and a `bool` must be 0 or 1.
 template <class T>
 T padPart(double part) {
-  const T value = static_cast<T>(part);
-  if (std::isfinite(part) && !std::isfinite(value)) {
-    refuse("padValue", textOf(part), "it must lie in the range of the input's element type");
+  if constexpr (std::is_same_v<T, bool>) {
+    if (part == 0 || part == 1) return part == 1;
+    refuse("pad value", textOf(part), "the input is bool, so it must be 0 or 1");
+  } else {
+    const T value = static_cast<T>(part);
+    if (std::isfinite(part) && !std::isfinite(value)) {
+      refuse("pad value", textOf(part), "it must lie in the range of the input's element type");
+    }
+    return value;
   }
-  return value;
 }
 
 /// As in "0 (valid), 1 (same)", for a table of `Named` values.

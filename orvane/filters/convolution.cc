@@ -5,94 +5,68 @@
 #include <vector>
 
 #include "orvane/filters/convolution_front.h"
+#include "orvane/filters/plain_job.h"
 
 namespace BP::filters {
 
 namespace detail {
 
-namespace {
-
-template <class UT>
-UT padElement(std::complex<double> value) {
-  constexpr bool isComplex = !std::is_same_v<UT, RealOf<UT>>;
-  checkPadValue(value, isComplex);
-  using Real = RealOf<UT>;
-  if constexpr (isComplex) {
-    return {padPart<Real>(value.real()), padPart<Real>(value.imag())};
-  } else {
-    return padPart<Real>(value.real());
-  }
-}
-
-}  // namespace
-
-/// One convolution with the memory that its front uses: extents, filters, pad value, work vectors.
+/// One convolution. UT is the type in which inputs are computed.
 template <class UT, class HT>
-class ConvolutionJob {
+class ConvolutionJob : public PlainFilterJob<UT, ConvolutionOutput<UT, HT>> {
  public:
   using YT = ConvolutionOutput<UT, HT>;
+  using Base = PlainFilterJob<UT, YT>;
 
   ConvolutionJob(ArrayView<const HT> newFilter, const Extents& input, const ConvolutionOptions& options)
-      : geometry(input, newFilter.extents(), options),
-        filter(copyOf("filter", newFilter, geometry.filterExtents)),
-        padValue(padElement<UT>(options.padValue)),
-        front(makeFront<HT, UT, YT>(host, geometry)) {}
+      : Base({input, newFilter.extents(), options}, options),
+        filter(copyOf("filter", newFilter, this->geometry.filterExtents)),
+        padValue(padElement<UT>(options.pad.value)) {
+    this->start();
+  }
 
   ConvolutionJob(ArrayView<const HT> first, ArrayView<const HT> newSecond, const Extents& input,
                  const ConvolutionOptions& options)
-      : geometry(input, first.extents(), newSecond.extents(), options),
-        filter(copyOf("first filter", first, geometry.filterExtents)),
-        second(copyOf("second filter", newSecond, geometry.secondExtents)),
-        padValue(padElement<UT>(options.padValue)),
-        front(makeFront<HT, UT, YT>(host, geometry)) {}
-
-  void run(ArrayView<const UT> input, ArrayView<YT> output) {
-    checkArray("input", input, geometry.inputExtents);
-    checkArray("output", output, geometry.outputExtents);
-    checkDisjoint(input, output);
-    bind(const_cast<UT*>(input.data()), output.data());  // the front only reads it
-    runFront(*front, host);
+      : Base({input, first.extents(), newSecond.extents(), options}, options),
+        filter(copyOf("first filter", first, this->geometry.filterExtents)),
+        second(copyOf("second filter", newSecond, this->geometry.secondExtents)),
+        padValue(padElement<UT>(options.pad.value)) {
+    this->start();
   }
 
   void setFilter(ArrayView<const HT> newFilter) {
-    checkArray("filter", newFilter, geometry.filterExtents);
-    std::copy_n(newFilter.data(), filter.size(), filter.data());
+    checkArray("filter", newFilter, this->geometry.filterExtents);
+    copyDense(newFilter, filter.data());
   }
 
   void setFilters(ArrayView<const HT> first, ArrayView<const HT> newSecond) {
-    checkArray("first filter", first, geometry.filterExtents);
-    checkArray("second filter", newSecond, geometry.secondExtents);
-    std::copy_n(first.data(), filter.size(), filter.data());
-    std::copy_n(newSecond.data(), second.size(), second.data());
+    checkArray("first filter", first, this->geometry.filterExtents);
+    checkArray("second filter", newSecond, this->geometry.secondExtents);
+    copyDense(first, filter.data());
+    copyDense(newSecond, second.data());
   }
 
   void setPadValue(std::complex<double> value) { padValue = padElement<UT>(value); }
 
-  const Extents& outputExtents() const { return geometry.outputExtents; }
-
  private:
-  /// Starts the front over these arrays, unless the last run used the same ones. Every run reads filters and pad value
-  /// from their fixed addresses.
-  void bind(UT* input, YT* output) {
-    if (input == boundInput && output == boundOutput) return;
+  using Front = ConvCorrTolk<HT, UT, YT>;
+
+  std::unique_ptr<typename Base::Front> makeFront(ReferenceHost& host) override {
+    return detail::makeFront<HT, UT, YT>(host, this->geometry);
+  }
+  void bind(typename Base::Front& front, UT* input, YT* output) override {
     constexpr bool isComplex = true;  // a complex pad value has both parts; for a real one this is ignored
-    if (geometry.isSeparable()) {
-      front->setup(filter.data(), second.data(), input, output, &padValue, isComplex);
+    auto& bound = static_cast<Front&>(front);
+    if (this->geometry.isSeparable()) {
+      bound.setup(filter.data(), second.data(), input, output, &padValue, isComplex);
     } else {
-      front->setup(filter.data(), input, output, &padValue, isComplex);
+      bound.setup(filter.data(), input, output, &padValue, isComplex);
     }
-    boundInput = input;
-    boundOutput = output;
   }
 
-  ConvolutionGeometry geometry;
   std::vector<HT> filter;
   std::vector<HT> second;
   UT padValue;
-  UT* boundInput = nullptr;
-  YT* boundOutput = nullptr;
-  ReferenceHost host;
-  std::unique_ptr<ConvCorrTolk<HT, UT, YT>> front;  // destroyed before the memory that it uses
 };
 
 }  // namespace detail
@@ -102,7 +76,13 @@ ConvolutionRunner<UT, HT>::ConvolutionRunner(std::unique_ptr<Job> newJob) : job(
 
 template <class UT, class HT>
 void ConvolutionRunner<UT, HT>::run(ArrayView<const UT> input, ArrayView<Output> output) {
-  job->run(input, output);
+  job->run(detail::storedArray(input), detail::storedArray(output));
+}
+
+template <class UT, class HT>
+std::int64_t ConvolutionRunner<UT, HT>::runStored(ArrayView<const UT> input, Stored type, void* output,
+                                                  const Layout& layout) {
+  return job->run(detail::storedArray(input), {output, layout, type});
 }
 
 template <class UT, class HT>
@@ -123,9 +103,20 @@ const Extents& ConvolutionRunner<UT, HT>::outputExtents() const {
 }
 
 template <class UT, class HT>
+Rectangle ConvolutionRunner<UT, HT>::positions() const {
+  return rectangleOf(job->getGeometry().positions);
+}
+
+template <class UT, class HT>
+const Extents& ConvolutionRunner<UT, HT>::windowExtents() const {
+  return job->getGeometry().windowExtents;
+}
+
+template <class UT, class HT>
 Convolution<UT, HT>::Convolution(ArrayView<const HT> filter, const Extents& inputExtents,
                                  const ConvolutionOptions& options)
-    : ConvolutionRunner<UT, HT>(std::make_unique<detail::ConvolutionJob<UT, HT>>(filter, inputExtents, options)) {}
+    : ConvolutionRunner<UT, HT>(
+          std::make_unique<typename ConvolutionRunner<UT, HT>::Job>(filter, inputExtents, options)) {}
 
 template <class UT, class HT>
 void Convolution<UT, HT>::setFilter(ArrayView<const HT> filter) {
@@ -136,7 +127,7 @@ template <class UT, class HT>
 SeparableConvolution<UT, HT>::SeparableConvolution(ArrayView<const HT> first, ArrayView<const HT> second,
                                                    const Extents& inputExtents, const ConvolutionOptions& options)
     : ConvolutionRunner<UT, HT>(
-          std::make_unique<detail::ConvolutionJob<UT, HT>>(first, second, inputExtents, options)) {}
+          std::make_unique<typename ConvolutionRunner<UT, HT>::Job>(first, second, inputExtents, options)) {}
 
 template <class UT, class HT>
 void SeparableConvolution<UT, HT>::setFilters(ArrayView<const HT> first, ArrayView<const HT> second) {
@@ -148,6 +139,7 @@ void SeparableConvolution<UT, HT>::setFilters(ArrayView<const HT> first, ArrayVi
   template class Convolution<UT, HT>;       \
   template class SeparableConvolution<UT, HT>;
 ORVANE_FOR_CONVOLUTION_PAIRS(ORVANE_DEFINE)
+ORVANE_FOR_INTEGER_PAIRS(ORVANE_DEFINE)
 #undef ORVANE_DEFINE
 
 }  // namespace BP::filters

@@ -4,6 +4,7 @@
 #include <span>
 #include <string>
 
+#include "orvane/core/centre.h"
 #include "orvane/filters/convolution.h"
 #include "orvane/input/pad_redirector.h"
 
@@ -78,9 +79,17 @@ Extents outputExtents(const Extents& input, const Extents& filter, OutputMode mo
 
 namespace detail {
 
+ConvolutionOptions correlating(ConvolutionOptions options) {
+  if (options.direction.value_or(FilterDirection::correlation) == FilterDirection::convolution) {
+    refuse("direction", "0 (convolution)", "correlate allows only 1 (correlation); convolve convolves");
+  }
+  options.direction = FilterDirection::correlation;
+  return options;
+}
+
 OutputModeEnum modeOf(OutputMode mode) { return chosen("mode", mode, outputModes); }
 
-PadTypeEnum padOf(PadRule pad) { return chosen("pad", pad, padTypes); }
+PadTypeEnum padOf(const PadOption& pad) { return chosen("pad", pad.rule, padTypes); }
 
 Extents checkedOutputExtents(const Extents& input, const Extents& filter, OutputModeEnum mode, PadTypeEnum pad,
                              std::size_t maxRank, std::int64_t maxElements, std::string_view filterName) {
@@ -93,10 +102,32 @@ Extents checkedOutputExtents(const Extents& input, const Extents& filter, Output
   return output;
 }
 
+Box positionsOf(const Extents& input, const Extents& window, OutputModeEnum mode) {
+  std::array<std::int64_t, Extents::maxRank> start{}, extents{};
+  for (std::size_t d = 0; d < input.rank(); ++d) {
+    const std::int64_t centre = centreOf(window[d]);
+    start[d] = mode == OutputModeValid ? centre : mode == OutputModeSame ? 0 : centre - window[d] + 1;
+    extents[d] = outputExtent(input[d], window[d], mode);
+  }
+  return {Extents(std::span<const std::int64_t>(start.data(), input.rank())),
+          Extents(std::span<const std::int64_t>(extents.data(), input.rank()))};
+}
+
+void ConvolutionGeometry::setPositions(const Extents& window, const ConvolutionOptions& options) {
+  windowExtents = window;
+  rank = static_cast<int>(inputExtents.rank());
+  std::optional<Box> wanted;
+  if (options.region) wanted = boxOf(*options.region, inputExtents.rank());
+  positions = positionsIn(positionsOf(inputExtents, window, mode), wanted);
+  outputExtents = positions.extents;
+  region = BoxTables(positions);
+  hasRegion = wanted.has_value();
+}
+
 void ConvolutionGeometry::setChoices(const ConvolutionOptions& options) {
   mode = modeOf(options.mode);
   pad = padOf(options.pad);
-  algorithm = chosen("direction", options.direction, directions);
+  algorithm = chosen("direction", options.direction.value_or(FilterDirection::convolution), directions);
   norm = chosen("normalise", options.normalise, normalisations);
 }
 
@@ -104,8 +135,9 @@ ConvolutionGeometry::ConvolutionGeometry(const Extents& input, const Extents& fi
                                          std::int64_t maxElements, std::string_view filterName)
     : inputExtents(input), filterExtents(filter) {
   setChoices(options);
-  outputExtents = checkedOutputExtents(input, filter, mode, pad, 2, maxElements, filterName);
-  rank = static_cast<int>(input.rank());
+  checkedOutputExtents(input, filter, mode, pad, 2, maxElements, filterName);
+  setPositions(filter, options);
+  taps = elementCount(filter);
   inputDims = dimsOf(input);
   filterDims = dimsOf(filter);
   secondDims = {1, 1};
@@ -124,10 +156,11 @@ ConvolutionGeometry::ConvolutionGeometry(const Extents& input, const Extents& fi
   const Extents intermediate = checkedOutput("first filter", input, along0, mode);
   checkReach("first filter", input, along0, pad, mode);
   checkExtents("intermediate array", intermediate, maxElements);
-  outputExtents = checkedOutput("second filter", intermediate, along1, mode);
+  const Extents output = checkedOutput("second filter", intermediate, along1, mode);
   checkReach("second filter", intermediate, along1, pad, mode);
-  checkExtents("output", outputExtents, maxElements);
-  rank = 2;
+  checkExtents("output", output, maxElements);
+  setPositions({first[0], second[0]}, options);
+  taps = first[0] + second[0];
   inputDims = dimsOf(input);
   filterDims = dimsOf(along0);
   secondDims = dimsOf(along1);
@@ -140,7 +173,7 @@ std::string textOf(std::complex<double> value) {
 
 void checkPadValue(std::complex<double> value, bool inputIsComplex) {
   if (inputIsComplex || value.imag() == 0) return;
-  refuse("padValue", textOf(value), "the input is real, so it must be real");
+  refuse("pad value", textOf(value), "the input is real, so it must be real");
 }
 
 }  // namespace detail

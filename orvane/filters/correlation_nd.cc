@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <complex>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -9,51 +11,98 @@
 #include "orvane/correlation/correlation_stand_alone.h"
 #include "orvane/filters/checks.h"
 #include "orvane/filters/convolution_geometry.h"
+#include "orvane/filters/stored_array.h"
+#include "orvane/filters/team.h"
 
 namespace BP::filters {
 
-/// One correlation with the memory that its front uses.
+namespace detail {
+
+/// One correlation: fronts that share its runs, with the memory that they use.
 template <class T>
-class CorrelationND<T>::Job {
+class CorrelationNDJob {
  public:
-  Job(ArrayView<const T> newFilter, const Extents& input, const CorrelationNDOptions& options)
-      : mode(detail::modeOf(options.mode)),
-        pad(detail::padOf(options.pad)),
+  CorrelationNDJob(ArrayView<const T> newFilter, const Extents& input, const CorrelationNDOptions& options)
+      : mode(modeOf(options.mode)),
+        pad(padOf(options.pad)),
         inputExtents(input),
         filterExtents(newFilter.extents()),
-        outputs(detail::checkedOutputExtents(input, filterExtents, mode, pad, Extents::maxRank)),
-        filter(detail::copyOf("filter", newFilter, filterExtents)),
+        outputs(positionsFor(options)),
+        filter(copyOf("filter", newFilter, filterExtents)),
         inputDims(dimsOf(input)),
         filterDims(dimsOf(filterExtents)),
         centre(centresOf(filterDims)),
-        front(static_cast<int>(input.rank()), filterDims.data(), inputDims.data(), pad, mode, centre.data(),
-              filter.data(), nullptr, nullptr) {
-    setPadValue(options.padValue);
-    front.setup();
-  }
-  Job(const Job&) = delete;
-  Job& operator=(const Job&) = delete;
+        region(outputs),
+        hasRegion(options.region.has_value()),
+        padValue(padElement<T>(options.pad.value)),
+        crew(options.threads, options.progress),
+        team(crew, [this] { return std::make_unique<Member>(*this); }) {}
+  CorrelationNDJob(const CorrelationNDJob&) = delete;
+  CorrelationNDJob& operator=(const CorrelationNDJob&) = delete;
 
-  void run(ArrayView<const T> input, ArrayView<T> output) {
-    detail::checkArray("input", input, inputExtents);
-    detail::checkArray("output", output, outputs);
-    detail::checkDisjoint(input, output);
-    front.setArrays(const_cast<T*>(input.data()), output.data());  // the front only reads the input
-    front.invoke();
+  /// Returns the number of outputs that were clipped to the output's type.
+  std::int64_t run(const StoredArray& input, const StoredArray& output) {
+    checkArray("input", input.data, input.layout, inputExtents);
+    checkArray("output", output.data, output.layout, outputs.extents);
+    if (outputs.isEmpty()) return 0;
+    checkDisjoint({input.data, input.layout, storedBytes<T>(input.type)},
+                  {output.data, output.layout, storedBytes<T>(output.type)});
+    // Fronts only read their input; they take elements that are stored in another type for what they are.
+    inputData = static_cast<T*>(const_cast<void*>(input.data));
+    outputData = static_cast<T*>(const_cast<void*>(output.data));
+    inputType = input.type;
+    outputType = output.type;
+    inputStrides.set(input.layout);
+    outputStrides.set(output.layout);
+    team.run(inputExtents.rank(), elementCount(filterExtents));
+    std::int64_t clipped = 0;
+    team.forEachInRun([&](Member& member) { clipped += member.getProcessor().takeClipped(); });
+    return clipped;
   }
 
   void setFilter(ArrayView<const T> newFilter) {
-    detail::checkArray("filter", newFilter, filterExtents);
-    std::copy_n(newFilter.data(), filter.size(), filter.data());
+    checkArray("filter", newFilter, filterExtents);
+    copyDense(newFilter, filter.data());
   }
 
-  void setPadValue(double value) { front.setPadValue(detail::padPart<T>(value)); }
+  void setPadValue(double value) { padValue = padElement<T>(value); }
 
-  const Extents& outputExtents() const { return outputs; }
+  const Box& positions() const { return outputs; }
+  const Extents& windowExtents() const { return filterExtents; }
 
  private:
   using Dims = std::array<int, Extents::maxRank>;
 
+  /// One front.
+  struct Member {
+    explicit Member(CorrelationNDJob& owner)
+        : job(owner),
+          front(static_cast<int>(job.inputExtents.rank()), job.filterDims.data(), job.inputDims.data(), job.pad,
+                job.mode, job.centre.data(), job.filter.data(), nullptr, nullptr) {
+      if (job.hasRegion) getProcessor().setRegion(job.region.get());
+      front.setup();
+    }
+    AnyBP& getProcessor() { return *front.getProcessor(); }
+    void begin() {
+      front.setArrays(job.inputData, job.outputData);
+      front.setPadValue(job.padValue);
+      getProcessor().setStrides(job.inputStrides.get(), job.outputStrides.get());
+      getProcessor().setStored(job.inputType, job.outputType);
+      getProcessor().beginRun();
+    }
+    template <class Work>
+    void compute(Work&& work) {
+      work(getProcessor());
+    }
+
+    CorrelationNDJob& job;
+    CorrelationStandAlone<T> front;
+  };
+
+  Box positionsFor(const CorrelationNDOptions& options) const {
+    checkedOutputExtents(inputExtents, filterExtents, mode, pad, Extents::maxRank);
+    return positionsIn(positionsOf(inputExtents, filterExtents, mode), options.region);
+  }
   static Dims dimsOf(const Extents& extents) {
     Dims dims{};
     std::ranges::transform(extents, dims.begin(), [](std::int64_t extent) { return static_cast<int>(extent); });
@@ -69,47 +118,75 @@ class CorrelationND<T>::Job {
   PadTypeEnum pad;
   Extents inputExtents;
   Extents filterExtents;
-  Extents outputs;
+  Box outputs;
   std::vector<T> filter;
   Dims inputDims;
   Dims filterDims;
   Dims centre;
-  CorrelationStandAlone<T> front;
+  BoxTables region;
+  bool hasRegion;
+  T padValue;
+  T* inputData = nullptr;
+  T* outputData = nullptr;
+  Stored inputType = Stored::asComputed;
+  Stored outputType = Stored::asComputed;
+  LineStrides inputStrides, outputStrides;
+  Crew crew;
+  Team<Member> team;
 };
 
-template <class T>
-CorrelationND<T>::CorrelationND(ArrayView<const T> filter, const Extents& inputExtents,
-                                const CorrelationNDOptions& options)
-    : job(std::make_unique<Job>(filter, inputExtents, options), "correlation") {}
+}  // namespace detail
 
-template <class T>
-void CorrelationND<T>::run(ArrayView<const T> input, ArrayView<T> output) {
-  job->run(input, output);
+template <class T, class UT>
+CorrelationND<T, UT>::CorrelationND(ArrayView<const T> filter, const Extents& inputExtents,
+                                    const CorrelationNDOptions& options)
+    : job(std::make_unique<detail::CorrelationNDJob<T>>(filter, inputExtents, options), "correlation") {}
+
+template <class T, class UT>
+void CorrelationND<T, UT>::run(ArrayView<const UT> input, ArrayView<T> output) {
+  job->run(detail::storedArray(input), detail::storedArray(output));
 }
 
-template <class T>
-Array<T> CorrelationND<T>::run(ArrayView<const T> input) {
+template <class T, class UT>
+Array<T> CorrelationND<T, UT>::run(ArrayView<const UT> input) {
   Array<T> output(outputExtents());
   run(input, output);
   return output;
 }
 
-template <class T>
-void CorrelationND<T>::setFilter(ArrayView<const T> filter) {
+template <class T, class UT>
+std::int64_t CorrelationND<T, UT>::runStored(ArrayView<const UT> input, Stored type, void* output,
+                                             const Layout& layout) {
+  return job->run(detail::storedArray(input), {output, layout, type});
+}
+
+template <class T, class UT>
+void CorrelationND<T, UT>::setFilter(ArrayView<const T> filter) {
   job->setFilter(filter);
 }
 
-template <class T>
-void CorrelationND<T>::setPadValue(double value) {
+template <class T, class UT>
+void CorrelationND<T, UT>::setPadValue(double value) {
   job->setPadValue(value);
 }
 
-template <class T>
-const Extents& CorrelationND<T>::outputExtents() const {
-  return job->outputExtents();
+template <class T, class UT>
+const Extents& CorrelationND<T, UT>::outputExtents() const {
+  return job->positions().extents;
 }
 
-template class CorrelationND<float>;
-template class CorrelationND<double>;
+template <class T, class UT>
+const Box& CorrelationND<T, UT>::positions() const {
+  return job->positions();
+}
+
+template <class T, class UT>
+const Extents& CorrelationND<T, UT>::windowExtents() const {
+  return job->windowExtents();
+}
+
+#define ORVANE_DEFINE(T, UT) template class CorrelationND<T, UT>;
+ORVANE_FOR_CORRELATION_PAIRS(ORVANE_DEFINE)
+#undef ORVANE_DEFINE
 
 }  // namespace BP::filters

@@ -1,5 +1,6 @@
 #include "orvane/filters/fixed_array.h"
 
+#include <algorithm>
 #include <limits>
 #include <new>
 #include <stdexcept>
@@ -14,9 +15,19 @@ namespace {
 using KarnDSPFixpt::DSPDataAttributesHandle;
 using KarnDSPFixpt::Fixpt;
 
-void checkValues(const void* data, const Extents& extents, bool isComplex) {
-  detail::checkExtents("values", extents, isComplex ? detail::maxComplexElements : detail::maxIndex);
-  detail::checkArray("values", data, extents, extents);
+void checkValues(const void* data, const Layout& layout, bool isComplex) {
+  const std::int64_t most = isComplex ? detail::maxComplexElements : detail::maxIndex;
+  detail::checkExtents("values", layout.extents(), most);
+  detail::checkArray("values", data, layout, layout.extents(), most);
+}
+
+/// Calls `take(number in memory, number)` for each element of an array of one dimension or more.
+template <class Take>
+void forEachElement(const Layout& layout, Take&& take) {
+  const std::int64_t width = layout.extents()[0];
+  layout.forEachLine([&](std::ptrdiff_t first, std::ptrdiff_t number) {
+    for (std::int64_t i = 0; i < width; ++i) take(first + i, number * width + i);
+  });
 }
 
 /// A handle for an array of `type` that is never multiplied.
@@ -29,18 +40,19 @@ template <class T>
 FixedArray quantiseAll(const ArrayView<const T>& values, const FixedType& type, const FixedModes& modes,
                        FixedStatistics* statistics) {
   constexpr bool isComplex = !std::is_same_v<T, double>;
-  checkValues(values.data(), values.extents(), isComplex);
+  checkValues(values.data(), values.layout(), isComplex);
   FixedArray result(values.extents(), type, isComplex);
   brekk::BrekkAdaptorTolk adaptor;
   const auto fixed = detail::makeAlias(plainHandle(type, isComplex, modes, &adaptor), result.data());
-  const int count = static_cast<int>(elementCount(values.extents()));
-  for (int i = 0; i < count; ++i) {
+  forEachElement(values.layout(), [&](std::ptrdiff_t from, std::ptrdiff_t to) {
+    const T& value = values.data()[from];
+    Fixpt& element = (*fixed)[static_cast<int>(to)];
     if constexpr (isComplex) {
-      (*fixed)[i].setComplex(values.data()[i].real(), values.data()[i].imag());
+      element.setComplex(value.real(), value.imag());
     } else {
-      (*fixed)[i] = values.data()[i];
+      element = value;
     }
-  }
+  });
   if (statistics != nullptr) detail::addCounts(*fixed->takeProperties()->getLogStruct(), *statistics);
   return result;
 }
@@ -49,10 +61,11 @@ FixedArray quantiseAll(const ArrayView<const T>& values, const FixedType& type, 
 template <class Take>
 void forEachValue(const FixedView& values, Take&& take) {
   detail::checkedContainerBits("values", values.type());
-  checkValues(values.data(), values.extents(), values.isComplex());
+  checkValues(values.data(), values.layout(), values.isComplex());
   const auto fixed = detail::makeAlias(plainHandle(values.type(), values.isComplex(), {}, nullptr), values.data());
-  const int count = static_cast<int>(elementCount(values.extents()));
-  for (int i = 0; i < count; ++i) take(static_cast<std::size_t>(i), (*fixed)[i]);
+  forEachElement(values.layout(), [&](std::ptrdiff_t from, std::ptrdiff_t to) {
+    take(static_cast<std::size_t>(to), (*fixed)[static_cast<int>(from)]);
+  });
 }
 
 }  // namespace
@@ -81,8 +94,12 @@ void checkContainer(int bits, const FixedType& type) {
          "its values are stored in elements of " + std::to_string(container) + " bits");
 }
 
+std::ptrdiff_t bytesOfValue(const FixedType& type, bool isComplex) {
+  return std::ptrdiff_t{checkedContainerBits("type", type) / 8} * (isComplex ? 2 : 1);
+}
+
 std::size_t bytesOf(const Extents& extents, const FixedType& type, bool isComplex) {
-  const auto bytes = static_cast<std::size_t>(checkedContainerBits("type", type) / 8) * (isComplex ? 2 : 1);
+  const auto bytes = static_cast<std::size_t>(bytesOfValue(type, isComplex));
   const std::size_t count = sizeOf(extents);
   if (count > static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max()) / bytes) throw std::bad_alloc();
   return count * bytes;
@@ -103,6 +120,15 @@ std::string toText(const FixedType& type) {
 
 FixedArray::FixedArray(const Extents& extents, const FixedType& type, bool isComplex)
     : size(extents), kind(type), complex(isComplex), bytes(detail::bytesOf(extents, type, isComplex)) {}
+
+FixedArray::FixedArray(const FixedView& view) : FixedArray(view.extents(), view.type(), view.isComplex()) {
+  const std::ptrdiff_t valueBytes = detail::bytesOfValue(kind, complex);
+  const std::ptrdiff_t lineBytes = (size.rank() > 0 ? size[0] : 1) * valueBytes;
+  const auto* const from = static_cast<const std::byte*>(view.data());
+  view.layout().forEachLine([&](std::ptrdiff_t first, std::ptrdiff_t number) {
+    std::copy_n(from + first * valueBytes, lineBytes, bytes.data() + number * lineBytes);
+  });
+}
 
 FixedArray quantise(ArrayView<const double> values, const FixedType& type, const FixedModes& modes,
                     FixedStatistics* statistics) {

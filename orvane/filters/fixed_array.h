@@ -83,37 +83,53 @@ namespace detail {
 ORVANE_API int checkedContainerBits(std::string_view argument, const FixedType& type);
 /// Throws `std::invalid_argument` unless containers of the type have `bits` bits.
 ORVANE_API void checkContainer(int bits, const FixedType& type);
+/// The number of bytes of a value. Throws `std::invalid_argument` if the type is out of range.
+ORVANE_API std::ptrdiff_t bytesOfValue(const FixedType& type, bool isComplex);
 /// The number of bytes of an array. Throws like the constructor of `FixedArray`.
 ORVANE_API std::size_t bytesOf(const Extents& extents, const FixedType& type, bool isComplex);
 }  // namespace detail
 
 /// A view of a fixed-point array that it does not own. Memory may have any alignment. Void is `void` or `const void`.
+/// Pitches count values, and a complex value is one.
 template <class Void>
 class BasicFixedView {
  public:
   /// `data` must point to one container for each value, or to two for each complex value.
   BasicFixedView(Void* data, const Extents& extents, const FixedType& type, bool isComplex = false)
-      : first(data), size(extents), kind(type), complex(isComplex) {}
+      : BasicFixedView(data, Layout(extents), type, isComplex) {}
+  BasicFixedView(Void* data, const Extents& extents, const Pitch& pitch, const FixedType& type, bool isComplex = false)
+      : BasicFixedView(data, Layout(extents, pitch), type, isComplex) {}
+  BasicFixedView(Void* data, const Layout& layout, const FixedType& type, bool isComplex = false)
+      : first(data), lines(layout), kind(type), complex(isComplex) {}
   /// Real values in an array of integers. Throws `std::invalid_argument` if an integer does not have the size of a
   /// container.
   template <std::integral C>
   BasicFixedView(const ArrayView<C>& containers, const FixedType& type)
-      : BasicFixedView(containers.data(), containers.extents(), type) {
+      : BasicFixedView(containers.data(), containers.layout(), type) {
     detail::checkContainer(static_cast<int>(8 * sizeof(C)), type);
   }
   /// A read-only view of the same array.
   template <class Other>
   requires(std::same_as<const Other, Void>) BasicFixedView(const BasicFixedView<Other>& view)
-      : BasicFixedView(view.data(), view.extents(), view.type(), view.isComplex()) {}
+      : BasicFixedView(view.data(), view.layout(), view.type(), view.isComplex()) {}
 
   Void* data() const { return first; }
-  const Extents& extents() const { return size; }
+  const Extents& extents() const { return lines.extents(); }
+  const Layout& layout() const { return lines; }
   const FixedType& type() const { return kind; }
   bool isComplex() const { return complex; }
 
+  /// A view of the part that begins at `start`. Throws `std::invalid_argument` if it does not lie within the view.
+  BasicFixedView subview(const Extents& start, const Extents& extents) const {
+    using Byte = std::conditional_t<std::is_const_v<Void>, const std::byte, std::byte>;
+    const Layout part = lines.part(start, extents);
+    const std::int64_t offset = elementCount(extents) == 0 ? 0 : lines.offsetOf(start);
+    return {static_cast<Byte*>(first) + offset * detail::bytesOfValue(kind, complex), part, kind, complex};
+  }
+
  private:
   Void* first;
-  Extents size;
+  Layout lines;
   FixedType kind;
   bool complex;
 };
@@ -128,6 +144,8 @@ class ORVANE_API FixedArray {
   FixedArray() : FixedArray({0}, {1, 0, false}) {}
   /// All values are 0. Throws `std::invalid_argument` for a negative extent or a type out of range.
   FixedArray(const Extents& extents, const FixedType& type, bool isComplex = false);
+  /// A copy of the values of a view.
+  explicit FixedArray(const FixedView& view);
 
   const Extents& extents() const { return size; }
   const FixedType& type() const { return kind; }
@@ -139,6 +157,9 @@ class ORVANE_API FixedArray {
   FixedView view() const { return {data(), size, kind, complex}; }
   operator MutableFixedView() { return view(); }
   operator FixedView() const { return view(); }
+  /// A view of the part that begins at `start`. Throws `std::invalid_argument` if it does not lie within the array.
+  MutableFixedView subview(const Extents& start, const Extents& extents) { return view().subview(start, extents); }
+  FixedView subview(const Extents& start, const Extents& extents) const { return view().subview(start, extents); }
 
  private:
   Extents size;

@@ -1,6 +1,8 @@
 #include "orvane/filters/fixed_convolution.h"
 
+#include <memory>
 #include <utility>
+#include <vector>
 
 #include "orvane/filters/convolution_front.h"
 #include "orvane/filters/fixed_job.h"
@@ -15,38 +17,44 @@ class FixedConvolutionJob : public FixedFilterJob {
  public:
   FixedConvolutionJob(const FixedView& newFilter, const Extents& inputExtents, const FixedTypes& types,
                       const ConvolutionOptions& options)
-      : FixedFilterJob({inputExtents, newFilter.extents(), options, maxElements(types, newFilter)}, types.modes),
+      : FixedFilterJob({inputExtents, newFilter.extents(), options, maxElements(types, newFilter)}, options,
+                       types.modes),
         roles(types, newFilter.type(), newFilter.isComplex(), geometry.norm != NormNone) {
     checkFixed("filter", newFilter, roles.filter, geometry.filterExtents);
-    begin(options, newFilter, nullptr);
+    filterValues = FixedArray(newFilter);
+    start(roles.input, roles.output, options.pad.value);
   }
 
   FixedConvolutionJob(const FixedView& first, const FixedView& newSecond, const Extents& inputExtents,
                       const FixedTypes& types, const ConvolutionOptions& options)
       : FixedFilterJob({inputExtents, first.extents(), newSecond.extents(), options, maxElements(types, first)},
-                       types.modes),
+                       options, types.modes),
         roles(types, first.type(), first.isComplex(), false) {
     checkFixed("first filter", first, roles.filter, geometry.filterExtents);
     checkFixed("second filter", newSecond, roles.filter, geometry.secondExtents);
-    begin(options, first, &newSecond);
+    filterValues = FixedArray(first);
+    secondValues = FixedArray(newSecond);
+    start(roles.input, roles.output, options.pad.value);
   }
 
   void setFilter(const FixedView& newFilter) {
     checkFixed("filter", newFilter, roles.filter, geometry.filterExtents);
-    copyValues(newFilter, *filter);
+    filterValues = FixedArray(newFilter);
+    forEachMember([this](Member& member) { copyFilters(member); });
   }
 
   void setFilters(const FixedView& first, const FixedView& newSecond) {
     checkFixed("first filter", first, roles.filter, geometry.filterExtents);
     checkFixed("second filter", newSecond, roles.filter, geometry.secondExtents);
-    copyValues(first, *filter);
-    copyValues(newSecond, *secondFilter);
+    filterValues = FixedArray(first);
+    secondValues = FixedArray(newSecond);
+    forEachMember([this](Member& member) { copyFilters(member); });
   }
 
   /// How the sums of a pass run; the second pass reads values of the output's type.
   FixedPath path(int pass) {
     const RoleDescription& from = pass == 0 ? roles.input : roles.output;
-    Fixpt& taps = pass == 0 ? *filter : *secondFilter;
+    Fixpt& taps = pass == 0 ? *firstMember().filter : *firstMember().secondFilter;
     if (geometry.norm != NormNone || from.isComplex || roles.filter.isComplex) return FixedPath::singleValues;
     const auto left = handleOf(from), sum = handleOf(roles.accumulator), result = handleOf(roles.output);
     const auto formatIn = [](const KarnDSPFixpt::FixptType& type, const auto& handle) {
@@ -69,38 +77,40 @@ class FixedConvolutionJob : public FixedFilterJob {
     return types.inputIsComplex || filter.isComplex() ? maxComplexElements : maxIndex;
   }
 
-  static void copyValues(const FixedView& from, Fixpt& to) {
-    copyStored(*makeAlias(to.attributes(), from.data()), to, static_cast<int>(elementCount(from.extents())));
+  /// Copies the filters' values into the arrays that the front of a member owns.
+  void copyFilters(Member& member) const {
+    const auto copy = [](const FixedArray& from, Fixpt& to) {
+      copyStored(*makeAlias(to.attributes(), from.data()), to, static_cast<int>(elementCount(from.extents())));
+    };
+    copy(filterValues, *member.filter);
+    if (geometry.isSeparable()) copy(secondValues, *member.secondFilter);
   }
 
-  /// Makes the front and gives it the arrays. Filters and pad value hold copies of their values. Input and output get
-  /// their memory in each run.
-  void begin(const ConvolutionOptions& options, const FixedView& newFilter, const FixedView* newSecond) {
-    Arrays arrays = makeArrays(roles.input, roles.output, options.padValue);
-    auto made =
-        geometry.norm == NormNone
-            ? makeFront<Fixpt, Fixpt, Fixpt>(getHost(), geometry, handleOf(roles.input), handleOf(roles.output),
-                                             handleOf(roles.filter), handleOf(roles.accumulator))
-            : makeFront<Fixpt, Fixpt, Fixpt>(getHost(), geometry, handleOf(roles.input), handleOf(roles.output),
-                                             handleOf(roles.filter), handleOf(roles.accumulator), handleOf(roles.sqrt));
-    auto first = makeOwn(roles.filter, elementCount(geometry.filterExtents));
-    copyValues(newFilter, *first);
-    filter = first.get();
-    if (newSecond != nullptr) {
-      auto second = makeOwn(roles.filter, elementCount(geometry.secondExtents));
-      copyValues(*newSecond, *second);
-      secondFilter = second.get();
-      made->setup(first.release(), second.release(), arrays.input.release(), arrays.output.release(),
-                  arrays.padValue.release(), true);
+  void makeFront(Member& member) override {
+    const auto handle = [&](const RoleDescription& role) { return handleOf(role, member.host); };
+    const auto input = handle(roles.input), output = handle(roles.output), taps = handle(roles.filter),
+               accumulator = handle(roles.accumulator);
+    using detail::makeFront;
+    auto made = geometry.norm == NormNone
+                    ? makeFront<Fixpt, Fixpt, Fixpt>(member.host, geometry, input, output, taps, accumulator)
+                    : makeFront<Fixpt, Fixpt, Fixpt>(member.host, geometry, input, output, taps, accumulator,
+                                                     handle(roles.sqrt));
+    auto first = makeOwn(roles.filter, elementCount(geometry.filterExtents), member.host);
+    member.filter = first.get();
+    std::unique_ptr<Fixpt> second;
+    if (geometry.isSeparable()) second = makeOwn(roles.filter, elementCount(geometry.secondExtents), member.host);
+    member.secondFilter = second.get();
+    copyFilters(member);
+    if (geometry.isSeparable()) {
+      made->setup(first.release(), second.release(), member.input, member.output, member.padValue, true);
     } else {
-      made->setup(first.release(), arrays.input.release(), arrays.output.release(), arrays.padValue.release(), true);
+      made->setup(first.release(), member.input, member.output, member.padValue, true);
     }
-    start(std::move(made));
+    member.front = std::move(made);
   }
 
   FixedRoles roles;
-  Fixpt* filter = nullptr;  // owned by the front
-  Fixpt* secondFilter = nullptr;
+  FixedArray filterValues, secondValues;
 };
 
 namespace {

@@ -15,24 +15,31 @@ namespace {
 class FixedMedianJob : public detail::FixedFilterJob {
  public:
   FixedMedianJob(const Extents& window, const Extents& inputExtents, const FixedMedianTypes& types,
-                 const MedianOptions<double>& options)
-      : FixedFilterJob({inputExtents, window, {.mode = options.mode, .pad = options.pad}, detail::maxIndex, "window"},
-                       types.modes) {
-    const detail::FixedMedianRoles roles(types);
-    Arrays arrays = makeArrays(roles.input, roles.output, options.padValue);
-    auto made = std::make_unique<MedianFilterTolk<Fixpt, Fixpt>>(
-        getHost().getAdaptor(), geometry.rank, geometry.filterDims.data(), geometry.rank, geometry.inputDims.data(),
-        geometry.pad, geometry.mode, false, handleOf(roles.input), handleOf(roles.output), handleOf(roles.accumulator));
-    getHost().provideWorkVectors(made->getAllocator());
-    made->setup(arrays.input.release(), arrays.output.release(), arrays.padValue.release(), false);
-    start(std::move(made));
+                 const MedianOptions& options)
+      : FixedFilterJob({inputExtents, window, detail::convolutionOptions(options), detail::maxIndex, "window"},
+                       detail::convolutionOptions(options), types.modes),
+        roles(types) {
+    start(roles.input, roles.output, options.pad.value);
   }
+
+ private:
+  void makeFront(Member& member) override {
+    auto made = std::make_unique<MedianFilterTolk<Fixpt, Fixpt>>(
+        member.host.getAdaptor(), geometry.rank, geometry.filterDims.data(), geometry.rank, geometry.inputDims.data(),
+        geometry.pad, geometry.mode, false, handleOf(roles.input, member.host), handleOf(roles.output, member.host),
+        handleOf(roles.accumulator, member.host));
+    member.host.provideWorkVectors(made->getAllocator());
+    made->setup(member.input, member.output, member.padValue, false);
+    member.front = std::move(made);
+  }
+
+  detail::FixedMedianRoles roles;
 };
 
 }  // namespace
 
 FixedMedian::FixedMedian(const Extents& window, const Extents& inputExtents, const FixedMedianTypes& types,
-                         const MedianOptions<double>& options)
+                         const MedianOptions& options)
     : FixedRunner(std::make_unique<FixedMedianJob>(window, inputExtents, types, options)) {}
 
 }  // namespace BP::filters

@@ -37,7 +37,7 @@ struct FixedMedianTypes {
 class ORVANE_API FixedMedian : public FixedRunner {
  public:
   FixedMedian(const Extents& window, const Extents& inputExtents, const FixedMedianTypes& types,
-              const MedianOptions<double>& options = {});
+              const MedianOptions& options = {});
 };
 
 }  // namespace BP::filters

@@ -7,6 +7,7 @@
 #include "orvane/filters/extents.h"
 #include "orvane/filters/fixed_array.h"
 #include "orvane/filters/job_handle.h"
+#include "orvane/filters/rectangle.h"
 #include "orvane/platform/export.h"
 
 namespace BP::filters {
@@ -30,6 +31,10 @@ class ORVANE_API FixedRunner {
   void setPadValue(std::complex<double> value);
 
   const Extents& outputExtents() const;
+  /// The positions that the output holds, counted from the input's first element.
+  Rectangle positions() const;
+  /// The extents of the window.
+  const Extents& windowExtents() const;
 
   /// The statistics of all runs so far, sorted by label. The documentation of each filter has its labels. Within one
   /// run, counts are modulo 2^32.

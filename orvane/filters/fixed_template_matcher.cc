@@ -1,6 +1,5 @@
 #include "orvane/filters/fixed_template_matcher.h"
 
-#include <cstring>
 #include <utility>
 
 #include "orvane/filters/fixed_job.h"
@@ -20,6 +19,7 @@ class FixedMatchElements : public FixedJob {
   using ImageView = FixedView;
   using PatternView = FixedView;
   using Pattern = FixedArray;
+  using Image = FixedArray;
   using Scores = FixedArray;
   using Result = FixedMatch;
   using Front = TemplateMatchingTolk<Fixpt, Fixpt, Fixpt>;
@@ -29,14 +29,14 @@ class FixedMatchElements : public FixedJob {
 
   std::int64_t maxElements() const { return roles.output.isComplex ? maxComplexElements : maxIndex; }
 
+  bool scoresAreReal() const { return !roles.output.isComplex; }
+
   void checkImage(const FixedView& image, const Extents& extents) const {
     checkFixed("image", image, roles.image, extents);
   }
   FixedArray copyOf(const FixedView& pattern, const Extents& extents) const {
     checkFixed("template", pattern, roles.pattern, extents);
-    FixedArray copy(extents, pattern.type(), pattern.isComplex());
-    std::memcpy(copy.data(), pattern.data(), bytesOf(pattern));
-    return copy;
+    return FixedArray(pattern);
   }
   FixedArray makeScores(const Extents& extents) const {
     return FixedArray(extents, roles.output.value, roles.output.isComplex);
@@ -48,14 +48,15 @@ class FixedMatchElements : public FixedJob {
   }
 
   template <class... Arguments>
-  std::unique_ptr<Front> makeFront(Arguments... arguments) {
-    return std::make_unique<Front>(arguments..., handleOf(roles.accumulator), handleOf(roles.image),
-                                   handleOf(roles.output), handleOf(roles.pattern));
+  std::unique_ptr<Front> makeFront(ReferenceHost& host, Arguments... arguments) {
+    return std::make_unique<Front>(host.getAdaptor(), arguments..., handleOf(roles.accumulator, host),
+                                   handleOf(roles.image, host), handleOf(roles.output, host),
+                                   handleOf(roles.pattern, host));
   }
 
-  Fixpt* patternAlias() { return makeOwn(roles.pattern, 0).release(); }
-  Fixpt* imageAlias() { return makeOwn(roles.image, 0).release(); }
-  Fixpt* scoresAlias() { return makeOwn(roles.output, 0).release(); }
+  Fixpt* patternAlias(ReferenceHost& host) { return makeOwn(roles.pattern, 0, host).release(); }
+  Fixpt* imageAlias(ReferenceHost& host) { return makeOwn(roles.image, 0, host).release(); }
+  Fixpt* scoresAlias(ReferenceHost& host) { return makeOwn(roles.output, 0, host).release(); }
 
  private:
   FixedMatchRoles roles;
@@ -72,6 +73,7 @@ FixedMatch FixedTemplateMatcher::run(const FixedView& image) { return job->run(i
 void FixedTemplateMatcher::setTemplate(const FixedView& pattern) { job->setTemplate(pattern); }
 void FixedTemplateMatcher::setRegion(const std::optional<Rectangle>& region) { job->setRegion(region); }
 const Rectangle& FixedTemplateMatcher::positions() const { return job->positions(); }
+const Extents& FixedTemplateMatcher::windowExtents() const { return job->windowExtents(); }
 
 std::vector<FixedStatistics> FixedTemplateMatcher::statistics() { return job->getElements().statistics(); }
 

@@ -59,8 +59,10 @@ class ORVANE_API FixedTemplateMatcher {
   /// Sets another region of interest, or none, for later runs.
   void setRegion(const std::optional<Rectangle>& region);
 
-  /// The positions in the region of interest. The size is 0 if there are none.
+  /// The positions in the region of interest. Width and height are 0 if there are none.
   const Rectangle& positions() const;
+  /// The extents of the template.
+  const Extents& windowExtents() const;
 
   /// The statistics of all runs so far, sorted by label. "output" counts all scores that were written: those of map,
   /// neighbourhood and best match. `Metric::product` adds "accumulator", "product", and for complex products "product

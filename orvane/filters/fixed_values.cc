@@ -69,10 +69,8 @@ void checkFixed(const char* argument, const FixedView& view, const RoleDescripti
     refuse(argument, "type " + describe(view.type(), view.isComplex()),
            "it must be " + describe(role.value, role.isComplex));
   }
-  checkArray(argument, view.data(), view.extents(), extents);
+  checkArray(argument, view.data(), view.layout(), extents, view.isComplex() ? maxComplexElements : maxIndex);
 }
-
-std::size_t bytesOf(const FixedView& view) { return bytesOf(view.extents(), view.type(), view.isComplex()); }
 
 void copyStored(Fixpt& from, Fixpt& to, int count) {
   const int components = count << (from.isComplex() ? 1 : 0);

@@ -46,9 +46,6 @@ std::unique_ptr<KarnDSPFixpt::Fixpt> makeAlias(const KarnDSPFixpt::DSPDataAttrib
 /// Throws `std::invalid_argument` unless `view` is an array of the role's type and these extents.
 void checkFixed(const char* argument, const FixedView& view, const RoleDescription& role, const Extents& extents);
 
-/// The number of bytes of an array.
-std::size_t bytesOf(const FixedView& view);
-
 /// Copies `count` elements of the same type, bit for bit. It is not counted as a cast.
 void copyStored(KarnDSPFixpt::Fixpt& from, KarnDSPFixpt::Fixpt& to, int count);
 

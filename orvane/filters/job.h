@@ -9,24 +9,24 @@
 /// Helpers of jobs. A job is a front of the library with the memory that the front uses.
 namespace BP::filters::detail {
 
-/// Throws `std::runtime_error` if `text` is not empty or the host has messages. The error has `text` and all messages.
-/// The host's list is then empty.
-inline void throwMessages(ReferenceHost& host, std::string text = {}) {
+/// Throws `std::runtime_error` with the messages of the host, if there are any. Its list is then empty.
+inline void throwMessages(ReferenceHost& host) {
+  std::string text;
   for (const std::string& message : host.getMessages()) text += (text.empty() ? "" : "; ") + message;
   host.getAdaptor()->clearMessages();
   if (!text.empty()) throw std::runtime_error(text);
 }
 
-/// Runs `front` of `host`. Throws `std::runtime_error` if the host received a message or a vendor's function failed. An
-/// error status from an earlier run on this thread is ignored.
-template <class Front>
-void runFront(Front& front, ReferenceHost& host) {
+/// Calls `compute`. Throws `std::runtime_error` if a vendor's function failed in it. An error status from before on
+/// this thread is ignored.
+template <class Compute>
+void checkVendor(Compute&& compute) {
   ZdLoader::takeBadStatus(ZdFilterLoader::clientTag);
-  front.computeOutputs();
+  compute();
   const IppStatus status = ZdLoader::takeBadStatus(ZdFilterLoader::clientTag);
-  throwMessages(host, status == 0 ? ""
-                                  : "vendor filter function: error status " + std::to_string(status) +
-                                        "; the output is not valid");
+  if (status == 0) return;
+  throw std::runtime_error("vendor filter function: error status " + std::to_string(status) +
+                           "; the output is not valid");
 }
 
 }  // namespace BP::filters::detail

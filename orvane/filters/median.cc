@@ -1,59 +1,74 @@
 #include "orvane/filters/median.h"
 
+#include <memory>
 #include <utility>
 
-#include "orvane/filters/convolution_front.h"
+#include "orvane/filters/fixed_median.h"
+#include "orvane/filters/plain_job.h"
 #include "orvane/median/median_filter_tolk.h"
 
 namespace BP::filters {
 
 namespace detail {
 
-/// One median filter with the memory that its front uses: extents, pad value, work vectors.
+/// One median filter.
 template <class T>
-class MedianJob {
+class MedianJob : public PlainFilterJob<T, T> {
  public:
-  MedianJob(const Extents& window, const Extents& input, const MedianOptions<T>& options)
-      : geometry(input, window, {.mode = options.mode, .pad = options.pad}, maxIndex, "window"),
-        padValue(options.padValue),
-        front(host.getAdaptor(), geometry.rank, geometry.filterDims.data(), geometry.rank, geometry.inputDims.data(),
-              geometry.pad, geometry.mode, false) {
-    host.provideWorkVectors(front.getAllocator());
+  using Base = PlainFilterJob<T, T>;
+
+  MedianJob(const Extents& window, const Extents& input, const MedianOptions& options)
+      : Base({input, window, convolutionOptions(options), maxIndex, "window"}, convolutionOptions(options)),
+        padValue(padElement<T>(options.pad.value)) {
+    this->start();
+  }
+
+  void run(ArrayView<const T> input, ArrayView<T> output) { Base::run(storedArray(input), storedArray(output)); }
+  void setPadValue(double value) { padValue = padElement<T>(value); }
+  Rectangle positions() const { return rectangleOf(this->geometry.positions); }
+  const Extents& windowExtents() const { return this->geometry.windowExtents; }
+
+ private:
+  std::unique_ptr<typename Base::Front> makeFront(ReferenceHost& host) override {
+    auto front = std::make_unique<MedianFilterTolk<T, T>>(
+        host.getAdaptor(), this->geometry.rank, this->geometry.filterDims.data(), this->geometry.rank,
+        this->geometry.inputDims.data(), this->geometry.pad, this->geometry.mode, false);
+    host.provideWorkVectors(front->getAllocator());
+    return front;
+  }
+  void bind(typename Base::Front& front, T* input, T* output) override {
+    static_cast<MedianFilterTolk<T, T>&>(front).setup(input, output, &padValue, false);
+  }
+
+  T padValue;
+};
+
+/// A median of integers: that of fixed-point values without fraction, which keeps no statistics.
+template <StoredInteger T>
+class MedianJob<T> {
+ public:
+  MedianJob(const Extents& window, const Extents& input, const MedianOptions& options)
+      : median(window, input,
+               {.input = type, .modes = {.rounding = Rounding::convergent, .gathering = Gathering::nothing}}, options) {
   }
 
   void run(ArrayView<const T> input, ArrayView<T> output) {
-    checkArray("input", input, geometry.inputExtents);
-    checkArray("output", output, geometry.outputExtents);
-    checkDisjoint(input, output);
-    bind(const_cast<T*>(input.data()), output.data());  // the front only reads it
-    runFront(front, host);
+    median.run(FixedView(input, type), MutableFixedView(output, type));
   }
-
-  void setPadValue(T value) { padValue = value; }
-
-  const Extents& outputExtents() const { return geometry.outputExtents; }
+  void setPadValue(double value) { median.setPadValue(value); }
+  const Extents& outputExtents() const { return median.outputExtents(); }
+  Rectangle positions() const { return median.positions(); }
+  const Extents& windowExtents() const { return median.windowExtents(); }
 
  private:
-  /// Starts the front over these arrays, unless the last run used the same ones. Every run reads the pad value.
-  void bind(T* input, T* output) {
-    if (input == boundInput && output == boundOutput) return;
-    front.setup(input, output, &padValue, false);
-    boundInput = input;
-    boundOutput = output;
-  }
-
-  ConvolutionGeometry geometry;
-  T padValue;
-  T* boundInput = nullptr;
-  T* boundOutput = nullptr;
-  ReferenceHost host;
-  MedianFilterTolk<T, T> front;  // destroyed before the memory that it uses
+  static constexpr FixedType type{8 * static_cast<int>(sizeof(T)), 0, std::is_signed_v<T>};
+  FixedMedian median;
 };
 
 }  // namespace detail
 
 template <class T>
-Median<T>::Median(const Extents& window, const Extents& inputExtents, const MedianOptions<T>& options)
+Median<T>::Median(const Extents& window, const Extents& inputExtents, const MedianOptions& options)
     : job(std::make_unique<detail::MedianJob<T>>(window, inputExtents, options), "median") {}
 
 template <class T>
@@ -69,7 +84,7 @@ Array<T> Median<T>::run(ArrayView<const T> input) {
 }
 
 template <class T>
-void Median<T>::setPadValue(T value) {
+void Median<T>::setPadValue(double value) {
   job->setPadValue(value);
 }
 
@@ -78,8 +93,18 @@ const Extents& Median<T>::outputExtents() const {
   return job->outputExtents();
 }
 
-template class Median<float>;
-template class Median<double>;
-template class Median<bool>;
+template <class T>
+Rectangle Median<T>::positions() const {
+  return job->positions();
+}
+
+template <class T>
+const Extents& Median<T>::windowExtents() const {
+  return job->windowExtents();
+}
+
+#define ORVANE_DEFINE(T) template class Median<T>;
+ORVANE_FOR_MEDIAN_ELEMENTS(ORVANE_DEFINE)
+#undef ORVANE_DEFINE
 
 }  // namespace BP::filters

@@ -1,8 +1,12 @@
 #pragma once
 
 #include <complex>
+#include <optional>
 
 #include "orvane/core/pad_types.h"
+#include "orvane/filters/box.h"
+#include "orvane/filters/progress.h"
+#include "orvane/filters/rectangle.h"
 
 /// The options of a convolution.
 ///
@@ -37,6 +41,22 @@ enum class OutputMode {
 enum class PadRule { ORVANE_FOR_PAD_TYPES(ORVANE_ENUMERATE) };
 #undef ORVANE_ENUMERATE
 
+/// What an input yields beyond its edges: a rule, and the value of a constant pad. All jobs have this one type.
+///
+///     .pad = PadRule::symmetric
+///     .pad = {PadRule::constant, 3.0}
+///
+/// The value must be real for a real input. It is rounded to nearest if the input's elements are `float`, and must be a
+/// value of the input's type if they are `bool` or fixed point. The other rules do not use it.
+struct PadOption {
+  PadRule rule = PadRule::replicate;
+  std::complex<double> value = 0;
+
+  constexpr PadOption() = default;
+  constexpr PadOption(PadRule newRule, std::complex<double> newValue = 0) : rule(newRule), value(newValue) {}
+  bool operator==(const PadOption&) const = default;
+};
+
 /// The divisor of each sum.
 enum class Normalisation {
   none,    ///< the sum of products is not divided
@@ -45,22 +65,28 @@ enum class Normalisation {
 
 /// The choices of a convolution, for designated initialisers. Each has a default:
 ///
-///     ConvolutionOptions{.mode = OutputMode::same, .pad = PadRule::replicate}
+///     ConvolutionOptions{.mode = OutputMode::full, .pad = {PadRule::constant, 3.0}}
 struct ConvolutionOptions {
-  FilterDirection direction = FilterDirection::convolution;
-  OutputMode mode = OutputMode::valid;
-  PadRule pad = PadRule::constant;
-  /// The value of a constant pad. It must be real for a real input. It is rounded to nearest if the input's elements
-  /// are `float`.
-  std::complex<double> padValue = 0;
+  /// Without a direction, `correlate` correlates and everything else convolves.
+  std::optional<FilterDirection> direction = std::nullopt;
+  OutputMode mode = OutputMode::same;
+  PadOption pad = {};
   Normalisation normalise = Normalisation::none;
+  /// The positions that are wanted, of those that the mode has; all of them without a region. It may reach beyond them,
+  /// miss them, or be empty. The output holds the positions that are left. In rank 1 it needs y = 0 and height 1.
+  std::optional<Rectangle> region = std::nullopt;
+  int threads = 1;              ///< the most threads of a run; 0 for as many as there are cores
+  Progress progress = nullptr;  ///< told while a run goes on, which it can cancel
 };
 
 /// The choices of a correlation in any number of dimensions; each has a default.
 struct CorrelationNDOptions {
-  OutputMode mode = OutputMode::valid;
-  PadRule pad = PadRule::constant;
-  double padValue = 0;  ///< the value of a constant pad, rounded to nearest if the elements are `float`
+  OutputMode mode = OutputMode::same;
+  PadOption pad = {};
+  /// The positions that are wanted, as in `ConvolutionOptions`, in the input's number of dimensions.
+  std::optional<Box> region = std::nullopt;
+  int threads = 1;              ///< the most threads of a run; 0 for as many as there are cores
+  Progress progress = nullptr;  ///< told while a run goes on, which it can cancel
 };
 
 }  // namespace BP::filters
