@@ -1,11 +1,11 @@
 #include <string>
 
-#include "tool/command_line.h"
 #include "tool/completion_text.h"
 #include "tool/file.h"
 #include "tool/names.h"
 #include "tool/operations.h"
 #include "tool/reference_text.h"
+#include "tool/usage_text.h"
 
 namespace BP::tool {
 

@@ -53,25 +53,31 @@ struct Array {
   }
 };
 
-/// Calls `visit` with the address of the first element, in its own type; bools are `std::uint8_t`.
+/// Calls `visit` with a zero of the type; bools are `std::uint8_t`.
 template <class Visit>
-void visitElements(const Array& array, Visit&& visit) {
-  switch (array.type) {
-    case ElementType::boolean: return visit(array.as<std::uint8_t>());
-    case ElementType::int8: return visit(array.as<std::int8_t>());
-    case ElementType::int16: return visit(array.as<std::int16_t>());
-    case ElementType::int32: return visit(array.as<std::int32_t>());
-    case ElementType::int64: return visit(array.as<std::int64_t>());
-    case ElementType::uint8: return visit(array.as<std::uint8_t>());
-    case ElementType::uint16: return visit(array.as<std::uint16_t>());
-    case ElementType::uint32: return visit(array.as<std::uint32_t>());
-    case ElementType::uint64: return visit(array.as<std::uint64_t>());
-    case ElementType::float32: return visit(array.as<float>());
-    case ElementType::float64: return visit(array.as<double>());
-    case ElementType::complex64: return visit(array.as<std::complex<float>>());
-    case ElementType::complex128: return visit(array.as<std::complex<double>>());
+auto visitType(ElementType type, Visit&& visit) {
+  switch (type) {
+    case ElementType::boolean: return visit(std::uint8_t());
+    case ElementType::int8: return visit(std::int8_t());
+    case ElementType::int16: return visit(std::int16_t());
+    case ElementType::int32: return visit(std::int32_t());
+    case ElementType::int64: return visit(std::int64_t());
+    case ElementType::uint8: return visit(std::uint8_t());
+    case ElementType::uint16: return visit(std::uint16_t());
+    case ElementType::uint32: return visit(std::uint32_t());
+    case ElementType::uint64: return visit(std::uint64_t());
+    case ElementType::float32: return visit(float());
+    case ElementType::float64: return visit(double());
+    case ElementType::complex64: return visit(std::complex<float>());
+    case ElementType::complex128: return visit(std::complex<double>());
   }
   throw std::logic_error("unknown element type");
+}
+
+/// Calls `visit` with the address of the first element, in its own type; bools are `std::uint8_t`.
+template <class Visit>
+auto visitElements(const Array& array, Visit&& visit) {
+  return visitType(array.type, [&](auto zero) { return visit(array.as<decltype(zero)>()); });
 }
 
 /// Product of the extents times the size of an element. Throws `std::length_error` for a negative extent and for a

@@ -6,8 +6,8 @@
 
 #include <CLI/CLI.hpp>
 
-#include "tool/operations.h"
 #include "tool/text.h"
+#include "tool/usage_text.h"
 
 namespace BP::tool {
 
@@ -17,17 +17,13 @@ namespace {
 void addOptions(CLI::App& app, const Operation& operation, Values& values) {
   for (const Option& option : operation.options) {
     const std::string& name = option.name;
+    const std::string names = option.shortName == 0 ? name : std::string("-") + option.shortName + "," + name;
     if (option.isFlag()) {
-      app.add_flag_callback(
-          name, [&values, &name] { values.set(name, ""); }, option.meaning);
+      app.add_flag_callback(names, [&values, &name] { values.set(name, ""); });
       continue;
     }
-    const auto keep = [&values, &name](const std::string& text) { values.set(name, text); };
-    CLI::Option* added = app.add_option_function<std::string>(name, keep, option.meaning);
-    added->type_name(option.shownForm())->required(option.isRequired);
-    if (option.defaultValue.empty()) continue;
-    added->default_str(option.defaultValue);
-    values.set(name, option.defaultValue);
+    app.add_option_function<std::string>(names, [&values, &name](const std::string& text) { values.set(name, text); });
+    if (!option.defaultValue.empty()) values.set(name, option.defaultValue);
   }
 }
 
@@ -66,9 +62,6 @@ std::optional<Values> parseArguments(const Operation& operation, const std::vect
   CLI::App app;
   addOptions(app, operation, values);
   app.allow_extras();
-  // A mistyped option is also a missing one, so unknown options are refused before missing ones, which the parser
-  // cannot.
-  for (CLI::Option* option : app.get_options()) option->required(false);
   try {
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::CallForHelp&) {
@@ -76,42 +69,10 @@ std::optional<Values> parseArguments(const Operation& operation, const std::vect
   } catch (const CLI::ArgumentMismatch& error) {
     refuseCount(error);
   }
+  // A mistyped option is also a missing one, so unknown options are refused before missing ones.
   checkRemaining(app.remaining(), operation);
   checkRequired(operation, values);
   return values;
-}
-
-std::string usageText(const Operation& operation) {
-  Values unused;
-  CLI::App app(operation.summary, operation.name);
-  addOptions(app, operation, unused);
-  app.footer(operation.details + (operation.example.empty() ? "" : "Example: orvane " + operation.example + "\n"));
-  return app.help("orvane");
-}
-
-std::string usageText() {
-  CLI::App app("Sliding-window filters for pictures, bit for bit the same on every machine.", "orvane");
-  app.set_version_flag("--version", "");
-  for (const Operation& operation : operations()) app.add_subcommand(operation.name, operation.summary);
-  app.require_subcommand(1);
-  app.footer("`orvane help OPERATION` prints the usage of an operation.");
-  return app.help();
-}
-
-std::string synopsis(const Operation& operation) {
-  std::string text = "orvane " + operation.name;
-  bool hasOptional = false;
-  for (const Option& option : operation.options) {
-    const std::string form = option.name + (option.isPositional() || option.isFlag() ? "" : " " + option.shownForm());
-    if (option.isRequired) {
-      text += " " + form;
-    } else if (option.isPositional()) {
-      text += " [" + form + "]";
-    } else {
-      hasOptional = true;
-    }
-  }
-  return text + (hasOptional ? " [OPTIONS]" : "");
 }
 
 }  // namespace BP::tool

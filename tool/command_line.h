@@ -6,7 +6,7 @@
 
 #include "tool/operation.h"
 
-/// Arguments of the command and its usage texts. The argument parser's library is used behind this header alone.
+/// Arguments of the command. The argument parser's library is used behind this header alone.
 namespace BP::tool {
 
 /// The values in `arguments`, which follow the operation's name; nothing if they ask for the usage text.
@@ -14,14 +14,5 @@ namespace BP::tool {
 /// Throws `std::runtime_error` for an unknown option, with the nearest known one, and for a missing, a repeated or an
 /// unexpected argument.
 std::optional<Values> parseArguments(const Operation& operation, const std::vector<std::string>& arguments);
-
-/// The usage text of an operation.
-std::string usageText(const Operation& operation);
-
-/// The usage text of the command, which lists the operations.
-std::string usageText();
-
-/// The arguments of an operation in short, as in "orvane chart OUT [OPTIONS]".
-std::string synopsis(const Operation& operation);
 
 }  // namespace BP::tool

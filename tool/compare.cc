@@ -9,6 +9,9 @@
 #include <stdexcept>
 
 #include "tool/elements.h"
+#include "tool/heat.h"
+#include "tool/json.h"
+#include "tool/levels.h"
 #include "tool/text.h"
 
 namespace BP::tool {
@@ -163,6 +166,57 @@ std::string comparisonText(const Comparison& comparison, const std::optional<dou
       "mean       " + elementText(comparison.mean, widest) + "\nrms        " + roundedText(comparison.rms, 4) + "\n";
   if (peak) text += "psnr       " + ratioText(comparison.rms, *peak) + ", of a peak of " + numberText(*peak) + "\n";
   return text;
+}
+
+Image comparisonPicture(const Array& first, const Array& second) {
+  const std::size_t rank = first.extents.size();
+  const std::int64_t pixels = rank >= 2 ? first.extents[rank - 2] * first.extents[rank - 1] : 0;
+  if (rank < 2 || rank > 3 || pixels > std::numeric_limits<int>::max()) {
+    throw std::runtime_error("--overlay: the extents are " + joined(first.extents, "x") +
+                             "; allowed are width and height, or channels, width and height, of up to 2^31 - 1 pixels");
+  }
+  const std::size_t channels = rank == 3 ? static_cast<std::size_t>(first.extents[0]) : 1;
+  std::vector<double> errors(static_cast<std::size_t>(pixels));
+  double greatest = 0;
+  for (std::size_t i = 0; i < first.elements(); ++i) {
+    const Element a = elementAt(first, i), b = elementAt(second, i);
+    double& error = errors[i / channels];
+    if (!isEqual(a, b)) error = std::max(error, static_cast<double>(errorOf(b - a)));
+    if (std::isfinite(error)) greatest = std::max(greatest, error);
+  }
+  const Levels levels = levelsOf(first);
+  constexpr double groundPart = 0.35, leastHeat = 0.3;  // the least difference stands out from the ground
+  Image picture = makeImage(static_cast<int>(first.extents[rank - 2]), static_cast<int>(first.extents[rank - 1]), 3, 8);
+  for (std::size_t i = 0; i < errors.size(); ++i) {
+    const auto grey = static_cast<int>(255 * groundPart * levels.fraction(levels.values[i * channels]));
+    const double part = std::isfinite(errors[i]) && greatest > 0 ? errors[i] / greatest : 1;
+    const auto x = static_cast<std::int64_t>(i) % picture.width, y = static_cast<std::int64_t>(i) / picture.width;
+    putColour(picture, x, y, errors[i] > 0 ? heatColour(leastHeat + (1 - leastHeat) * part) : Colour{grey, grey, grey});
+  }
+  return picture;
+}
+
+std::string comparisonJson(const Comparison& comparison, const std::optional<double>& peak) {
+  const auto element = [](const Element& value, ElementType type) {
+    return std::complex<double>(static_cast<double>(value.real()),
+                                isComplex(type) ? static_cast<double>(value.imag()) : 0);
+  };
+  const auto rms = static_cast<double>(comparison.rms);
+  const bool hasComplex = isComplex(comparison.firstType) || isComplex(comparison.secondType);
+  JsonObject json;
+  json.add("firstType", nameOf(comparison.firstType)).add("secondType", nameOf(comparison.secondType));
+  json.add("extents", comparison.extents).add("elements", comparison.elements);
+  json.add("differentBits", comparison.differentBits).add("differentValues", comparison.differentValues);
+  json.add("infiniteErrors", comparison.infiniteErrors);
+  json.add("maxError", static_cast<double>(comparison.maxError)).add("position", comparison.position);
+  json.addText("first", jsonOf(element(comparison.before, comparison.firstType), isComplex(comparison.firstType)));
+  json.addText("second", jsonOf(element(comparison.after, comparison.secondType), isComplex(comparison.secondType)));
+  json.addText(
+      "mean",
+      jsonOf({static_cast<double>(comparison.mean.real()), static_cast<double>(comparison.mean.imag())}, hasComplex));
+  json.add("rms", rms);
+  if (peak) json.add("peak", *peak).add("psnr", 20 * std::log10(*peak / rms));
+  return json.text() + "\n";
 }
 
 }  // namespace BP::tool

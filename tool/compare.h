@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tool/array.h"
+#include "tool/image.h"
 
 namespace BP::tool {
 
@@ -35,6 +36,14 @@ struct Comparison {
 
 /// Compares two arrays element by element. Throws `std::runtime_error` for extents that differ, and for empty arrays.
 Comparison compare(const Array& first, const Array& second);
+
+/// The comparison as a JSON object, with the same peak.
+std::string comparisonJson(const Comparison& comparison, const std::optional<double>& peak);
+
+/// A picture of the differences: the first array in dark grey, and on it a heat map of the distances where there are
+/// any, the greatest brightest; of the samples of a pixel the greatest counts. Throws `std::runtime_error` for arrays
+/// of other extents than width and height, or channels, width and height.
+Image comparisonPicture(const Array& first, const Array& second);
 
 /// The comparison as text, a line for each number. With a peak there is a line for the peak signal-to-noise ratio,
 /// 20 log10(peak / rms).

@@ -1,5 +1,4 @@
-#include <algorithm>
-#include <cstdint>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -7,37 +6,26 @@
 #include "tool/compare.h"
 #include "tool/file.h"
 #include "tool/filtered_files.h"
-#include "tool/npy_file.h"
 #include "tool/operations.h"
 #include "tool/option_values.h"
-#include "tool/png_file.h"
-#include "tool/samples.h"
+#include "tool/picture_file.h"
 #include "tool/text.h"
 
 namespace BP::tool {
 
 namespace {
 
-/// An array, or the samples of a picture as elements of the type uint8 or uint16.
+/// The elements of a file.
 struct Content {
   Array array;
-  int bitDepth = 0;  ///< of a picture
+  int bitDepth = 0;  ///< of a picture of whole samples, 8 or 16
 };
 
-template <class T>
-Array samplesAs(const Image& image, ElementType type) {
-  Array array{type, samplesOf(image).extents, {}};
-  array.bytes.resize(image.samples.size() * sizeof(T));
-  std::ranges::transform(image.samples, array.as<T>(), [](std::uint16_t sample) { return static_cast<T>(sample); });
-  return array;
-}
-
 Content readContent(const std::string& path) {
-  if (isArrayName(path)) return {readNpy(path)};
-  const Image image = readPng(path);
-  return {image.bitDepth == 8 ? samplesAs<std::uint8_t>(image, ElementType::uint8)
-                              : samplesAs<std::uint16_t>(image, ElementType::uint16),
-          image.bitDepth};
+  const std::unique_ptr<RowReader> reader = openPicture(path);
+  const PictureHeader& header = reader->header();
+  const bool isPicture = !header.isArray() && isImage(header);
+  return {readArray(*reader), isPicture ? static_cast<int>(8 * sizeOf(header.type)) : 0};
 }
 
 void checkBitDepths(const Content& first, const Content& second) {
@@ -69,11 +57,17 @@ int run(const Values& values) {
   if (maxError && *maxError < 0) {
     throw std::runtime_error("--max-error " + inQuotes(values["--max-error"]) + " must not be less than 0");
   }
+  const std::optional<std::string> overlay = values.find("--overlay");
+  if (overlay) {
+    formatFor(*overlay, {});
+    checkWritable(*overlay);
+  }
   const Content first = readContent(values["FIRST"]), second = readContent(values["SECOND"]);
   checkBitDepths(first, second);
   const std::optional<double> peak = peakOf(values, first, second);
   const Comparison comparison = compare(first.array, second.array);
-  printOut(comparisonText(comparison, peak));
+  if (overlay) writeImage(*overlay, {comparisonPicture(first.array, second.array)}, {});
+  printOut(values.has("--json") ? comparisonJson(comparison, peak) : comparisonText(comparison, peak));
   return isDifferent(comparison, maxError) ? 1 : 0;
 }
 
@@ -83,18 +77,22 @@ Operation compareOperation() {
   return {
       .name = "compare",
       .summary = "Tells how far one picture or array is from another",
-      .options = {{.name = "FIRST", .meaning = "PNG picture or NPY array, the reference", .isRequired = true},
+      .options = {{.name = "FIRST", .meaning = "Picture or array, the reference", .isRequired = true},
                   {.name = "SECOND", .meaning = "Picture or array of the same extents", .isRequired = true},
                   {.name = "--max-error",
                    .meaning = "Values may differ by up to E; then types and bits do not matter",
                    .form = "E"},
                   {.name = "--peak",
                    .meaning = "Peak value of psnr; default: the greatest sample of a picture",
-                   .form = "NUMBER"}},
+                   .form = "NUMBER"},
+                  {.name = "--overlay",
+                   .meaning = "Picture to write: FIRST in grey, differences as a heat map",
+                   .form = "OUT"},
+                  jsonOption()},
       .details =
           "The exit code is 0 if nothing differs, 1 if a type, a bit or a value differs, and 2 for errors. With\n"
           "--max-error it is 1 if the greatest difference exceeds E.\n"
-          "type      the element types, uint8 or uint16 for pictures\n"
+          "type      the element types; uint8 or uint16 for most pictures\n"
           "bits      how many elements have different bits; not compared if the types differ\n"
           "values    extents, and how many values are different; 0 and -0 are equal, and so are two NaN\n"
           "greatest  the greatest distance and where it lies first, dimension 0 first: X,Y, of colours CHANNEL,X,Y\n"

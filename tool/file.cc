@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <optional>
 #include <stdexcept>
+#include <string_view>
 #include <system_error>
 
 #include "tool/text.h"
@@ -39,7 +40,7 @@ void failFile(const char* action, const std::string& path, int error) {
 }
 
 File openForReading(const std::string& path) {
-  File file(std::fopen(path.c_str(), "rbe"));
+  File file(path == "-" ? ::fdopen(::dup(STDIN_FILENO), "rb") : std::fopen(path.c_str(), "rbe"));
   if (!file) failFile("read", path, errno);
   struct stat status {};
   if (::fstat(::fileno(file.get()), &status) == 0 && S_ISDIR(status.st_mode)) failFile("read", path, EISDIR);
@@ -78,6 +79,7 @@ std::string readText(const std::string& path, std::size_t maxSize) {
 }
 
 void checkWritable(const std::string& path) {
+  if (isStandardOutput(path)) return;
   const auto status = statusOf(path);
   if (!status) checkLink(path, errno);
   if (status && S_ISDIR(status->st_mode)) failFile("write", path, EISDIR);
@@ -95,12 +97,21 @@ void printOut(const std::string& text) {
   }
 }
 
+bool isStandardOutput(const std::string& path) {
+  constexpr std::string_view names[] = {"-", "/dev/stdout", "/dev/fd/1", "/proc/self/fd/1"};
+  return std::ranges::find(names, path) != std::end(names);
+}
+
 bool isStream(const std::string& path) {
+  if (isStandardOutput(path)) return true;
   const auto status = statusOf(path);
   return status && !S_ISREG(status->st_mode) && !S_ISDIR(status->st_mode);
 }
 
 bool isSameFile(const std::string& first, const std::string& second) {
+  if (isStandardOutput(first) || isStandardOutput(second)) {
+    return isStandardOutput(first) && isStandardOutput(second);
+  }
   if (isStream(first) || isStream(second)) return false;
   const auto resolved = [](const std::string& path) {
     std::error_code ignored;

@@ -15,7 +15,7 @@ struct CloseFile {
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-/// Opens a file, a pipe or a device for reading; a folder is refused.
+/// Opens a file, a pipe or a device, or for "-" the standard input; a folder is refused.
 File openForReading(const std::string& path);
 
 /// Size in bytes of a regular file, -1 of anything else.
@@ -38,10 +38,13 @@ void checkWritable(const std::string& path);
 /// Writes `text` to the standard output.
 void printOut(const std::string& text);
 
-/// True if `path` exists and is neither a regular file nor a folder: a pipe or a device.
+/// True for "-" and for the names under which the system knows the standard output.
+bool isStandardOutput(const std::string& path);
+
+/// True if `path` is the standard output, or exists and is neither a regular file nor a folder: a pipe or a device.
 bool isStream(const std::string& path);
 
-/// True if both names lead to the same regular file, whether it exists or not.
+/// True if both names lead to the same regular file, whether it exists or not, or both to the standard output.
 bool isSameFile(const std::string& first, const std::string& second);
 
 /// Refuses a name to write to that does not end in `ending`, in upper or lower case, unless it is a pipe or a device.

@@ -44,8 +44,8 @@ std::string padDiagrams() {
 }  // namespace
 
 std::vector<Option> edgeOptions() {
-  return {modeOption("Which positions have an output, see below"),
-          padOption("What is read beyond the edge, see below", "constant:0")};
+  return {modeOption("Which positions have an output, see below", "same"),
+          padOption("What is read beyond the edge, see below", "replicate")};
 }
 
 std::string edgeDetails(const std::string& window) {
@@ -58,7 +58,7 @@ std::string edgeDetails(const std::string& window) {
 
 EdgeSettings edgeSettings(const Values& values) {
   const PadValue pad = padOf(values);
-  return {modeOf(values).mode, pad.row->pad, pad.value};
+  return {modeOf(values).mode, {pad.row->pad, pad.value}};
 }
 
 std::vector<Option> filterOptions(bool canNormalise) {
@@ -91,7 +91,7 @@ std::string filterDetails(bool canNormalise) {
 FilterSettings filterSettings(const Values& values, filters::FilterDirection direction) {
   const EdgeSettings edges = edgeSettings(values);
   FilterSettings settings;
-  settings.options = {.direction = direction, .mode = edges.mode, .pad = edges.pad, .padValue = edges.padValue};
+  settings.options = {.direction = direction, .mode = edges.mode, .pad = edges.pad};
   if (values.has("--normalise")) {
     const NormEnum norm = rowNamed(normalisations, values["--normalise"], "--normalise").value;
     settings.options.normalise = norm == NormNone ? filters::Normalisation::none : filters::Normalisation::energy;

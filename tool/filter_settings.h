@@ -1,6 +1,5 @@
 #pragma once
 
-#include <complex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,9 +27,8 @@ struct KernelTypes {
 
 /// Which positions have an output, and what is read beyond the edge.
 struct EdgeSettings {
-  filters::OutputMode mode = filters::OutputMode::valid;
-  filters::PadRule pad = filters::PadRule::constant;
-  std::complex<double> padValue;  ///< of a constant pad
+  filters::OutputMode mode = filters::OutputMode::same;
+  filters::PadOption pad;
 };
 
 /// What the operations `convolve`, `correlate` and `separable` do to each plane of their input.

@@ -85,11 +85,10 @@ FixedEntries parseFixedEntries(const std::string& text, const FixedRoleNames& ro
   return entries;
 }
 
-void checkFixedPad(filters::OutputMode mode, filters::PadRule pad, std::complex<double> value,
-                   const filters::FixedType& input) {
-  if (pad != filters::PadRule::constant || mode == filters::OutputMode::valid) return;
+void checkFixedPad(filters::OutputMode mode, const filters::PadOption& pad, const filters::FixedType& input) {
+  if (pad.rule != filters::PadRule::constant || mode == filters::OutputMode::valid) return;
   filters::Array<std::complex<double>> one({1});
-  one[0] = value;
+  const std::complex<double> value = one[0] = pad.value;
   if (filters::toComplex(filters::quantise(one, input))[0] == value) return;
   throw std::runtime_error("--pad 'constant:" + numberText(value.real()) +
                            (value.imag() == 0 ? "" : "," + numberText(value.imag())) + "': " + filters::toText(input) +

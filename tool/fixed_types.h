@@ -35,8 +35,7 @@ struct FixedRoleNames {
 FixedEntries parseFixedEntries(const std::string& text, const FixedRoleNames& roles);
 
 /// Refuses a pad value that the input's type cannot represent, unless the mode never reads it.
-void checkFixedPad(filters::OutputMode mode, filters::PadRule pad, std::complex<double> value,
-                   const filters::FixedType& input);
+void checkFixedPad(filters::OutputMode mode, const filters::PadOption& pad, const filters::FixedType& input);
 
 /// The names of the modes, a line of a usage text.
 std::string fixedModeNames();

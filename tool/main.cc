@@ -16,6 +16,7 @@
 #include "tool/messages.h"
 #include "tool/operations.h"
 #include "tool/text.h"
+#include "tool/usage_text.h"
 
 namespace {
 

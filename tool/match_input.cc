@@ -3,25 +3,32 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <stdexcept>
 
 #include "tool/levels.h"
-#include "tool/npy_file.h"
-#include "tool/png_file.h"
+#include "tool/picture_file.h"
 #include "tool/text.h"
 
 namespace BP::tool {
 
 namespace {
 
-Array lumaOf(const Image& image) {
-  Array plane{ElementType::float64, {image.width, image.height}, {}};
-  plane.bytes.resize(bytesOf(plane.type, plane.extents));
-  double* value = plane.as<double>();
+/// The grey of a picture: its samples as they are, or the luma of its colours.
+Array greyOf(const Image& image) {
   const auto channels = static_cast<std::size_t>(image.channels);
-  for (std::size_t i = 0; i < image.samples.size(); i += channels) {
-    const std::uint16_t* sample = &image.samples[i];
-    *value++ = image.colours() == 1 ? sample[0] : 0.2126 * sample[0] + 0.7152 * sample[1] + 0.0722 * sample[2];
+  const ElementType whole = image.bitDepth == 8 ? ElementType::uint8 : ElementType::uint16;
+  Array plane{image.colours() == 1 ? whole : ElementType::float64, {image.width, image.height}, {}};
+  plane.bytes.resize(bytesOf(plane.type, plane.extents));
+  for (std::size_t i = 0; i < image.pixels(); ++i) {
+    const std::uint16_t* const sample = &image.samples[i * channels];
+    if (plane.type == ElementType::float64) {
+      plane.as<double>()[i] = 0.2126 * sample[0] + 0.7152 * sample[1] + 0.0722 * sample[2];
+    } else if (plane.type == ElementType::uint16) {
+      plane.as<std::uint16_t>()[i] = sample[0];
+    } else {
+      plane.bytes[i] = static_cast<std::uint8_t>(sample[0]);
+    }
   }
   return plane;
 }
@@ -72,15 +79,16 @@ void checkExtents(const Array& array, const std::string& what) {
 
 }  // namespace
 
-MatchInput readMatchInput(const std::string& path, bool allowsWhole) {
-  if (!lowered(path).ends_with(".npy")) {
-    const Image image = readPng(path);
-    return {lumaOf(image), pictureOf(image), image.bitDepth};
+MatchInput readMatchInput(const std::string& path, bool allowsWhole, bool wantsPicture) {
+  const std::unique_ptr<RowReader> reader = openPicture(path);
+  if (isImage(reader->header())) {
+    const Image image = readImage(*reader, path).image;
+    return {greyOf(image), wantsPicture ? pictureOf(image) : Image(), image.bitDepth};
   }
-  Array array = readNpy(path);
+  Array array = readArray(*reader);
   if (!allowsWhole) checkType(array, inQuotes(path));
   checkExtents(array, inQuotes(path));
-  Image picture = pictureOf(array);
+  Image picture = wantsPicture ? pictureOf(array) : Image();
   return {std::move(array), std::move(picture), 0};
 }
 

@@ -2,6 +2,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "tool/checksum.h"
 #include "tool/file.h"
 #include "tool/filtered_files.h"
 #include "tool/fixed_types.h"
@@ -11,20 +12,20 @@
 #include "tool/match_text.h"
 #include "tool/messages.h"
 #include "tool/names.h"
-#include "tool/npy_file.h"
 #include "tool/operations.h"
 #include "tool/option_values.h"
-#include "tool/png_file.h"
+#include "tool/picture_file.h"
+#include "tool/progress.h"
 #include "tool/text.h"
 
 namespace BP::tool {
 
 namespace {
 
-constexpr Named<filters::Metric> metrics[] = {{"sad", filters::Metric::sad},
-                                              {"ssd", filters::Metric::ssd},
-                                              {"maxad", filters::Metric::maxad},
-                                              {"product", filters::Metric::product}};
+constexpr Named<filters::Metric> metrics[] = {
+    {"sad", filters::Metric::sad},       {"ssd", filters::Metric::ssd},
+    {"maxad", filters::Metric::maxad},   {"product", filters::Metric::product},
+    {"cosine", filters::Metric::cosine}, {"coefficient", filters::Metric::correlationCoefficient}};
 constexpr Named<filters::Search> searches[] = {{"exhaustive", filters::Search::exhaustive},
                                                {"three-step", filters::Search::threeStep}};
 
@@ -33,11 +34,12 @@ filters::Rectangle parseRegion(const std::string& text) {
   if (rectangle.extents.size() != 2) {
     throw std::runtime_error("--roi " + inQuotes(text) + ": allowed is X,Y,WIDTHxHEIGHT, such as 2,3,20x10");
   }
-  return {{rectangle.first[0], rectangle.first[1]}, {rectangle.extents[0], rectangle.extents[1]}};
+  return {rectangle.first[0], rectangle.first[1], rectangle.extents[0], rectangle.extents[1]};
 }
 
-filters::MatchOptions optionsOf(const Values& values) {
-  filters::MatchOptions options;
+MatchRequest requestOf(const Values& values) {
+  MatchRequest request;
+  filters::MatchOptions& options = request.options;
   options.metric = rowNamed(metrics, values["--metric"], "--metric").value;
   options.mode = modeOf(values).mode;
   options.search = rowNamed(searches, values["--search"], "--search").value;
@@ -46,8 +48,20 @@ filters::MatchOptions optionsOf(const Values& values) {
     constexpr int maxNeighbourhood = 1023;
     options.neighbourhood = parseWhole(values["--neighbourhood"], 1, maxNeighbourhood, "--neighbourhood");
   }
-  options.map = values.has("--map") || values.has("--overlay");
-  return options;
+  options.refine = values.has("--refine");
+  options.threads = threadsOf(values);
+  request.keepsMap = values.has("--map") || values.has("--overlay");
+  if (values.has("--top")) {
+    constexpr int maxCount = 100000;
+    if (numberOf(values, "--min-distance") < 0) {
+      throw std::runtime_error("--min-distance " + inQuotes(values["--min-distance"]) + " must not be less than 0");
+    }
+    request.peaks = {.count = parseWhole(values["--top"], 1, maxCount, "--top"),
+                     .distance = numberOf(values, "--min-distance"),
+                     .refine = options.refine};
+  }
+  options.map = request.keepsMap || request.peaks;
+  return request;
 }
 
 std::optional<FixedMatchSettings> fixedOf(const Values& values) {
@@ -64,10 +78,10 @@ std::optional<FixedMatchSettings> fixedOf(const Values& values) {
 
 void checkNames(const Values& values) {
   const std::optional<std::string> map = values.find("--map"), overlay = values.find("--overlay");
-  if (map && !isArrayName(*map) && !isStream(*map) && !lowered(*map).ends_with(".png")) {
-    throw std::runtime_error("--map " + inQuotes(*map) + ": allowed are names that end in .npy or .png");
+  if (values.has("--checksum") && !map) throw std::runtime_error("--checksum needs --map");
+  for (const auto& name : {map, overlay}) {
+    if (name) formatFor(*name, {});
   }
-  if (overlay) checkPngName(*overlay);
   if (map && overlay && isSameFile(*map, *overlay)) {
     throw std::runtime_error("--map and --overlay: both are " + inQuotes(*map) + "; they must differ");
   }
@@ -83,35 +97,46 @@ void checkBitDepths(const Values& values, const MatchInput& image, const MatchIn
                            "; they must be the same");
 }
 
-/// Adds the map of scores to the files. Returns a note on how scores became grey levels; it is empty for an array.
-std::string addMap(OutputFiles& files, const std::string& path, const Array& map) {
-  if (isArrayName(path)) {
-    addNpy(files, path, map);
+/// Adds the map of scores to the files; `hash` becomes that of what is written. Returns a note on how scores became
+/// grey levels; it is empty for an array.
+std::string addMap(OutputFiles& files, const std::string& path, const Array& map, const WriteSettings& settings,
+                   std::string& hash) {
+  if (formatFor(path, {}) == FileFormat::npy) {
+    hash = addArray(files, path, map, settings);
     return {};
   }
   const ScorePicture picture = scorePicture(map);
-  addPng(files, path, picture.image);
+  hash = addImage(files, path, {picture.image}, settings);
   return path + ": " + picture.scale;
 }
 
 int run(const Values& values) {
-  const filters::MatchOptions options = optionsOf(values);
+  MatchRequest request = requestOf(values);
+  const filters::MatchOptions& options = request.options;
   checkNames(values);
   const std::optional<FixedMatchSettings> fixed = fixedOf(values);
-  const MatchInput image = readMatchInput(values["IMAGE"], fixed.has_value());
-  const MatchInput pattern = readMatchInput(values["TEMPLATE"], fixed.has_value());
+  const MatchInput image = readMatchInput(values["IMAGE"], fixed.has_value(), values.has("--overlay"));
+  const MatchInput pattern = readMatchInput(values["TEMPLATE"], fixed.has_value(), false);
   checkBitDepths(values, image, pattern);
-  const MatchResult match = fixed ? findFixedMatch(image.elements, pattern.elements, options, *fixed)
-                                  : findMatch(image.elements, pattern.elements, options);
+  constexpr std::int64_t steps = 1000;
+  Progress progress(steps, static_cast<std::int64_t>(image.elements.elements()) / steps);
+  request.options.progress = [&progress](double part) {
+    progress.done(static_cast<std::int64_t>(part * static_cast<double>(steps)));
+    return true;
+  };
+  const MatchResult match =
+      fixed ? findFixedMatch(image.elements, pattern.elements, request, *fixed) : findMatch(image, pattern, request);
   OutputFiles files;
-  std::string note;
-  if (values.has("--map")) note = addMap(files, values["--map"], match.map);
+  std::string note, hash;
+  const WriteSettings settings{.hasChecksum = values.has("--checksum")};
+  if (values.has("--map")) note = addMap(files, values["--map"], match.map, settings, hash);
   if (values.has("--overlay")) {
-    addPng(files, values["--overlay"], matchOverlay(image.picture, match, options.region));
+    addImage(files, values["--overlay"], {matchOverlay(image.picture, match, options.region)}, {});
   }
   const MatchNames names{values["--metric"], values["--mode"], values["--search"]};
-  printOut(values.has("--json") ? matchJson(match, names, options) : matchText(match, options));
+  printOut(values.has("--json") ? matchJson(match, names, options, hash) : matchText(match, options));
   files.commit();
+  if (!hash.empty() && !values.has("--json")) printChecksum(values["--map"], hash);
   if (values.has("--quiet")) return 0;
   if (!note.empty()) tell(note);
   tellCount(values["IMAGE"], match.rounded, image.elements.elements() + pattern.elements.elements(),
@@ -122,36 +147,47 @@ int run(const Values& values) {
 
 std::vector<Option> options() {
   return {
-      {.name = "IMAGE", .meaning = "PNG picture, or NPY array of bool, float or complex elements", .isRequired = true},
+      {.name = "IMAGE", .meaning = "Picture, or array of bool, float or complex elements", .isRequired = true},
       {.name = "TEMPLATE", .meaning = "The same, smaller; elements of the same precision", .isRequired = true},
       {.name = "--metric",
        .meaning = "What makes the score of a position, see below",
        .defaultValue = "sad",
        .allowed = namesOf(metrics)},
-      modeOption("Which positions there are, see below"),
+      modeOption("Which positions there are, see below", "valid"),
       {.name = "--search",
        .meaning = "three-step looks at few positions: fast, but can miss the best",
        .defaultValue = "exhaustive",
        .allowed = namesOf(searches)},
       {.name = "--roi", .meaning = "Looks only at positions in this region", .form = "X,Y,WxH"},
       {.name = "--neighbourhood", .meaning = "Prints N by N scores around the best, 1 to 1023", .form = "N"},
+      {.name = "--top", .meaning = "Prints the N best matches", .form = "N"},
+      {.name = "--min-distance",
+       .meaning = "Least distance of any two of them, in pixels",
+       .form = "NUMBER",
+       .defaultValue = "1"},
+      {.name = "--refine", .meaning = "Estimates where between pixels matches lie, by parabolas"},
       {.name = "--map",
-       .meaning = "Writes the scores of all positions, .npy, or .png with the least score black",
+       .meaning = "Writes the scores of all positions, .npy, or as a picture with the least score black",
        .form = "OUT"},
-      {.name = "--overlay",
-       .meaning = "Draws what was found, the region and a heat map of the scores",
-       .form = "OUT.png"},
+      {.name = "--overlay", .meaning = "Draws what was found, the region and a heat map of the scores", .form = "OUT"},
       {.name = "--fixed", .meaning = "Scores are computed in fixed point, see below", .form = "TYPES"},
-      {.name = "--json", .meaning = "Prints all results as JSON"},
-      {.name = "--quiet", .meaning = "Does not say how a map was scaled, nor of fixed point"}};
+      threadsOption(),
+      jsonOption(),
+      {.name = "--checksum", .meaning = "Prints SHA-256 of the map (see `orvane help checksum`)"},
+      {.name = "--quiet", .meaning = "Does not say how a map was scaled, nor of fixed point", .shortName = 'q'}};
 }
 
 std::string details() {
   return "A position is where the middle of TEMPLATE lies, of an even side the pixel further left or up of the two;\n"
-         "the window is what of IMAGE lies under TEMPLATE then. The best match has the least score; of equal scores "
+         "the window is what of IMAGE lies under TEMPLATE then. The best match has the least score, or the greatest; "
+         "of equal scores "
          "the\nfirst, row by row. Metrics, with a of the window and t of TEMPLATE:\n"
-         "  sad      sum of |a - t|          ssd      sum of (a - t)^2\n"
-         "  maxad    greatest |a - t|        product  sum of a * t, TEMPLATE turned by 180 degrees\n"
+         "  sad          sum of |a - t|\n"
+         "  ssd          sum of (a - t)^2\n"
+         "  maxad        greatest |a - t|\n"
+         "  product      sum of a * t, TEMPLATE turned by 180 degrees\n"
+         "  cosine       sum of a * t / (root of sum of a^2 * root of sum of t^2), the greatest is best\n"
+         "  coefficient  the same of a and t less their means, the greatest is best\n"
          "The least product is the best match too. Differences of complex elements stay complex, a - t or t - a, and\n"
          "scores compare by magnitude.\n"
          "Modes:\n"

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "tool/heat.h"
 #include "tool/levels.h"
 #include "tool/text.h"
 
@@ -13,40 +14,14 @@ namespace {
 
 using filters::Rectangle;
 
-struct Colour {
-  int red, green, blue;
-};
-
 constexpr Colour paper{245, 245, 242}, dark{20, 22, 26}, found{255, 64, 48}, asked{0, 200, 220};
-
-/// Dark violet over teal to light yellow. Brightness rises all the way, so the map can be read without colours.
-constexpr Colour heat[] = {{40, 0, 60}, {60, 40, 130}, {30, 115, 145}, {70, 185, 110}, {200, 220, 60}, {255, 250, 190}};
-
-Colour heatColour(double fraction) {
-  constexpr int spans = std::size(heat) - 1;
-  const double at = fraction * spans;
-  const int below = std::min(static_cast<int>(at), spans - 1);
-  const double part = at - below;
-  const auto mix = [&](int a, int b) { return static_cast<int>(std::nearbyint(a + part * (b - a))); };
-  const Colour &a = heat[below], &b = heat[below + 1];
-  return {mix(a.red, b.red), mix(a.green, b.green), mix(a.blue, b.blue)};
-}
-
-void put(Image& image, std::int64_t x, std::int64_t y, const Colour& colour) {
-  std::uint16_t* sample = &image.samples[image.at(static_cast<int>(x), static_cast<int>(y))];
-  sample[0] = static_cast<std::uint16_t>(colour.red);
-  sample[1] = static_cast<std::uint16_t>(colour.green);
-  sample[2] = static_cast<std::uint16_t>(colour.blue);
-}
 
 /// Colours the part of `box` that lies in `limits`.
 void fill(Image& image, const Rectangle& limits, const Rectangle& box, const Colour& colour) {
-  const auto first = [&](std::size_t d) { return std::max(box.start[d], limits.start[d]); };
-  const auto end = [&](std::size_t d) {
-    return std::min(box.start[d] + box.size[d], limits.start[d] + limits.size[d]);
-  };
-  for (std::int64_t y = first(1); y < end(1); ++y) {
-    for (std::int64_t x = first(0); x < end(0); ++x) put(image, x, y, colour);
+  const std::int64_t right = std::min(box.x + box.width, limits.x + limits.width);
+  const std::int64_t bottom = std::min(box.y + box.height, limits.y + limits.height);
+  for (std::int64_t y = std::max(box.y, limits.y); y < bottom; ++y) {
+    for (std::int64_t x = std::max(box.x, limits.x); x < right; ++x) putColour(image, x, y, colour);
   }
 }
 
@@ -54,12 +29,12 @@ void fill(Image& image, const Rectangle& limits, const Rectangle& box, const Col
 void ring(Image& image, const Rectangle& limits, const Rectangle& box, std::int64_t gap, std::int64_t width,
           const Colour& colour) {
   const std::int64_t out = gap + width;
-  const std::int64_t x = box.start[0] - out, y = box.start[1] - out;
-  const std::int64_t w = box.size[0] + 2 * out, h = box.size[1] + 2 * out;
-  fill(image, limits, {{x, y}, {w, width}}, colour);
-  fill(image, limits, {{x, y + h - width}, {w, width}}, colour);
-  fill(image, limits, {{x, y}, {width, h}}, colour);
-  fill(image, limits, {{x + w - width, y}, {width, h}}, colour);
+  const std::int64_t x = box.x - out, y = box.y - out;
+  const std::int64_t w = box.width + 2 * out, h = box.height + 2 * out;
+  fill(image, limits, {x, y, w, width}, colour);
+  fill(image, limits, {x, y + h - width, w, width}, colour);
+  fill(image, limits, {x, y, width, h}, colour);
+  fill(image, limits, {x + w - width, y, width, h}, colour);
 }
 
 /// A frame that can be seen on every background: a ring of colour between two dark ones.
@@ -85,38 +60,38 @@ struct HeatLayout {
   std::int64_t enlarge;
 };
 
-/// The least of the scores in a cell.
-double leastIn(const Levels& levels, const HeatLayout& layout, std::int64_t column, std::int64_t row) {
-  double least = 1;
+/// How good the best of the scores in a cell is: from 0 for the worst of all to 1.
+double bestIn(const Levels& levels, const HeatLayout& layout, bool greatestIsBest, std::int64_t column,
+              std::int64_t row) {
+  double best = 0;
   const std::int64_t right = std::min((column + 1) * layout.shrink, layout.scores[0]);
   const std::int64_t bottom = std::min((row + 1) * layout.shrink, layout.scores[1]);
   for (std::int64_t y = row * layout.shrink; y < bottom; ++y) {
     for (std::int64_t x = column * layout.shrink; x < right; ++x) {
-      least = std::min(least, levels.fraction(levels.values[static_cast<std::size_t>(x + y * layout.scores[0])]));
+      const double part = levels.fraction(levels.values[static_cast<std::size_t>(x + y * layout.scores[0])]);
+      best = std::max(best, greatestIsBest ? part : 1 - part);
     }
   }
-  return least;
+  return best;
 }
 
 /// Draws the heat map with its upper left corner in (left, top).
 void drawHeat(Image& image, const MatchResult& match, const HeatLayout& layout, std::int64_t left, std::int64_t top) {
   const Levels levels = levelsOf(match.map);
-  const Rectangle all{{0, 0}, {image.width, image.height}};
+  const Rectangle all{0, 0, image.width, image.height};
   for (std::int64_t row = 0; row < layout.cells(1); ++row) {
     for (std::int64_t column = 0; column < layout.cells(0); ++column) {
-      const Rectangle cell{{left + column * layout.enlarge, top + row * layout.enlarge},
-                           {layout.enlarge, layout.enlarge}};
-      fill(image, all, cell, heatColour(1 - leastIn(levels, layout, column, row)));
+      const Rectangle cell{left + column * layout.enlarge, top + row * layout.enlarge, layout.enlarge, layout.enlarge};
+      fill(image, all, cell, heatColour(bestIn(levels, layout, match.greatestIsBest, column, row)));
     }
   }
-  const Rectangle area{{left, top}, {layout.pixels(0), layout.pixels(1)}};
+  const Rectangle area{left, top, layout.pixels(0), layout.pixels(1)};
   ring(image, all, area, 0, 1, dark);
-  const auto cellOf = [&](std::size_t d) {
-    return (match.location[d] - match.positions.start[d]) / layout.shrink * layout.enlarge;
-  };
+  const auto cellOf = [&](std::int64_t distance) { return distance / layout.shrink * layout.enlarge; };
+  const std::int64_t column = cellOf(match.location[0] - match.positions.x);
+  const std::int64_t row = cellOf(match.location[1] - match.positions.y);
   const std::int64_t room = std::max<std::int64_t>(2, 5 - layout.enlarge);
-  const Rectangle best{{left + cellOf(0) - room, top + cellOf(1) - room},
-                       {layout.enlarge + 2 * room, layout.enlarge + 2 * room}};
+  const Rectangle best{left + column - room, top + row - room, layout.enlarge + 2 * room, layout.enlarge + 2 * room};
   frame(image, area, best, 1, found);
 }
 
@@ -139,13 +114,14 @@ Image matchOverlay(const Image& picture, const MatchResult& match, const std::op
   const HeatLayout layout(match.map, picture);
   Image image = makeImage(static_cast<int>(picture.width + layout.pixels(0) + 2 * gap),
                           static_cast<int>(std::max<std::int64_t>(picture.height, layout.pixels(1) + 2)), 3, 8);
-  fill(image, {{0, 0}, {image.width, image.height}}, {{0, 0}, {image.width, image.height}}, paper);
+  fill(image, {0, 0, image.width, image.height}, {0, 0, image.width, image.height}, paper);
   for (int y = 0; y < picture.height; ++y) {
     std::copy_n(&picture.samples[picture.at(0, y)], picture.rowSamples(), &image.samples[image.at(0, y)]);
   }
-  const Rectangle ground{{0, 0}, {picture.width, picture.height}};
+  const Rectangle ground{0, 0, picture.width, picture.height};
   const std::int64_t width = std::max(2, std::min(picture.width, picture.height) / 150);
   if (region) frame(image, ground, *region, width, asked);
+  for (const MatchPeak& peak : match.peaks) frame(image, ground, peak.window, width, found);
   frame(image, ground, match.window, width, found);
   drawHeat(image, match, layout, picture.width + gap, 1);
   return image;

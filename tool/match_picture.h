@@ -19,8 +19,8 @@ ScorePicture scorePicture(const Array& map);
 
 /// The picture, and on its right a heat map of the scores.
 ///
-/// A frame surrounds the window found, and another the region of interest, if any. The heat map is dark for the
-/// greatest score and bright for the least, with a ring round the best. It is shrunk to the least score of each block,
+/// A frame surrounds each window found, and another the region of interest, if any. The heat map is dark for the
+/// worst score and bright for the best, which has a ring round it. It is shrunk to the best score of each block,
 /// or enlarged, by a whole number, to about a third of the picture's width.
 ///
 /// `match` must have a map. A frame lies outside the area that it surrounds and is cut off at the picture's edge.

@@ -1,8 +1,8 @@
 #include "tool/match_text.h"
 
-#include <cmath>
 #include <cstddef>
 
+#include "tool/json.h"
 #include "tool/text.h"
 
 namespace BP::tool {
@@ -18,7 +18,7 @@ std::string sizeText(const std::array<std::int64_t, 2>& size) {
 }
 
 std::string regionText(const filters::Rectangle& region) {
-  return cornerText(region.start) + " " + sizeText(region.size);
+  return cornerText({region.x, region.y}) + " " + sizeText({region.width, region.height});
 }
 
 std::string scoreText(const std::complex<double>& score, bool isComplex) {
@@ -27,22 +27,9 @@ std::string scoreText(const std::complex<double>& score, bool isComplex) {
   return numberText(score.real()) + (imaginary[0] == '-' ? "" : "+") + imaginary + "i";
 }
 
-std::string jsonNumber(double value) {
-  return std::isfinite(value) ? numberText(value)
-                              : "\"" + numberText(std::isnan(value) ? std::fabs(value) : value) + "\"";
-}
-
-std::string jsonScore(const std::complex<double>& score, bool isComplex) {
-  if (!isComplex) return jsonNumber(score.real());
-  return "[" + jsonNumber(score.real()) + ", " + jsonNumber(score.imag()) + "]";
-}
-
 std::string jsonRegion(const filters::Rectangle& region) {
-  return "[" + std::to_string(region.start[0]) + ", " + std::to_string(region.start[1]) + ", " +
-         std::to_string(region.size[0]) + ", " + std::to_string(region.size[1]) + "]";
+  return jsonOf(std::array{region.x, region.y, region.width, region.height});
 }
-
-std::string jsonBool(bool value) { return value ? "true" : "false"; }
 
 /// The scores of the neighbourhood, each as `text(score)`, a line for each row.
 template <class Text>
@@ -57,7 +44,7 @@ std::string blockText(const MatchResult& match, std::int64_t edge, const std::st
 }
 
 std::string jsonBlock(const MatchResult& match, std::int64_t edge) {
-  const std::string rows = blockText(match, edge, ", ", [&](const auto& s) { return jsonScore(s, match.isComplex); });
+  const std::string rows = blockText(match, edge, ", ", [&](const auto& s) { return jsonOf(s, match.isComplex); });
   std::string block;
   for (const auto row : split(std::string_view(rows).substr(0, rows.size() - 1), '\n')) {
     block.append(block.empty() ? "" : ", ").append("[").append(row).append("]");
@@ -67,9 +54,41 @@ std::string jsonBlock(const MatchResult& match, std::int64_t edge) {
 
 }  // namespace
 
+namespace {
+
+std::string refinedText(const std::array<double, 2>& place) {
+  return numberText(place[0]) + "," + numberText(place[1]);
+}
+
+std::string peaksText(const MatchResult& match, const filters::MatchOptions& options) {
+  std::string text;
+  for (std::size_t i = 0; i < match.peaks.size(); ++i) {
+    const MatchPeak& peak = match.peaks[i];
+    text += "match " + std::to_string(i + 1) + "   " + cornerText(peak.location) + "  window " +
+            regionText(peak.window) + "  score " + numberText(peak.score) +
+            (options.refine ? "  refined " + refinedText(peak.refined) : "") + "\n";
+  }
+  return text;
+}
+
+std::vector<JsonObject> jsonPeaks(const MatchResult& match, const filters::MatchOptions& options) {
+  std::vector<JsonObject> list;
+  for (const MatchPeak& peak : match.peaks) {
+    JsonObject json;
+    json.add("location", peak.location).addText("window", jsonRegion(peak.window)).add("score", peak.score);
+    if (options.refine) json.add("refined", peak.refined);
+    list.push_back(json);
+  }
+  return list;
+}
+
+}  // namespace
+
 std::string matchText(const MatchResult& match, const filters::MatchOptions& options) {
   std::string text = "location  " + cornerText(match.location) + "\nwindow    " + regionText(match.window) +
                      "\nscore     " + scoreText(match.score, match.isComplex) + "\n";
+  if (options.refine) text += "refined   " + refinedText(match.refined) + "\n";
+  text += peaksText(match, options);
   if (options.region) {
     text += "roi       " + regionText(*options.region) +
             (match.regionValid ? "" : ", of which " + regionText(match.positions) + " are positions") + "\n";
@@ -80,19 +99,23 @@ std::string matchText(const MatchResult& match, const filters::MatchOptions& opt
          blockText(match, options.neighbourhood, "  ", [&](const auto& s) { return scoreText(s, match.isComplex); });
 }
 
-std::string matchJson(const MatchResult& match, const MatchNames& names, const filters::MatchOptions& options) {
+std::string matchJson(const MatchResult& match, const MatchNames& names, const filters::MatchOptions& options,
+                      const std::string& mapHash) {
   std::string json = "{\"metric\": \"" + names.metric + "\", \"mode\": \"" + names.mode + "\", \"search\": \"" +
                      names.search + "\",\n \"location\": [" + std::to_string(match.location[0]) + ", " +
                      std::to_string(match.location[1]) + "], \"window\": " + jsonRegion(match.window) +
-                     ", \"score\": " + jsonScore(match.score, match.isComplex) +
+                     ", \"score\": " + jsonOf(match.score, match.isComplex) +
                      ",\n \"positions\": " + jsonRegion(match.positions);
+  if (options.refine) json += ", \"refined\": " + jsonOf(match.refined);
+  if (!match.peaks.empty()) json += ",\n \"matches\": " + jsonOf(jsonPeaks(match, options));
   if (options.region) {
-    json += ", \"roi\": " + jsonRegion(*options.region) + ", \"roiValid\": " + jsonBool(match.regionValid);
+    json += ", \"roi\": " + jsonRegion(*options.region) + ", \"roiValid\": " + jsonOf(match.regionValid);
   }
   if (options.neighbourhood > 0) {
     json += ",\n \"neighbourhood\": " + jsonBlock(match, options.neighbourhood) +
-            ", \"neighbourhoodValid\": " + jsonBool(match.neighbourhoodValid);
+            ", \"neighbourhoodValid\": " + jsonOf(match.neighbourhoodValid);
   }
+  if (!mapHash.empty()) json += ",\n \"mapSha256\": " + jsonOf(mapHash);
   return json + "}\n";
 }
 

@@ -17,6 +17,8 @@ struct MatchNames {
 std::string matchText(const MatchResult& match, const filters::MatchOptions& options);
 
 /// The result as one JSON object. Complex scores are [re, im]; NaN and infinities are "nan", "inf" and "-inf".
-std::string matchJson(const MatchResult& match, const MatchNames& names, const filters::MatchOptions& options);
+/// `mapHash` is that of the map, if it is not empty.
+std::string matchJson(const MatchResult& match, const MatchNames& names, const filters::MatchOptions& options,
+                      const std::string& mapHash);
 
 }  // namespace BP::tool

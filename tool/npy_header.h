@@ -21,6 +21,9 @@ struct NpyHeader {
   std::vector<std::int64_t> shape;          ///< extents of the axes, the first one first
 };
 
+/// The first bytes of an NPY file.
+inline constexpr std::string_view npyMagic = "\x93NUMPY";
+
 /// The largest number of axes.
 inline constexpr std::size_t maxNpyRank = 64;
 

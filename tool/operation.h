@@ -18,6 +18,7 @@ struct Option {
   std::string defaultValue = {};          ///< the value if none is given; empty if there is no such value
   std::vector<std::string> allowed = {};  ///< all values, if they are a few names; they are the form, too
   bool isRequired = false;
+  char shortName = 0;  ///< a letter that stands for the name behind a single hyphen, 0 if there is none
 
   bool isPositional() const { return !name.starts_with('-'); }
   /// A flag takes no value.

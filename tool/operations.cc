@@ -10,9 +10,10 @@ namespace BP::tool {
 
 const std::vector<Operation>& operations() {
   static const std::vector<Operation> all = {
-      convolveOperation(), correlateOperation(), separableOperation(),  medianOperation(), matchOperation(),
-      compareOperation(),  kernelOperation(),    chartOperation(),      patchOperation(),  planOperation(),
-      listOperation(),     helpOperation(),      completionOperation(), manOperation(),    referenceOperation()};
+      convolveOperation(), correlateOperation(), separableOperation(), medianOperation(), matchOperation(),
+      compareOperation(),  checksumOperation(),  kernelOperation(),    showOperation(),   chartOperation(),
+      patchOperation(),    planOperation(),      listOperation(),      helpOperation(),   completionOperation(),
+      manOperation(),      referenceOperation()};
   return all;
 }
 

@@ -35,14 +35,18 @@ Option numberOption(const std::string& name, const std::string& meaning, const s
 
 double numberOf(const Values& values, const std::string& name) { return parseNumber(values[name], name); }
 
-Option modeOption(const std::string& meaning) {
-  return {.name = "--mode", .meaning = meaning, .defaultValue = "valid", .allowed = namesOf(modeTable)};
+Option modeOption(const std::string& meaning, const std::string& defaultValue) {
+  return {.name = "--mode",
+          .meaning = meaning,
+          .defaultValue = defaultValue,
+          .allowed = namesOf(modeTable),
+          .shortName = 'm'};
 }
 
 const ModeRow& modeOf(const Values& values) { return rowNamed(modeTable, values["--mode"], "--mode"); }
 
 Option padOption(const std::string& meaning, const std::string& defaultValue) {
-  return {.name = "--pad", .meaning = meaning, .defaultValue = defaultValue, .allowed = padForms()};
+  return {.name = "--pad", .meaning = meaning, .defaultValue = defaultValue, .allowed = padForms(), .shortName = 'p'};
 }
 
 PadValue padOf(const Values& values) {
@@ -59,6 +63,21 @@ PadValue padOf(const Values& values) {
   }
   pad.value = {parseNumber(parts[0], what), parts.size() == 2 ? parseNumber(parts[1], what) : 0};
   return pad;
+}
+
+Option jsonOption() { return {.name = "--json", .meaning = "Prints all results as JSON", .shortName = 'j'}; }
+
+Option threadsOption() {
+  return {.name = "--threads",
+          .meaning = "Threads at work, 0 for all cores; results do not depend on it",
+          .form = "N",
+          .defaultValue = "0",
+          .shortName = 't'};
+}
+
+int threadsOf(const Values& values) {
+  constexpr int maxThreads = 1024;
+  return parseWhole(values["--threads"], 0, maxThreads, "--threads");
 }
 
 std::vector<int> parseExtents(std::string_view text, const std::string& option) {

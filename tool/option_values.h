@@ -18,8 +18,8 @@ Option numberOption(const std::string& name, const std::string& meaning, const s
 /// The value of an option that takes a number.
 double numberOf(const Values& values, const std::string& name);
 
-/// `--mode valid|same|full`, with the default valid.
-Option modeOption(const std::string& meaning);
+/// `--mode valid|same|full`.
+Option modeOption(const std::string& meaning, const std::string& defaultValue);
 const ModeRow& modeOf(const Values& values);
 
 /// `--pad constant:V`, or the name of another pad type. V is a number, or RE,IM for complex elements, or left out for
@@ -38,6 +38,13 @@ std::vector<int> parseExtents(std::string_view text, const std::string& option);
 
 /// Extents as they are typed.
 std::string extentsText(const std::vector<int>& extents);
+
+/// `--json`, which prints results as one JSON object on the standard output.
+Option jsonOption();
+
+/// `--threads`, 0 for as many as there are cores.
+Option threadsOption();
+int threadsOf(const Values& values);
 
 /// A rectangle of positions.
 struct PositionBox {

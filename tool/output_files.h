@@ -6,14 +6,16 @@
 #include <string>
 #include <vector>
 
+#include "tool/output_stream.h"
+
 namespace BP::tool {
 
 /// The files that one run writes: all of them appear under their names, or none does.
 ///
 /// Each goes to a temporary file in its folder first. `commit` gives these files their names and puts back what was
 /// there if it cannot name them all. A file that is replaced stays as it is until then; its owner, as far as the system
-/// allows, and its access rights stay. A link is followed; pipes and devices are written straight. Failures throw
-/// `std::runtime_error` with the name and the system's reason.
+/// allows, and its access rights stay. A link is followed. Pipes, devices and the standard output are written straight.
+/// Failures throw `std::runtime_error` with the name and the system's reason.
 class OutputFiles {
  public:
   OutputFiles();
@@ -21,8 +23,12 @@ class OutputFiles {
   OutputFiles(const OutputFiles&) = delete;
   OutputFiles& operator=(const OutputFiles&) = delete;
 
-  /// Writes `bytes`, and behind them `more`, to the temporary file for `path`, or straight to a pipe or a device.
-  void add(const std::string& path, std::span<const std::uint8_t> bytes, std::span<const std::uint8_t> more = {});
+  /// Opens the temporary file for `path`, or a pipe or a device, or for "-" and "/dev/stdout" the standard output. The
+  /// stream lives as long as this object.
+  OutputStream& open(const std::string& path);
+
+  /// Writes a whole file.
+  void add(const std::string& path, std::span<const std::uint8_t> bytes);
 
   /// Gives all files their names.
   void commit();
@@ -30,6 +36,7 @@ class OutputFiles {
  private:
   class Entry;
   std::vector<std::unique_ptr<Entry>> entries;
+  std::vector<std::unique_ptr<OutputStream>> streams;
 };
 
 }  // namespace BP::tool

@@ -2,11 +2,13 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "tool/image.h"
 #include "tool/operations.h"
 #include "tool/option_values.h"
-#include "tool/png_file.h"
+#include "tool/picture_file.h"
 #include "tool/scramble.h"
 #include "tool/text.h"
 
@@ -42,13 +44,28 @@ void addNoise(Image& image, int maxNoise) {
 
 int run(const Values& values) {
   const PositionBox box = parseBox(values["--box"], "--box");
-  checkPngName(values["OUT"]);
-  const Image image = readPng(values["IN"]);
+  const WriteSettings settings = writeSettings(values);
+  formatFor(values["OUT"], settings);
+  const TaggedImage picture = readImage(values["IN"]);
+  const Image& image = picture.image;
   const int maxNoise = parseWhole(values["--noise"], 0, image.maximum(), "--noise");
   Image patch = cut(image, box, "--box " + inQuotes(values["--box"]));
   addNoise(patch, maxNoise);
-  writePng(values["OUT"], patch);
+  writeImage(values["OUT"], {patch, picture.tags, picture.isPacked}, settings);
   return 0;
+}
+
+std::vector<Option> options() {
+  std::vector<Option> all = {
+      {.name = "IN", .meaning = "Picture of 8 or 16 bits", .isRequired = true},
+      {.name = "OUT", .meaning = "Picture to write, may be IN", .isRequired = true},
+      {.name = "--box", .meaning = "Upper left corner and size of the patch", .form = "X,Y,WxH", .isRequired = true},
+      {.name = "--noise",
+       .meaning = "Adds a number of -N to N to each sample, and clips",
+       .form = "N",
+       .defaultValue = "0"}};
+  for (Option& option : writeOptions()) all.push_back(std::move(option));
+  return all;
 }
 
 }  // namespace
@@ -56,16 +73,7 @@ int run(const Values& values) {
 Operation patchOperation() {
   return {.name = "patch",
           .summary = "Cuts a patch out of a picture, to be found again by match",
-          .options = {{.name = "IN", .meaning = "PNG picture", .isRequired = true},
-                      {.name = "OUT", .meaning = "PNG picture to write, may be IN", .isRequired = true},
-                      {.name = "--box",
-                       .meaning = "Upper left corner and size of the patch",
-                       .form = "X,Y,WxH",
-                       .isRequired = true},
-                      {.name = "--noise",
-                       .meaning = "Adds a number of -N to N to each sample, and clips",
-                       .form = "N",
-                       .defaultValue = "0"}},
+          .options = options(),
           .details = "The noise is the same on every machine and in every run. Alpha stays as it is.\n",
           .example = "patch photo.png patch.png --box 400,180,80x60 --noise 40",
           .run = run};

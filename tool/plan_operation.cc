@@ -52,7 +52,7 @@ int run(const Values& values) {
     const std::string picture = planPicture(request, plan, values["--pad"]);
     files.add(values["--svg"], {reinterpret_cast<const std::uint8_t*>(picture.data()), picture.size()});
   }
-  printOut(planText(request, plan, values["--pad"]));
+  printOut((values.has("--json") ? planJson : planText)(request, plan, values["--pad"]));
   files.commit();
   return 0;
 }
@@ -65,18 +65,19 @@ Operation planOperation() {
       .summary = "Shows how the outputs of a sliding window are cut into sectors",
       .options = {{.name = "--input", .meaning = "Extents of the input", .form = "WxH", .isRequired = true},
                   {.name = "--window", .meaning = "Extents of the window", .form = "WxH", .isRequired = true},
-                  modeOption("Which positions have an output"),
-                  padOption("What is read beyond the edge; sectors do not depend on the value V", "constant"),
+                  modeOption("Which positions have an output", "same"),
+                  padOption("What is read beyond the edge; sectors do not depend on the value V", "replicate"),
                   {.name = "--roi", .meaning = "Region of interest: outputs lie in it", .form = "X,Y,WxH"},
                   {.name = "--reach",
                    .meaning = "0 inside, 1 boundary, 2 outside sectors too; default: that of the mode",
                    .form = "0..2"},
+                  jsonOption(),
                   {.name = "--svg", .meaning = "Picture to write; of one or two dimensions", .form = "FILE"}},
       .details = "Positions count from the input's first element. One to " + std::to_string(highestPlanRank) +
                  " dimensions: 100, 100x80, 100x80x3.\n"
                  "With --roi and --reach 2 outputs lie anywhere in the region, whatever the mode.\n"
                  "preEdge and postEdge are the dimensions whose first and last edge a sector's windows can cross.\n",
-      .example = "plan --input 10x10 --window 3x3 --mode same --svg plan.svg",
+      .example = "plan --input 10x10 --window 3x3 --svg plan.svg",
       .run = run};
 }
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tool/edge_names.h"
+#include "tool/json.h"
 #include "tool/option_values.h"
 #include "tool/text.h"
 
@@ -135,6 +136,34 @@ std::string planText(const PlanRequest& request, const PlanDescription& plan, co
   return geometryText(request, plan, pad) + "\n" + sectionsText(plan) + "\n" + sectorsText(plan) + "\n" +
          counted(static_cast<std::int64_t>(plan.sectors.size()), "sector") + " with " + std::to_string(reached) +
          " of " + counted(outputsOf(plan), "output") + "\n";
+}
+
+std::string planJson(const PlanRequest& request, const PlanDescription& plan, const std::string& pad) {
+  std::vector<JsonObject> dimensions, sectors;
+  for (const PlanDimension& dimension : plan.dimensions) {
+    std::vector<JsonObject> sections;
+    for (const PlanSection& section : dimension.sections) {
+      sections.push_back(
+          JsonObject().add("name", nameOf(section.code)).add("first", section.first).add("count", section.count));
+    }
+    dimensions.push_back(JsonObject().add("overlap", dimension.overlap).add("sections", sections));
+  }
+  for (const PlanSector& sector : plan.sectors) {
+    sectors.push_back(JsonObject()
+                          .add("kind", nameOf(sector.kind))
+                          .add("first", sector.first)
+                          .add("last", sector.last)
+                          .add("preEdge", sector.preEdge)
+                          .add("postEdge", sector.postEdge));
+  }
+  JsonObject json;
+  json.add("input", request.input).add("window", request.window).add("centre", plan.centre);
+  json.add("mode", modeName(request, plan)).add("pad", pad).add("reach", plan.reach);
+  if (request.region) {
+    json.add("region", JsonObject().add("first", request.region->first).add("extents", request.region->extents));
+  }
+  json.add("output", JsonObject().add("first", plan.output.first).add("extents", plan.output.extents));
+  return json.add("dimensions", dimensions).add("sectors", sectors).text() + "\n";
 }
 
 }  // namespace BP::tool

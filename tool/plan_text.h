@@ -31,4 +31,7 @@ std::string_view modeName(const PlanRequest& request, const PlanDescription& pla
 /// typed.
 std::string planText(const PlanRequest& request, const PlanDescription& plan, const std::string& pad);
 
+/// The same as a JSON object.
+std::string planJson(const PlanRequest& request, const PlanDescription& plan, const std::string& pad);
+
 }  // namespace BP::tool

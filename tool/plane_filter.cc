@@ -15,11 +15,7 @@ namespace {
 
 using filters::Extents;
 
-/// Extents of a kernel for planes of `rank`. A kernel of a single row has rank 1 for planes of rank 1.
-Extents kernelExtents(const FilterKernel& kernel, std::size_t rank) {
-  if (rank == 1 && kernel.height == 1) return {kernel.width};
-  return {kernel.width, kernel.height};
-}
+Extents planeExtents(const FilterKernel& kernel) { return {kernel.width, kernel.height}; }
 
 /// Extents of one of the two kernels of a separable filter.
 Extents lineExtents(const FilterKernel& kernel) { return {static_cast<std::int64_t>(kernel.elements.size())}; }
@@ -33,10 +29,9 @@ filters::Array<T> elementsOf(const FilterKernel& kernel, const Extents& extents)
 }
 
 template <class T, class Filter>
-PlaneFilter<T> shared(Filter filter) {
-  return [held = std::make_shared<Filter>(std::move(filter))](filters::ArrayView<const T> plane) {
-    return held->run(plane);
-  };
+PlaneRun<T> shared(Filter filter) {
+  return [held = std::make_shared<Filter>(std::move(filter))](
+             filters::ArrayView<const T> plane, filters::ArrayView<T> output) { held->run(plane, output); };
 }
 
 std::string explained(const std::string& what, filters::FixedPath path) {
@@ -46,23 +41,27 @@ std::string explained(const std::string& what, filters::FixedPath path) {
 }  // namespace
 
 template <class T>
-PlaneFilter<T> makePlaneFilter(const FilterSettings& settings, const Extents& extents) {
+PlaneRun<T> makePlaneFilter(const FilterSettings& settings, const Extents& extents, const filters::Rectangle& region) {
+  filters::ConvolutionOptions options = settings.options;
+  options.region = region;
   using Real = filters::RealOf<T>;
   const FilterKernel& kernel = settings.kernels.front();
   if (settings.isSeparable()) {
     const FilterKernel& column = settings.kernels.back();
     const auto across = elementsOf<Real>(kernel, lineExtents(kernel));
     const auto down = elementsOf<Real>(column, lineExtents(column));
-    return shared<T>(filters::SeparableConvolution<T, Real>(across, down, extents, settings.options));
+    return shared<T>(filters::SeparableConvolution<T, Real>(across, down, extents, options));
   }
-  const auto elements = elementsOf<Real>(kernel, kernelExtents(kernel, extents.rank()));
-  return shared<T>(filters::Convolution<T, Real>(elements, extents, settings.options));
+  const auto elements = elementsOf<Real>(kernel, planeExtents(kernel));
+  return shared<T>(filters::Convolution<T, Real>(elements, extents, options));
 }
 
-template PlaneFilter<float> makePlaneFilter(const FilterSettings&, const Extents&);
-template PlaneFilter<double> makePlaneFilter(const FilterSettings&, const Extents&);
-template PlaneFilter<std::complex<float>> makePlaneFilter(const FilterSettings&, const Extents&);
-template PlaneFilter<std::complex<double>> makePlaneFilter(const FilterSettings&, const Extents&);
+template PlaneRun<float> makePlaneFilter(const FilterSettings&, const Extents&, const filters::Rectangle&);
+template PlaneRun<double> makePlaneFilter(const FilterSettings&, const Extents&, const filters::Rectangle&);
+template PlaneRun<std::complex<float>> makePlaneFilter(const FilterSettings&, const Extents&,
+                                                       const filters::Rectangle&);
+template PlaneRun<std::complex<double>> makePlaneFilter(const FilterSettings&, const Extents&,
+                                                        const filters::Rectangle&);
 
 template <class Filter>
 void FixedPlaneFilter::hold(Filter made) {
@@ -75,7 +74,7 @@ FixedPlaneFilter::FixedPlaneFilter(const FilterSettings& chosen, const Extents& 
     : inputType(chosen.fixed->types.input), modes(chosen.fixed->types.modes) {
   filters::FixedTypes types = chosen.fixed->types;
   types.inputIsComplex = isComplex;
-  checkFixedPad(chosen.options.mode, chosen.options.pad, chosen.options.padValue, types.input);
+  checkFixedPad(chosen.options.mode, chosen.options.pad, types.input);
   const filters::FixedType& filterType = chosen.fixed->filter;
   rows = {{"input", filters::toText(types.input)},
           {"filter", filters::toText(filterType)},
@@ -95,8 +94,7 @@ FixedPlaneFilter::FixedPlaneFilter(const FilterSettings& chosen, const Extents& 
     explanation = explained("first pass", made.firstPath()) + explained("second pass", made.secondPath());
     hold(std::move(made));
   } else {
-    filters::FixedConvolution made(cast(kernel, kernelExtents(kernel, extents.rank()), filterType), extents, types,
-                                   chosen.options);
+    filters::FixedConvolution made(cast(kernel, planeExtents(kernel), filterType), extents, types, chosen.options);
     explanation = explained("sums", made.path());
     hold(std::move(made));
   }
@@ -116,17 +114,18 @@ filters::FixedArray FixedPlaneFilter::cast(const FilterKernel& kernel, const Ext
 }
 
 template <class T>
-filters::Array<T> FixedPlaneFilter::run(filters::ArrayView<const T> plane) {
-  const filters::FixedArray input = filters::quantise(plane, inputType, modes, &inputStatistics);
+void FixedPlaneFilter::run(filters::ArrayView<const T> plane, filters::ArrayView<T> output) {
+  const filters::FixedArray result = filter(filters::quantise(plane, inputType, modes, &inputStatistics));
   if constexpr (std::is_same_v<T, double>) {
-    return filters::toDouble(filter(input));
+    std::ranges::copy(filters::toDouble(result), output.data());
   } else {
-    return filters::toComplex(filter(input));
+    std::ranges::copy(filters::toComplex(result), output.data());
   }
 }
 
-template filters::Array<double> FixedPlaneFilter::run(filters::ArrayView<const double>);
-template filters::Array<std::complex<double>> FixedPlaneFilter::run(filters::ArrayView<const std::complex<double>>);
+template void FixedPlaneFilter::run(filters::ArrayView<const double>, filters::ArrayView<double>);
+template void FixedPlaneFilter::run(filters::ArrayView<const std::complex<double>>,
+                                    filters::ArrayView<std::complex<double>>);
 
 std::string FixedPlaneFilter::table() const {
   std::vector<filters::FixedStatistics> all = statistics();

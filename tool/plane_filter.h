@@ -8,20 +8,18 @@
 #include "orvane/filters/array.h"
 #include "orvane/filters/fixed_array.h"
 #include "orvane/filters/fixed_median.h"
+#include "tool/band_filter.h"
 #include "tool/filter_settings.h"
 #include "tool/fixed_table.h"
 
 namespace BP::tool {
 
-/// A function that filters planes of elements T and of one size, each into a new array.
-template <class T>
-using PlaneFilter = std::function<filters::Array<T>(filters::ArrayView<const T>)>;
-
 /// A filter that sums in T: `float`, `double`, or a complex type of these. Elements of the kernel are rounded to the
-/// precision of T. A plane of rank 1 is a line from left to right. Throws `std::invalid_argument` if the kernels do not
-/// fit the extents.
+/// precision of T. Its outputs are those at the positions in `region`. Throws `std::invalid_argument` if the kernels do
+/// not fit the extents.
 template <class T>
-PlaneFilter<T> makePlaneFilter(const FilterSettings& settings, const filters::Extents& extents);
+PlaneRun<T> makePlaneFilter(const FilterSettings& settings, const filters::Extents& extents,
+                            const filters::Rectangle& region);
 
 /// A filter in fixed point, with statistics of its values by label.
 class FixedPlaneFilter {
@@ -31,10 +29,10 @@ class FixedPlaneFilter {
   /// A median over planes of the input's type.
   FixedPlaneFilter(filters::FixedMedian median, const filters::FixedMedianTypes& types);
 
-  /// Casts a plane into the input's type, filters it, and returns the values of the output. T is `double` for real
-  /// planes and `std::complex<double>` for complex ones.
+  /// Casts a plane into the input's type, filters it, and puts the values of the output into another. T is `double` for
+  /// real planes and `std::complex<double>` for complex ones.
   template <class T>
-  filters::Array<T> run(filters::ArrayView<const T> plane);
+  void run(filters::ArrayView<const T> plane, filters::ArrayView<T> output);
 
   /// The statistics as a table (see `fixedTable`).
   std::string table() const;

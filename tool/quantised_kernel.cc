@@ -132,4 +132,13 @@ std::string quantisedKernelText(const FilterKernel& kernel, const KernelTypes& t
   return text;
 }
 
+JsonObject quantisedKernelJson(const KernelTypes& types, const QuantisedKernel& quantised) {
+  const double gain = std::ldexp(static_cast<double>(quantised.sumOfCodes), -types.filter.fraction);
+  JsonObject json;
+  json.add("filter", filters::toText(types.filter)).add("input", filters::toText(types.input));
+  json.add("codes", quantised.codes).add("overflows", quantised.overflows).add("maxError", quantised.maxError);
+  json.add("gain", gain).add("minSum", quantised.minSum).add("maxSum", quantised.maxSum);
+  return json.add("accumulator", filters::toText(quantised.accumulator));
+}
+
 }  // namespace BP::tool

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tool/filter_settings.h"
+#include "tool/json.h"
 #include "tool/kernel.h"
 
 namespace BP::tool {
@@ -34,5 +35,8 @@ QuantisedKernel quantiseKernel(const FilterKernel& kernel, const KernelTypes& ty
 
 /// The kernel's codes row by row, in the form of a CSV file, and below them the other numbers with their units.
 std::string quantisedKernelText(const FilterKernel& kernel, const KernelTypes& types, const QuantisedKernel& quantised);
+
+/// The codes and these numbers as a JSON object.
+JsonObject quantisedKernelJson(const KernelTypes& types, const QuantisedKernel& quantised);
 
 }  // namespace BP::tool

@@ -4,24 +4,13 @@
 #include <string_view>
 
 #include "orvane/core/version.h"
-#include "tool/command_line.h"
 #include "tool/operations.h"
 #include "tool/text.h"
+#include "tool/usage_text.h"
 
 namespace BP::tool {
 
 namespace {
-
-/// The name of an option and the form of its value.
-std::string optionHead(const Option& option) {
-  return option.name + (option.isFlag() || option.isPositional() ? "" : " " + option.shownForm());
-}
-
-/// The meaning of an option, whether it is required, and its default.
-std::string optionMeaning(const Option& option) {
-  return option.meaning + (option.isRequired ? " (required)" : "") +
-         (option.defaultValue.empty() ? "" : " (default " + option.defaultValue + ")");
-}
 
 /// Text for man(7): hyphens that can be copied, and no line that begins like a command.
 std::string roff(std::string_view text) {
@@ -41,7 +30,7 @@ std::string manualSection(const Operation& operation) {
   for (const Option& option : operation.options) {
     text += ".TP\n.B " + roff(optionHead(option)) + "\n" + roff(optionMeaning(option)) + ".\n";
   }
-  if (!operation.details.empty()) text += ".PP\n.nf\n" + roff(operation.details) + ".fi\n";
+  if (!operation.details.empty()) text += ".PP\n.nf\n" + roff(filledText(operation.details)) + ".fi\n";
   return text + ".PP\nExample:\n.B " + roff("orvane " + operation.example) + "\n";
 }
 
@@ -59,7 +48,7 @@ std::string referenceSection(const Operation& operation) {
   for (const Option& option : operation.options) {
     text += "| `" + cell(optionHead(option)) + "` | " + cell(optionMeaning(option)) + " |\n";
   }
-  if (!operation.details.empty()) text += "\n```\n" + operation.details + "```\n";
+  if (!operation.details.empty()) text += "\n```\n" + filledText(operation.details) + "```\n";
   return text + "\nExample: `orvane " + operation.example + "`\n";
 }
 

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <tiffio.h>
+
+#include <memory>
+#include <string>
+
+namespace BP::tool {
+
+struct CloseTiff {
+  void operator()(TIFF* tiff) const { TIFFClose(tiff); }
+};
+
+/// libtiff's state for one file, and the first error that it met. Warnings are left aside.
+class TiffFile {
+ public:
+  /// Opens a descriptor, which it takes over. `mode` is that of libtiff; `name` appears in errors.
+  TiffFile(int descriptor, const std::string& name, const char* mode);
+  TiffFile(const TiffFile&) = delete;
+  TiffFile& operator=(const TiffFile&) = delete;
+
+  TIFF* get() const { return tiff.get(); }
+  /// The first error since the last call, without the name of the function that found it.
+  std::string takeError();
+
+  /// The value of a field, or `otherwise` if the file has none and the format no default.
+  template <class T>
+  T field(ttag_t tag, T otherwise) const {
+    T value{};
+    return TIFFGetFieldDefaulted(tiff.get(), tag, &value) == 1 ? value : otherwise;
+  }
+
+ private:
+  static int keepError(TIFF* tiff, void* self, const char* module, const char* format, va_list arguments);
+  static int ignoreWarning(TIFF* tiff, void* self, const char* module, const char* format, va_list arguments);
+
+  std::string error;
+  std::unique_ptr<TIFF, CloseTiff> tiff;
+};
+
+}  // namespace BP::tool
