@@ -108,6 +108,29 @@ void measureBoundary(Harness& harness) {
   harness.measure(subject, boundary, {{"inside", [&] { return lastInside / insideCount; }}}, arithmeticPeak<T>());
 }
 
+/// Bytes as inputs of `float` filters, whose lines are converted as they are read, beside inputs of `float`; with sums
+/// as outputs, and with outputs that are rounded to bytes.
+void measureBytes(Harness& harness, std::int64_t side, std::int64_t window) {
+  Subject subject = subjectOf<float, float>("bytes", side, window);
+  subject.type = "u8 float";
+  Subject rounded = subject;
+  rounded.type = "u8 float u8";
+  if (!harness.wants(subject) && !harness.wants(rounded)) return;
+  Scene<float> scene(side, window);
+  Array<std::uint8_t> image({side, side}), bytes({side, side});
+  std::mt19937 engine(1);
+  for (std::uint8_t& value : image) value = static_cast<std::uint8_t>(engine());
+  Convolution<std::uint8_t, float> job(scene.filter, image.extents(), mirrored);
+  const auto count = static_cast<double>(side * side);
+  const auto convert = timed([&] { job.run(image, scene.output); }, count);
+  const auto round = timed([&] { job.runRounded(image, bytes); }, count);
+  std::vector<Peer> peers{{"of float", timed(scene.run(), count)}};
+  if (harness.wants(subject)) harness.measure(subject, convert, peers, arithmeticPeak<float>());
+  const auto openCv = openCvFilter2DOfBytes(image, scene.filter, bytes);
+  if (openCv) peers.push_back({"filter2D", timed(openCv, count)});
+  if (harness.wants(rounded)) harness.measure(rounded, round, peers, arithmeticPeak<float>());
+}
+
 }  // namespace
 
 void measureConvolution(Harness& harness) {
@@ -121,6 +144,7 @@ void measureCalls(Harness& harness) {
   measureCall<double>(harness);
   measureBoundary<float>(harness);
   measureBoundary<double>(harness);
+  for (const std::int64_t window : {3, 7, 15}) measureBytes(harness, 1024, window);
 }
 
 }  // namespace bench

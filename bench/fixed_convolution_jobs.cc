@@ -6,6 +6,7 @@
 
 #include "bench/harness.h"
 #include "bench/opencv_peer.h"
+#include "bench/systemc_peer.h"
 #include "orvane/filters/convolution.h"
 #include "orvane/filters/fixed_convolution.h"
 
@@ -22,12 +23,22 @@ FixedArray randomFixed(const Extents& extents, const FixedType& type) {
   return array;
 }
 
-constexpr ConvolutionOptions mirrored = {
+/// The filter whose taps are equal and add up to 1.
+FixedArray meanOf(const Extents& extents, const FixedType& type) {
+  Array<double> taps(extents);
+  std::fill(taps.begin(), taps.end(), 1.0 / static_cast<double>(taps.size()));
+  return quantise(taps, type);
+}
+
+const ConvolutionOptions mirrored = {
     .direction = FilterDirection::correlation, .mode = OutputMode::same, .pad = PadRule::symmetric};
 
-/// One convolution, gathering nothing, counts, and counts with ranges.
+/// Values beside which a convolution is measured.
+enum class FixedPeer { none, bytes, systemC };
+
+/// One convolution, gathering nothing, counts, and counts with ranges. The filter is random, or has unity gain.
 void measureTypes(Harness& harness, const std::string& name, std::int64_t side, std::int64_t window,
-                  const FixedType& filterType, FixedTypes types, bool hasPeer) {
+                  const FixedType& filterType, FixedTypes types, FixedPeer peer, bool hasUnityGain = false) {
   constexpr struct {
     Gathering gathering;
     const char* name;
@@ -37,14 +48,20 @@ void measureTypes(Harness& harness, const std::string& name, std::int64_t side, 
     const Subject subject{"fixed-point convolution", name + choice.name, extentsText(side), extentsText(window),
                           static_cast<double>(window * window)};
     if (!harness.wants(subject)) continue;
-    const FixedArray image = randomFixed({side, side}, types.input), filter = randomFixed({window, window}, filterType);
+    const FixedArray image = randomFixed({side, side}, types.input);
+    const FixedArray filter =
+        hasUnityGain ? meanOf({window, window}, filterType) : randomFixed({window, window}, filterType);
     FixedConvolution job(filter, image.extents(), types, mirrored);
     FixedArray output(image.extents(), types.output);
     const auto outputs = static_cast<double>(side * side);
     std::vector<Peer> peers;
     Array<float> taps({window, window});
     Array<std::uint8_t> theirs({side, side});
-    if (hasPeer) {
+    if (peer == FixedPeer::systemC && choice.gathering == Gathering::nothing) {
+      const SystemCSums sums{32, 12, subject.taps};
+      peers = {{"sc_fix", systemCFix(sums)}, {"sc_fix_fast", systemCFixFast(sums)}};
+    }
+    if (peer == FixedPeer::bytes) {
       const auto* const raw = static_cast<const std::int8_t*>(filter.data());
       std::transform(raw, raw + window * window, taps.begin(),
                      [&](int v) { return std::ldexp(static_cast<float>(v), -filterType.fraction); });
@@ -63,17 +80,20 @@ void measureFixedConvolutions(Harness& harness) {
   const std::int64_t side = harness.settings.quick ? 512 : 1024;
   for (const std::int64_t window : {3, 5, 7, 15}) {
     measureTypes(harness, "u8, exact", side, window, {8, 7, true},
-                 {.input = {8, 0, false}, .accumulator = {32, 7, true}, .output = {8, 0, false}}, true);
+                 {.input = {8, 0, false}, .accumulator = {32, 7, true}, .output = {8, 0, false}}, FixedPeer::bytes);
   }
   for (const std::int64_t window : {7, 15}) {
     measureTypes(harness, "s16, exact", side, window, {16, 12, true},
-                 {.input = {16, 12, true}, .accumulator = {40, 24, true}, .output = {16, 12, true}}, false);
+                 {.input = {16, 12, true}, .accumulator = {40, 24, true}, .output = {16, 12, true}}, FixedPeer::none);
+    measureTypes(harness, "s16, exact, unity gain", side, window, {16, 15, true},
+                 {.input = {16, 12, true}, .accumulator = {40, 27, true}, .output = {16, 12, true}}, FixedPeer::none,
+                 true);
     measureTypes(harness, "s16, rounded, cut at 32 bits", side, window, {16, 12, true},
                  {.input = {16, 12, true},
                   .accumulator = {32, 20, true},
                   .output = {16, 12, true},
                   .product = FixedType{32, 20, true}},
-                 false);
+                 FixedPeer::systemC);
   }
 }
 

@@ -1,13 +1,10 @@
 // Fixed-point values: sums of products and single operations, beside SystemC's two implementations.
 #include <algorithm>
 #include <memory>
-#include <random>
 #include <vector>
 
-#define SC_INCLUDE_FX
-#include <sysc/datatypes/fx/fx.h>
-
 #include "bench/harness.h"
+#include "bench/systemc_peer.h"
 #include "orvane/platform/karn_fixpt_3_make.h"
 
 namespace bench {
@@ -17,14 +14,6 @@ using namespace KarnDSPFixpt;
 
 constexpr int taps = 1024;
 
-std::vector<double> samples(unsigned seed) {
-  std::mt19937 engine(seed);
-  std::uniform_real_distribution<double> any(-7.9, 7.9);
-  std::vector<double> values(taps);
-  for (double& v : values) v = any(engine);
-  return values;
-}
-
 /// 16-bit operands, products of 32 bits of which 4 bits are rounded away, sums of 40 bits with 4 bits less again;
 /// everything rounds to the nearest and saturates.
 FixptDescription description(const FixptType& value) {
@@ -33,37 +22,9 @@ FixptDescription description(const FixptType& value) {
 
 std::unique_ptr<Fixpt> filled(const FixptDescription& d, unsigned seed) {
   auto array = makeFixpt(makeAttributes(d), taps);
-  const std::vector<double> values = samples(seed);
+  const std::vector<double> values = fixedSamples(seed);
   for (int i = 0; i < taps; ++i) (*array)[i].setComplex(values[static_cast<std::size_t>(i)], 1);
   return array;
-}
-
-/// The same sum in SystemC, whose values carry their types as ours do; time of one tap.
-template <class Number>
-Sampler systemC() {
-  struct Operands {
-    std::vector<Number> input, filter;
-    Number product{32, 12, sc_dt::SC_RND, sc_dt::SC_SAT}, sum{40, 24, sc_dt::SC_RND, sc_dt::SC_SAT};
-  };
-  const auto o = std::make_shared<Operands>();
-  for (const unsigned seed : {1U, 2U}) {
-    std::vector<Number>& numbers = seed == 1 ? o->input : o->filter;
-    numbers.reserve(taps);
-    for (const double v : samples(seed)) {
-      numbers.emplace_back(16, 4, sc_dt::SC_RND, sc_dt::SC_SAT);
-      numbers.back() = v;
-    }
-  }
-  return timed(
-      [o] {
-        o->sum = 0;
-        for (std::size_t i = 0; i < taps; ++i) {
-          o->product = o->input[i] * o->filter[i];
-          o->sum += o->product;
-        }
-        keep(o->sum);
-      },
-      taps);
 }
 
 void sumOfProducts(Harness& harness, const char* type, bool statistics, bool isComplex) {
@@ -87,7 +48,7 @@ void sumOfProducts(Harness& harness, const char* type, bool statistics, bool isC
     keep(sum->toDouble());
   };
   std::vector<Peer> peers;
-  if (!isComplex) peers = {{"sc_fix", systemC<sc_dt::sc_fix>()}, {"sc_fix_fast", systemC<sc_dt::sc_fix_fast>()}};
+  if (!isComplex) peers = {{"sc_fix", systemCFix({})}, {"sc_fix_fast", systemCFixFast({})}};
   harness.measure(subject, timed(run, taps), peers);
 }
 

@@ -98,8 +98,9 @@ std::int64_t targetBit() {
   constexpr struct {
     std::string_view name;
     std::int64_t bit;
-  } known[] = {{"avx512", HWY_AVX3}, {"avx2", HWY_AVX2},     {"sse4", HWY_SSE4},
-               {"neon", HWY_NEON},   {"scalar", HWY_SCALAR}, {BP::lanes::plain, HWY_SCALAR}};
+  } known[] = {
+      {"avx512dl", HWY_AVX3}, {"avx512", HWY_AVX3},          {"avx2", HWY_AVX2}, {"sse4", HWY_SSE4}, {"neon", HWY_NEON},
+      {"scalar", HWY_SCALAR}, {BP::lanes::plain, HWY_SCALAR}};
   for (const auto& target : known) {
     if (target.name == BP::lanes::getTarget()) return target.bit;
   }

@@ -25,6 +25,8 @@ const char* nameOf(Metric metric) {
     case Metric::sad: return "SAD";
     case Metric::ssd: return "SSD";
     case Metric::maxad: return "greatest difference";
+    case Metric::cosine: return "cosine";
+    case Metric::correlationCoefficient: return "coefficient";
     default: return "product";
   }
 }
@@ -46,7 +48,7 @@ Sampler matchTime(const Array<UT>& image, const Array<HT>& pattern, Metric metri
 /// The map of squared differences by OpenCV, held against ours.
 Sampler openCvTime(const Array<float>& image, const Array<float>& pattern) {
   const TemplateMatcher<float> matcher(pattern.view(), image.extents());
-  auto output = std::make_shared<Array<float>>(Extents{matcher.positions().size[0], matcher.positions().size[1]});
+  auto output = std::make_shared<Array<float>>(Extents{matcher.positions().width, matcher.positions().height});
   const auto run = openCvSquaredDifferences(image, pattern, *output);
   if (!run) return {};
   run();
@@ -184,7 +186,9 @@ void measureMatching(Harness& harness) {
     measureOtherMap<std::complex<float>, std::complex<float>>(harness, metric, 16);
     measureOtherMap<float, std::complex<float>>(harness, metric, 16);
   }
-  measureOtherMap<float, float>(harness, Metric::maxad, 16);
+  for (const Metric metric : {Metric::maxad, Metric::cosine, Metric::correlationCoefficient}) {
+    measureOtherMap<float, float>(harness, metric, 16);
+  }
   for (const std::int64_t window : {16, 32}) measureBits(harness, window);
   for (const Metric metric : {Metric::sad, Metric::ssd}) measureBytes(harness, metric, 16);
   measureSearch(harness, Metric::maxad, 16);

@@ -12,9 +12,9 @@ namespace bench {
 
 /// What is measured unless a job says otherwise: every element of the image has an output, and the image is mirrored
 /// beyond its edges. Correlation, since that is what the peers compute.
-inline constexpr BP::filters::ConvolutionOptions mirrored = {.direction = BP::filters::FilterDirection::correlation,
-                                                             .mode = BP::filters::OutputMode::same,
-                                                             .pad = BP::filters::PadRule::symmetric};
+inline const BP::filters::ConvolutionOptions mirrored = {.direction = BP::filters::FilterDirection::correlation,
+                                                         .mode = BP::filters::OutputMode::same,
+                                                         .pad = BP::filters::PadRule::symmetric};
 
 /// A square image, a square filter, and the object that filters the one with the other.
 template <class UT, class HT = UT>

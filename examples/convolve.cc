@@ -2,10 +2,10 @@
 #include <cstdio>
 #include <vector>
 
-#include "orvane/filters/convolution.h"
+#include "orvane/orvane.h"
 
 int main() {
-  using namespace BP::filters;
+  using namespace orvane;
   const std::vector<double> pixels = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
   const std::vector<double> weights = {0.5, 0.25, 0.125, 0.125};
   const ArrayView image(pixels, {4, 3}), filter(weights, {2, 2});  // width, height

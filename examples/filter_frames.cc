@@ -3,13 +3,12 @@
 #include <exception>
 #include <vector>
 
-#include "orvane/filters/convolution.h"
+#include "orvane/orvane.h"
 
 int main() {
-  using namespace BP::filters;
+  using namespace orvane;
   const std::vector<float> across = {0.25F, 0.5F, 0.25F}, down = {0.5F, 0.5F};
-  SeparableConvolution<float> smooth(ArrayView(across, {3}), ArrayView(down, {2}), {3, 2},
-                                     {.mode = OutputMode::same, .pad = PadRule::replicate});
+  SeparableConvolution<float> smooth(ArrayView(across, {3}), ArrayView(down, {2}), {3, 2});
 
   Array<float> frame({3, 2}), result(smooth.outputExtents());
   for (int number = 1; number <= 2; ++number) {

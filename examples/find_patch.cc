@@ -2,10 +2,10 @@
 #include <cstdio>
 #include <vector>
 
-#include "orvane/filters/template_matcher.h"
+#include "orvane/orvane.h"
 
 int main() {
-  using namespace BP::filters;
+  using namespace orvane;
   const std::vector<float> image{
       10, 10, 10, 10, 10, 10, 10, 10,  //
       10, 10, 10, 10, 10, 10, 10, 10,  //
@@ -16,6 +16,6 @@ int main() {
   const std::vector<float> patch{92, 70, 49, 30, 58, 80};
 
   const auto match = matchTemplate(ArrayView(image, {8, 5}), ArrayView(patch, {3, 2}), {.metric = Metric::ssd});
-  std::printf("window at %lld,%lld, score %g\n", static_cast<long long>(match.window.start[0]),
-              static_cast<long long>(match.window.start[1]), static_cast<double>(match.score));
+  std::printf("window at %lld,%lld, score %g\n", static_cast<long long>(match.window.x),
+              static_cast<long long>(match.window.y), static_cast<double>(match.score));
 }

@@ -3,10 +3,10 @@
 #include <cstdio>
 #include <vector>
 
-#include "orvane/filters/fixed_template_matcher.h"
+#include "orvane/orvane.h"
 
 int main() {
-  using namespace BP::filters;
+  using namespace orvane;
   const std::vector<std::uint8_t> image{
       10, 10, 10, 10, 10, 10, 10, 10,  //
       10, 10, 10, 10, 10, 10, 10, 10,  //
@@ -20,8 +20,8 @@ int main() {
   FixedTemplateMatcher matcher(FixedView(ArrayView(patch, {3, 2}), pixel), {8, 5},
                                {.input = pixel, .accumulator = fixedType("s12.0"), .output = pixel}, {.map = true});
   const FixedMatch match = matcher.run(FixedView(ArrayView(image, {8, 5}), pixel));
-  std::printf("window at %lld,%lld, score %g\n", static_cast<long long>(match.window.start[0]),
-              static_cast<long long>(match.window.start[1]), match.score.real());
+  std::printf("window at %lld,%lld, score %g\n", static_cast<long long>(match.window.x),
+              static_cast<long long>(match.window.y), match.score.real());
   for (const FixedStatistics& s : matcher.statistics()) {
     std::printf("%s: %d of %d overflowed, %g to %g\n", s.label.c_str(), static_cast<int>(s.overflows),
                 static_cast<int>(s.casts), s.minimum, s.maximum);

@@ -3,16 +3,18 @@
 #include <cstdio>
 #include <vector>
 
-#include "orvane/filters/fixed_median.h"
+#include "orvane/orvane.h"
 
 int main() {
-  using namespace BP::filters;
+  using namespace orvane;
   const std::vector<std::uint8_t> pixels = {10, 13, 255, 16, 200, 203, 204};
   const FixedType pixel = fixedType("u8.0");
   const FixedView line(ArrayView(pixels, {7}), pixel);
 
-  FixedMedian exact({4}, {7}, {.input = pixel, .modes = {.rounding = Rounding::convergent}});
-  FixedMedian narrow({4}, {7}, {.input = pixel, .accumulator = pixel, .modes = {.rounding = Rounding::convergent}});
+  const MedianOptions inside{.mode = OutputMode::valid};
+  FixedMedian exact({4}, {7}, {.input = pixel, .modes = {.rounding = Rounding::convergent}}, inside);
+  FixedMedian narrow({4}, {7}, {.input = pixel, .accumulator = pixel, .modes = {.rounding = Rounding::convergent}},
+                     inside);
   for (FixedMedian* median : {&exact, &narrow}) {
     for (const double value : toDouble(median->run(line))) std::printf("%g ", value);
     std::printf("\n");

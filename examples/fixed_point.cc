@@ -3,19 +3,20 @@
 #include <cstdio>
 #include <vector>
 
-#include "orvane/filters/fixed_convolution.h"
+#include "orvane/orvane.h"
 
 int main() {
-  using namespace BP::filters;
+  using namespace orvane;
   const std::vector<std::uint8_t> pixels = {10, 10, 200, 250, 250, 30};
   const std::vector<double> weights = {-0.25, 1.5, -0.25};
   const FixedType pixel = fixedType("u8.0");
 
   const FixedArray filter = quantise(ArrayView(weights, {3}), fixedType("s8.6"));
-  FixedConvolution sharpen(
-      filter, {6},
-      {.input = pixel, .accumulator = fixedType("s20.6"), .output = pixel, .modes = {.rounding = Rounding::convergent}},
-      {.mode = OutputMode::same, .pad = PadRule::replicate});
+  FixedConvolution sharpen(filter, {6},
+                           {.input = pixel,
+                            .accumulator = fixedType("s20.6"),
+                            .output = pixel,
+                            .modes = {.rounding = Rounding::convergent}});
   const FixedArray result = sharpen.run(FixedView(ArrayView(pixels, {6}), pixel));
 
   for (const double value : toDouble(result)) std::printf("%g ", value);

@@ -3,15 +3,15 @@
 #include <string>
 #include <vector>
 
-#include "orvane/filters/convolution.h"
+#include "orvane/orvane.h"
 #include "orvane/vendor/zd_filter_loader.h"
 
 int main(int count, char** arguments) {
-  using namespace BP::filters;
+  using namespace orvane;
   const std::vector<float> line = {1, 1e8F, -1e8F, 0}, ones = {1, 1, 1, 1};
   const ArrayView input(line, {4}), filter(ones, {4});
 
-  std::printf("own code %g\n", convolve(input, filter)[0]);
+  std::printf("own code %g\n", convolve(input, filter, {.mode = OutputMode::valid})[0]);
 
   std::string error = count < 2 ? "which library?" : ZdLoader::addLibrary(arguments[1]);
   if (error.empty() && !BP::ZdFilterLoader().getAllLoaded()) error = "it lacks one of the three functions";
@@ -19,5 +19,5 @@ int main(int count, char** arguments) {
     std::fprintf(stderr, "%s\n", error.c_str());
     return 1;
   }
-  std::printf("vendor %g\n", convolve(input, filter)[0]);
+  std::printf("vendor %g\n", convolve(input, filter, {.mode = OutputMode::valid})[0]);
 }
