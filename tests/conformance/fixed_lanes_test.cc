@@ -68,7 +68,7 @@ TEST(FixedLanes, ValuesAndStatisticsOfThePlainLoopOnEveryPath) {
   std::mt19937 random(17);
   std::map<FixedPath, int> taken;
   for (int round = 0; round < 900 && !testing::Test::HasFatalFailure(); ++round) {
-    const Extents input{pick(random, 1, 60), pick(random, 1, 40)};
+    const Extents input{pick(random, 1, round % 3 == 0 ? 200 : 60), pick(random, 1, 40)};
     const ConvolutionOptions options{.direction = static_cast<FilterDirection>(round % 2),
                                      .mode = static_cast<OutputMode>(round / 2 % 3),
                                      .pad = static_cast<PadRule>(round / 6 % 5)};
@@ -145,6 +145,33 @@ TEST(FixedLanes, EndsOfLanesAndOddAddresses) {
     }
     lanes::forceTarget("");
   }
+}
+
+/// Lines of several strips, of each width of operands.
+TEST(FixedLanes, WideLines) {
+  std::mt19937 random(19);
+  for (const char* type : {"u8.0", "s8.0", "s16.0", "s24.0"}) {
+    for (const PadRule rule : {PadRule::constant, PadRule::mirror}) {
+      const FixedArray image = randomFixed(random, {2100, 5}, fixedType(type));
+      const FixedArray filter = randomFixed(random, {9, 3}, fixedType("s8.0"));
+      FixedTypes types{.input = image.type(), .accumulator = fixedType("s40.0"), .output = fixedType("s9.-8")};
+      types.modes.gathering = Gathering::counts;
+      const auto compute = [&] {
+        FixedConvolution job(filter, image.extents(), types, {.mode = OutputMode::full, .pad = rule});
+        const FixedArray output = job.run(image);
+        const auto* const first = static_cast<const std::byte*>(output.data());
+        return Outcome{{first, first + detail::bytesOf(output.extents(), output.type(), false)}, job.statistics()};
+      };
+      ASSERT_TRUE(lanes::forceTarget(lanes::plain));
+      const Outcome wanted = compute();
+      for (const std::string_view target : lanes::getTargets()) {
+        SCOPED_TRACE(testing::Message() << type << " on " << target);
+        ASSERT_TRUE(lanes::forceTarget(target));
+        expectSame(compute(), wanted);
+      }
+    }
+  }
+  lanes::forceTarget("");
 }
 
 }  // namespace

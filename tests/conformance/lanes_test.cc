@@ -63,8 +63,7 @@ TYPED_TEST(LanesConformance, OnePassAndTwoOverRandomGeometry) {
   for (int round = 0; round < 4 * choices; ++round) {
     const ConvolutionOptions options{.direction = static_cast<FilterDirection>(round / (modes * pads) % 2),
                                      .mode = static_cast<OutputMode>(round % modes),
-                                     .pad = static_cast<PadRule>(round / modes % pads),
-                                     .padValue = 0.75,
+                                     .pad = {static_cast<PadRule>(round / modes % pads), 0.75},
                                      .normalise = static_cast<Normalisation>(round / (modes * pads * 2) % 2)};
     const Extents input{pick(engine, 1, 40), pick(engine, 1, 30)};
     const bool isValid = options.mode == OutputMode::valid;
@@ -76,12 +75,12 @@ TYPED_TEST(LanesConformance, OnePassAndTwoOverRandomGeometry) {
     const bool special = pick(engine, 0, 2) == 0;
     const auto taps = randomValues<Tap>(engine, static_cast<int>(elementCount(filter)), special);
     Convolution<In, Tap> job(ArrayView<const Tap>(taps, filter), input, options);
-    this->expectSame(textOf(input, filter, options.mode, options.pad), job, input, special);
+    this->expectSame(textOf(input, filter, options.mode, options.pad.rule), job, input, special);
     if (options.normalise != Normalisation::none) continue;
     SeparableConvolution<In, Tap> passes(ArrayView<const Tap>(taps.data(), {filter[0]}),
                                          ArrayView<const Tap>(taps.data(), {std::min(filter[1], elementCount(filter))}),
                                          input, options);
-    this->expectSame("separable, " + textOf(input, filter, options.mode, options.pad), passes, input, special);
+    this->expectSame("separable, " + textOf(input, filter, options.mode, options.pad.rule), passes, input, special);
   }
 }
 
@@ -93,8 +92,8 @@ TYPED_TEST(LanesCorrelationND, RanksOneToFour) {
   std::mt19937 random(12);
   for (int round = 0; round < 240; ++round) {
     const std::size_t rank = static_cast<std::size_t>(1 + round % 4);
-    const CorrelationNDOptions options{static_cast<OutputMode>(round / 4 % 3), static_cast<PadRule>(round / 12 % 5),
-                                       0.75};
+    const CorrelationNDOptions options{static_cast<OutputMode>(round / 4 % 3),
+                                       {static_cast<PadRule>(round / 12 % 5), 0.75}};
     std::vector<std::int64_t> u, h;
     for (std::size_t d = 0; d < rank; ++d) {
       u.push_back(pick(random, 1, d == 0 ? 40 : 6));
@@ -105,7 +104,7 @@ TYPED_TEST(LanesCorrelationND, RanksOneToFour) {
     const auto values = randomValues<TypeParam>(random, static_cast<int>(elementCount(input)), round % 3 == 0);
     const auto taps = randomValues<TypeParam>(random, static_cast<int>(elementCount(filter)), round % 3 == 0);
     CorrelationND<TypeParam> job(ArrayView<const TypeParam>(taps, filter), input, options);
-    expectSameOnEveryTarget<TypeParam>(textOf(input, filter, options.mode, options.pad), [&] {
+    expectSameOnEveryTarget<TypeParam>(textOf(input, filter, options.mode, options.pad.rule), [&] {
       const Array<TypeParam> output = job.run(ArrayView<const TypeParam>(values, input));
       return std::vector<TypeParam>(output.begin(), output.end());
     });
@@ -144,7 +143,7 @@ TEST(Lanes, SeparableFiltersOverManyStripsAndRows) {
   const auto first = randomValues<float>(random, 5), second = randomValues<float>(random, 4);
   for (const PadRule pad : {PadRule::constant, PadRule::mirror}) {
     SeparableConvolution<float> job(ArrayView<const float>(first, {5}), ArrayView<const float>(second, {4}), input,
-                                    {.mode = OutputMode::same, .pad = pad, .padValue = 3});
+                                    {.mode = OutputMode::same, .pad = {pad, 3}});
     expectSameOnEveryTarget<float>("pad " + std::to_string(static_cast<int>(pad)), [&] {
       const auto output = job.run(ArrayView<const float>(values, input));
       return std::vector<float>(output.begin(), output.end());

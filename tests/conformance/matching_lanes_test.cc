@@ -80,8 +80,7 @@ struct MatchingLanes : testing::Test {
                          .neighbourhood = pick(random, 0, 1) * pick(random, 1, 9),
                          .map = pick(random, 0, 1) != 0};
     if (pick(random, 0, 2) == 0) {
-      options.region =
-          Rectangle{{pick(random, -4, 30), pick(random, -4, 20)}, {pick(random, 0, 60), pick(random, 0, 40)}};
+      options.region = Rectangle{pick(random, -4, 30), pick(random, -4, 20), pick(random, 0, 60), pick(random, 0, 40)};
     }
     return options;
   }

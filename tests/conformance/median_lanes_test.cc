@@ -44,7 +44,7 @@ struct MedianLanes : testing::Test {
 
   /// Input and output stand against pages that nobody may touch, before or behind them.
   void expectSame(const Extents& window, const Extents& input, OutputMode mode, PadRule pad, Content content) {
-    Median<T> job(window, input, {mode, pad, static_cast<T>(content == Content::few ? -0.0 : 0.75)});
+    Median<T> job(window, input, {mode, {pad, content == Content::few ? -0.0 : std::is_same_v<T, bool> ? 1 : 0.75}});
     const bool atEnd = pick(random, 0, 1) != 0;
     const auto size = static_cast<std::size_t>(elementCount(input));
     const auto count = static_cast<std::size_t>(elementCount(job.outputExtents()));
@@ -124,7 +124,7 @@ TEST(FixedMedianLanes, OutputsAndStatistics) {
     const std::int64_t size = elementCount(input) * (type.word > 8 ? 2 : 1);
     std::generate_n(bytes, size, [&] { return static_cast<unsigned char>(pick(random, 0, 255)); });
     expectSameOnEveryTarget<double>(textOf(input, window, mode, pad) + ", type " + toText(type), [&] {
-      FixedMedian job(window, input, types, {.mode = mode, .pad = pad, .padValue = std::ldexp(3, -type.fraction)});
+      FixedMedian job(window, input, types, {.mode = mode, .pad = {pad, std::ldexp(3, -type.fraction)}});
       return outputsAndStatistics(job, u);
     });
     if (testing::Test::HasFatalFailure()) return;

@@ -5,7 +5,7 @@ import unittest
 import numpy
 from refusal_case import RefusalCase
 
-OPERATIONS = "convolve, correlate, separable, median, match, compare, kernel, chart, patch, plan, list, help, completion"
+OPERATIONS = "convolve, correlate, separable, median, match, compare, checksum, kernel, show, chart, patch, plan, list, help, completion"
 BOX = "X,Y,WIDTHxHEIGHT"
 
 
@@ -30,7 +30,7 @@ class ArgumentsTest(RefusalCase):
             ("convolve in.png old.png more.png --kernel 1", "unexpected argument 'more.png'"),
             ("convolve in.png old.png --kernel 1 --mode same --mode full", "--mode is given twice"),
             ("correlate in.png old.png --kernel 1 --sigma 3", "unknown option '--sigma'; see orvane correlate --help"),
-            ("convolve in.png old.png -k 1", "unknown option '-k'"),
+            ("convolve in.png old.png -x 1", "unknown option '-x'"),
             ("convolve in.png out.jpg --kernel 1", "'out.jpg'", ".png"),
             ("chart old.png --size 640", "--size '640'", "WIDTHxHEIGHT"),
             ("chart old.png --size 640x", "--size", "height", "''"),
@@ -47,7 +47,10 @@ class ArgumentsTest(RefusalCase):
             ("'  '", "empty"),
             ("box", "'box'", "box:N"),
             ("box:1024", "'1024'", "1 to 1023"),
-            ("gaussian:5", "gaussian:N:SIGMA"),
+            ("gaussian", "gaussian:SIGMA or gaussian:N:SIGMA"),
+            ("gaussian:200", "'200'", "1201 pixels", "at most 1023"),
+            ("motion:0:45", "LENGTH", "1 to 1021"),
+            ("disk:-1", "RADIUS", "0 to 511"),
             ("gaussian:4:0.01", "SIGMA", "too small"),
             ("'1,2,3;4,5'", "row 2 has 2 numbers", "first has 3"),
             ("'1,2;'", "row 2 is empty"),
@@ -55,19 +58,20 @@ class ArgumentsTest(RefusalCase):
             ("1/0,1", "'1/0'"),
             (",".join("1" * 1024), "1024 columns", "1023"),
             ("'" + ";".join("1" * 1024) + "'", "1024 rows", "1023"),
-            ("box:7", "kernel of 7x7", "image of 6x5"),
+            ("box:7 --mode valid", "kernel of 7x7", "image of 6x5"),
             ("missing.csv", "'missing.csv'", "No such file"),
             (".", "'.'", "Is a directory"),
             ("/dev/zero", "'/dev/zero'", "longer than"),
         )
         for text, *words in (("\n \n", "'k.csv' is empty"), ("1,2\n3\n", "'k.csv', line 2 has 1 number,"),
-                             ("1,2\n\n3,4\n", "'k.csv', line 2 is empty"), ("1;2\n", "'k.csv', line 1", "'1;2'")):
+                             ("1,2\n\n3,4\n", "'k.csv', line 2 is empty"), ("1;2\n", "'k.csv', line 1", "'1;2'"),
+                             ("1 2\t3\n4 5", "'k.csv', line 2 has 2 numbers")):
             (self.folder / "k.csv").write_text(text)
             self.refused("convolve in.png old.png --kernel k.csv", *words)
         self.all_refused(
             "separable in.png old.png",
             ("--row '1,2;3,4' --column 1", "--row '1,2;3,4'", "one line"),
-            ("--row 1,1,1,1,1,1,1 --column 1", "kernel of 7x1", "image of 6x5"),
+            ("--row 1,1,1,1,1,1,1 --column 1 --mode valid", "kernel of 7x1", "image of 6x5"),
             ("--row 1", "--column is required"),
         )
         self.all_refused(
@@ -106,15 +110,22 @@ class ArgumentsTest(RefusalCase):
     def test_arrays(self):
         self.save(cube=numpy.zeros((3, 4, 5), "f4"), empty=numpy.zeros((0, 4)),
                   short=numpy.zeros((3, 4), "i2"), line=numpy.zeros(5), plane=numpy.zeros((3, 4)),
-                  complex=numpy.zeros((3, 4, 5), "c8"), deep=numpy.zeros((1,) * 9))
+                  complex=numpy.zeros((3, 4, 5), "c8"), deep=numpy.zeros((1,) * 9), tall=numpy.zeros((9000, 20)))
         self.all_refused(
             "convolve",
-            ("cube.npy out.npy --kernel 1", "3 dimensions", "1 and 2"),
-            ("empty.npy out.npy --kernel 1", "extent 0 in dimension 1", "1 to 2147483647"),
-            ("short.npy out.npy --kernel 1", "int16", "--type", "float, double"),
-            ("line.npy out.npy --kernel '1;2'", "rank"),
-            ("plane.npy old.png --kernel 1", "'old.png'", ".npy"),
-            ("in.png out.npy --kernel 1", "'in.png'", "3 channels", ".png"),
+            ("cube.npy out.npy --kernel 1", "3 dimensions", "1 and 2", "--axes"),
+            ("cube.npy out.npy --kernel 1 --axes YX", "--axes 'YX'", "3 letters", "ZYX"),
+            ("cube.npy out.npy --kernel 1 --axes XYZ", "--axes 'XYZ'", "YXC"),
+            ("in.png old.png --kernel 1 --axes YX", "--axes 'YX'", "only arrays"),
+            ("empty.npy out.npy --kernel 1", "empty (4x0)", "1 or more"),
+            ("line.npy out.npy --kernel '1;2' --mode valid", "kernel of 1x2", "5x1"),
+            ("plane.npy old.png --kernel 1", "'old.png'", "float64", ".tif and .npy can"),
+            ("short.npy old.png --kernel 1", "'old.png'", "int16"),
+            ("in.png old.png --kernel 1 --format jpeg", "--format 'jpeg'", "png, tiff, npy"),
+            ("in.png old.png --kernel 1 --compression 10", "--compression", "'10'", "0 to 9"),
+            ("in.png old.png --kernel 1 --threads -1", "--threads", "'-1'", "0 to 1024"),
+            ("in.png old.png --kernel 1 --memory 0", "--memory", "'0'", "1 to"),
+            ("tall.npy out.npy --kernel box:9 --pad circular --memory 1", "--memory 1", "circular", "MiB"),
         )
         self.all_refused(
             "correlate --nd",
@@ -127,6 +138,15 @@ class ArgumentsTest(RefusalCase):
             ("cube.npy out.npy --kernel cube.npy --pad constant:1,2", "--pad", "real"),
         )
 
+    def test_sheets(self):
+        self.all_refused(
+            "show in.png",
+            ("old.png", "'old.png'", ".html"),
+            ("new.html --kernel blob", "unknown kernel 'blob'"),
+            ("new.html --pad constant:1,2", "--pad", "real"),
+            ("nowhere/new.html", "'nowhere/new.html'", "No such file"),
+        )
+
     def test_comparisons(self):
         self.write("deep.png", self.random_image(6, 5, 3, 16), 16)
         self.save(plane=numpy.zeros((5, 6)), empty=numpy.zeros((0, 6)), scalar=numpy.zeros(()))
@@ -136,6 +156,7 @@ class ArgumentsTest(RefusalCase):
             ("in.png deep.png", "8 and 16 bits"),
             ("empty.npy empty.npy", "empty"),
             ("scalar.npy scalar.npy", "no dimensions"),
+            ("in.png in.png --overlay o.jpg", "'o.jpg'", ".tif"),
             ("in.png in.png --peak 0", "--peak '0'", "greater than 0"),
             ("in.png in.png --max-error -1", "--max-error '-1'", "less than 0"),
             ("in.png in.png --max-error nan", "--max-error", "'nan'"),
@@ -151,15 +172,15 @@ class ArgumentsTest(RefusalCase):
             ("in.png old.png", "--window is required"),
             ("in.png old.png --window 5", "--window", "WIDTHxHEIGHT"),
             ("in.png old.png --window 3x1024", "'1024'", "1 to 1023"),
-            ("in.png old.png --window 7x3", "window of 7x3", "image of 6x5", "same or full"),
+            ("in.png old.png --window 7x3 --mode valid", "window of 7x3", "image of 6x5", "same or full"),
             ("in.png old.png --window 3x3 --pad constant:256", "constant:256", "8 bits", "0 to 255"),
             ("in.png old.png --window 3x3 --pad constant:0.5", "constant:0.5", "whole"),
             ("bit.png old.png --window 3x3 --pad constant:255", "constant:255", "one bit", "0 to 1"),
             ("cube.npy out.npy --window 3x3", "3 dimensions", "1 and 2"),
             ("complex.npy out.npy --window 3x3", "complex64", "no order", "float64"),
-            ("long.npy out.npy --window 1x1", "2 of 3", "int64", "-2^52 to 2^52"),
+            ("long.npy out.npy --window 1x1", "int64", "-2^52 to 2^52"),
             ("int8.npy out.npy --window 3x3 --pad constant:-129", "int8", "-128 to 127"),
-            ("bool.npy old.png --window 1x1", "'old.png'", ".npy"),
+            ("bool.npy old.png --window 1x1", "'old.png'", "bool", ".npy"),
             ("float.npy out.npy --window 3x3 --pad constant:1e39", "float32", "real"),
             ("in.png old.png --window 3x3 --fixed output=u8.0", "input is missing", "accumulator=TYPE"),
             ("float.npy out.npy --window 3x3 --fixed input=u8.0 --mode same --pad constant:0.5", "'constant:0.5'", "u8.0"),
@@ -173,11 +194,12 @@ class ArgumentsTest(RefusalCase):
         fixed = "--fixed input=u8.0,accumulator=s12.0,output=u8.0"
         self.all_refused(
             "match in.png small.png",
-            ("--metric mad", "--metric 'mad'", "sad, ssd, maxad, product"),
+            ("--metric mad", "--metric 'mad'", "sad, ssd, maxad, product, cosine, coefficient"),
             ("--neighbourhood 0", "--neighbourhood", "'0'", "1 to 1023"),
             ("--roi 1,2,3", "--roi '1,2,3'", BOX),
+            ("--top 2 --min-distance -1", "--min-distance '-1'", "less than 0"),
             ("--roi 50,2,4x4", "--roi 50,2,4x4 holds no position", "1,0,4x4"),
-            ("--map map.tif", "--map 'map.tif'", ".npy or .png"),
+            ("--map map.gif", "'map.gif'", ".tif", ".npy"),
             ("--overlay o.jpg", "'o.jpg'", ".png"),
             (fixed, "template is missing", "product=TYPE"),
             ("--map m.npy --overlay nowhere/o.png", "'nowhere/o.png'", "No such file"),
@@ -212,7 +234,7 @@ class ArgumentsTest(RefusalCase):
             ("--input 9x9", "--window is required"),
             ("--input 9x9x9 --window 3x3x3 --svg p.svg", "3 dimensions", "1 and 2"),
         )
-        self.refused("plan --input 9x3 --window 3x4", "window: extent 4 in dimension 1; with mode valid and an input of 9x3, "
+        self.refused("plan --input 9x3 --window 3x4 --mode valid", "window: extent 4 in dimension 1; with mode valid and an input of 9x3, "
                      "allowed are 1 to 3")
 
 

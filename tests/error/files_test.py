@@ -41,13 +41,15 @@ class FilesTest(RefusalCase):
                              ("in.png/x.png", "Not a directory"), ("", "No such file"),
                              ("two\nlines.png", r"two\nlines.png")):
             self.refused(["convolve", name, "old.png", *KERNEL], reason)
-        for data, kind in ((b"", ""), (b"\x89PNG", "a PNG"), (b"GIF89a" + bytes(99), "a GIF"), (bytes(8), ""),
-                           (b"\xff\xd8\xff\xe0", "a JPEG"), (b"\x93NUMPY\1\0", "an NPY array")):
-            self.input_refused(data, "is not a PNG file" + (f": it is {kind}" if kind else "\n"))
+        for data, kind in ((b"", ""), (b"\x89PNG", "a PNG"), (b"GIF89a" + bytes(99), "a GIF"), (bytes(8), "")):
+            self.input_refused(data, "is not a PNG, TIFF, JPEG or NPY file" + (f": it is {kind}" if kind else "\n"))
+        for data in (b"\xff\xd8\xff\xe0", b"\x93NUMPY\1\0", b"II*\0", b"MM\0+\0\x08\0\0" + bytes(99)):
+            self.input_refused(data, "truncated")
 
     def test_kernels_that_are_no_text(self):
-        numpy.save(self.folder / "k.npy", numpy.ones((3, 3)))
-        for name, data, words in (("k.npy", None, "is not CSV text: it is an NPY array"),
+        numpy.save(self.folder / "k.npy", numpy.ones((3, 4, 5)))
+        for name, data, words in (("k.npy", None, "(5x4x3)"),
+                                  ("in.png", None, "is neither text nor NPY: it is a PNG picture"),
                                   ("marked.csv", "1,2\n".encode("utf-16"), "looks like UTF-16"),
                                   ("plain.csv", "1,2\n3,4\n".encode("utf-16-be"), "looks like UTF-16"),
                                   ("nul.csv", b"1,2\n3,4\0\xff5", r"line 2: '4\x00\xff5' is not")):
@@ -68,8 +70,8 @@ class FilesTest(RefusalCase):
                                "is damaged or truncated")
 
     def test_input_whose_header_promises_too_much(self):
-        for width, height, words in ((70000, 70000, f"70000x70000 pixels; at most {2**31 - 1}"),
-                                     (2**31 - 1, 2**31 - 1, f"at most {2**31 - 1}"), (20, 20, "is damaged or truncated"),
+        for width, height, words in ((70000, 70000, "too short for 70000x70000"),
+                                     (2**31 - 1, 2**31 - 1, f"too short for {2**31 - 1}x{2**31 - 1}"), (20, 20, "is damaged or truncated"),
                                      (40000, 40000, "too short for 40000x40000"), (0, 20, "is damaged or truncated")):
             self.input_refused(header_only(width, height), words)
         # The length of a pipe is not known, so memory must grow with what comes.

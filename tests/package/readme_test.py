@@ -17,7 +17,8 @@ class ReadmeTest(unittest.TestCase):
     median = (SOURCE / "docs/median.md").read_text()
 
     def test_programs_are_the_examples(self):
-        guides = "".join((SOURCE / "docs" / name).read_text() for name in ("filters.md", "median.md", "template-matching.md", "vendor-filters.md"))
+        names = ("filters.md", "median.md", "template-matching.md", "vendor-filters.md", "coming-from.md", "host.md")
+        guides = "".join((SOURCE / "docs" / name).read_text() for name in names)
         shown = re.findall(r"<!-- (examples/\S+) -->\n```cpp\n(.*?)```", self.text + guides, re.S)
         self.assertTrue(shown)
         for name, code in shown:

@@ -30,7 +30,7 @@ void forEachChoice(ProblemT& problem, filters::ConvolutionOptions& options, Visi
     for (const auto& [pad, corePad] : padChoices) {
       for (const auto& [direction, coreDirection] : directionChoices) {
         options.mode = mode, problem.outputMode = coreMode;
-        options.pad = pad, problem.padType = corePad;
+        options.pad.rule = pad, problem.padType = corePad;
         options.direction = direction, problem.algorithmMode = coreDirection;
         visit();
       }

@@ -9,7 +9,7 @@ import numpy
 import png
 from command_case import CHANNELS, TOOL, CommandCase
 
-OPERATIONS = ("convolve", "correlate", "separable", "median", "match", "compare", "kernel", "chart", "patch", "plan",
+OPERATIONS = ("convolve", "correlate", "separable", "median", "match", "compare", "checksum", "kernel", "show", "chart", "patch", "plan",
               "list", "help", "completion", "man", "reference")
 
 
@@ -54,7 +54,7 @@ class CommandTest(CommandCase):
         os.chown(self.folder / "in.png", *owner)
         os.chmod(self.folder / "in.png", 0o4640)
         (self.folder / "link.png").symlink_to("in.png")
-        self.succeed("convolve", "link.png", "link.png", "--kernel", "box:3")
+        self.succeed("convolve", "link.png", "link.png", "--kernel", "box:3", "--mode", "valid")
         self.assertEqual(self.read("in.png")[0].shape, (6, 6, 1))
         status = os.stat(self.folder / "in.png")
         self.assertEqual((status.st_mode & 0o7777, status.st_uid, status.st_gid), (0o4640, *owner))
@@ -79,8 +79,8 @@ class CommandTest(CommandCase):
     def test_usage_names_defaults_and_allowed_values(self):
         for operation, words in (
             ("", (*OPERATIONS, "--version")),
-            ("convolve", ("orvane convolve", "IN", "OUT", "gaussian:N:SIGMA", "sobel-y", "CSV", "--scale NUMBER=1",
-                          "--offset NUMBER=0", "valid|same|full")),
+            ("convolve", ("orvane convolve", "IN", "OUT", "gaussian:N:SIGMA", "sobel-y", "-k, --kernel KERNEL",
+                          "(default 1)", "valid|same|full")),
             ("chart", ("orvane chart", "640x480", "16384")),
         ):
             arguments = [operation] if operation else []
@@ -97,8 +97,11 @@ class CommandTest(CommandCase):
         self.assertEqual(tuple(line.split()[0] for line in self.run_tool("list").stdout.splitlines()), OPERATIONS)
         for name in ("man", "reference"):
             text = self.run_tool(name).stdout.replace("\\-", "-")
-            for word in ("gaussian:N:SIGMA", "--neighbourhood", *OPERATIONS):
+            for word in ("gaussian:N:SIGMA", "--neighbourhood", "-k, --kernel", *OPERATIONS):
                 self.assertIn(word, text)
+        for arguments in ([], *([operation] for operation in OPERATIONS)):
+            for line in self.run_tool("help", *arguments).stdout.splitlines():
+                self.assertLessEqual(len(line), 80, line)
         (self.folder / "completion").write_text(self.run_tool("completion", "bash").stdout)
         for typed, offered in (("orvane co", "convolve correlate compare completion"), ("orvane match --me", "--metric"),
                                ("orvane match a b --metric s", "sad ssd"), ("orvane help ma", "match man"),

@@ -48,7 +48,7 @@ class DemoTest(CommandCase):
         (self.folder / "photo.png").write_text("no picture")
         done = self.draw(self.folder / "photo.png")
         self.assertEqual(done.returncode, 2)
-        self.assertRegex(done.stderr, r"^orvane: '.*/photo.png' is not a PNG file\n$")
+        self.assertRegex(done.stderr, r"^orvane: '.*/photo.png' is not a PNG, TIFF, JPEG or NPY file\n$")
         self.assertEqual(sorted(os.listdir(self.folder)), ["out", "photo.png"])
         self.assertEqual(os.listdir(self.folder / "out"), ["mine"])
 

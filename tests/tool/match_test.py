@@ -65,6 +65,36 @@ class MatchTest(CommandCase):
         expected = abs(change[..., :3] @ (0.2126, 0.7152, 0.0722)).max()
         self.assertAlmostEqual(found["score"], expected, 7)
 
+    def test_whole_samples_have_the_scores_of_double(self):
+        image = self.random_image(24, 20, depth=16)
+        for depth, options in ((8, ("sad", "ssd", "maxad", "product", "cosine", "coefficient")), (16, ("sad", "ssd"))):
+            picture = image >> (16 - depth)
+            self.write("in.png", picture, depth)
+            self.write("patch.png", picture[3:8, 5:12], depth)
+            numpy.save(self.folder / "in.npy", picture[..., 0].astype(float))
+            numpy.save(self.folder / "patch.npy", picture[3:8, 5:12, 0].astype(float))
+            for metric in options:
+                shown = [self.run_tool("match", f"in.{kind}", f"patch.{kind}", "--metric", metric, "--map", "map.npy",
+                                       "--checksum", "--refine").stdout for kind in ("png", "npy")]
+                self.assertEqual(shown[0], shown[1])
+                if metric != "product":
+                    self.assertIn("window    5,3 7x5", shown[0])
+
+    def test_several_matches(self):
+        scene = numpy.full((40, 60, 1), 90)
+        patch = self.random_image(7, 6)
+        places = [(4, 5), (30, 8), (20, 30)]
+        for number, (x, y) in enumerate(places):
+            scene[y:y + 6, x:x + 7] = (patch - 128) * 3 // (4 + number) + 128
+        self.write("in.png", scene)
+        self.write("patch.png", patch)
+        found, _ = self.match("in.png", "patch.png", "--metric", "coefficient", "--top", "3", "--min-distance", "5",
+                              "--overlay", "overlay.png")
+        self.assertEqual([match["window"][:2] for match in found["matches"]], [list(place) for place in places])
+        self.assertEqual(found["matches"][0]["location"], found["location"])
+        text = self.run_tool("match", "in.png", "patch.png", "--metric", "cosine", "--top", "2", "--refine").stdout
+        self.assertRegex(text, r"match 2   \d+,\d+  window \d+,\d+ 7x6  score 0\.\d+  refined ")
+
     def test_pictures(self):
         picture = self.random_image(30, 20)
         self.write("in.png", picture)

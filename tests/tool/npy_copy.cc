@@ -4,16 +4,17 @@
 #include <cstdio>
 #include <exception>
 
-#include "tool/npy_file.h"
+#include "tool/picture_file.h"
 #include "tool/text.h"
 
 int main(int count, char** arguments) {
   using namespace BP::tool;
   if (count != 3) return 1;
   try {
-    const Array array = readNpy(arguments[1]);
-    checkNpyName(arguments[2]);
-    writeNpy(arguments[2], array);
+    const Array array = readArray(arguments[1]);
+    OutputFiles files;
+    addArray(files, arguments[2], array, {});
+    files.commit();
     std::printf("%s [", std::string(nameOf(array.type)).c_str());
     for (const std::int64_t extent : array.extents) std::printf(" %lld", static_cast<long long>(extent));
     std::printf(" ] ");

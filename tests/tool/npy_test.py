@@ -102,7 +102,7 @@ class NpyTest(CommandCase):
         numpy.save(self.folder / "in.npy", numpy.arange(6, dtype=">i2").reshape(2, 3))
         whole = (self.folder / "in.npy").read_bytes()
         for length in [*range(0, len(whole), 4), len(whole) - 1]:
-            self.refused(whole[:length], "is not an NPY file" if length < 8 else "truncated")
+            self.refused(whole[:length], "is not a PNG, TIFF, JPEG or NPY file" if length < 6 else "truncated")
         for position in range(0, len(whole) - 12, 2):
             changed = bytes([whole[position] ^ (1, 0x20, 0x80)[position % 3]])
             done = self.copy(whole[:position] + changed + whole[position + 1:])

@@ -37,9 +37,9 @@ class PlanTest(CommandCase):
             ("--input 8 --window 3 --mode full", 6, 4, 0),
             ("--input 8 --window 3 --mode full --roi 0,3", 2, 1, 0),
             ("--input 10x8 --window 3x3 --mode same --roi 8,-5,9x7", 1, 3, 0),
-            ("--input 6x6 --window 3x3 --roi -2,-2,10x10 --reach 2", 16, 64 - 16, 36),
-            ("--input 6x6 --window 3x3 --roi -3,2,4x1 --reach 2", 0, 2, 2),
-            ("--input 6x6 --window 3x3 --roi -3,-1,4x1 --reach 2", 0, 2, 2),
+            ("--input 6x6 --window 3x3 --roi -2,-2,10x10 --reach 2 --pad constant", 16, 64 - 16, 36),
+            ("--input 6x6 --window 3x3 --roi -3,2,4x1 --reach 2 --pad constant", 0, 2, 2),
+            ("--input 6x6 --window 3x3 --roi -3,-1,4x1 --reach 2 --pad constant", 0, 2, 2),
             ("--input 6x6 --window 3x3 --roi -3,-1,4x1 --reach 2 --pad circular", 0, 4, 0),
         ):
             with self.subTest(arguments=arguments):
@@ -69,7 +69,7 @@ class PlanTest(CommandCase):
             self.assertLess((self.folder / "p.svg").stat().st_size, 20000)
 
     def test_more_than_two_dimensions_and_no_outputs_are_told(self):
-        text = self.run_tool("plan", "--input", "9", "--window", "9", "--pad", "constant:5", "--svg", "p.svg").stdout
+        text = self.run_tool("plan", "--input", "9", "--window", "9", "--mode", "valid", "--pad", "constant:5", "--svg", "p.svg").stdout
         self.assertIn("mode    valid, pad constant:5, reach 0\n", text)
         self.assertIn("\n1 sector with 1 of 1 output\n", text)
         self.assertIn("one value, constant:5", (self.folder / "p.svg").read_text())

@@ -246,5 +246,41 @@ TEST(FixedSumPlan, FollowsTheBounds) {
   }
 }
 
+/// Exact sums take the narrowest operands that hold lines and taps, shifted by half of the range or not.
+TEST(FixedSumPlan, ChoosesNarrowOperands) {
+  using lanes::DotOperands;
+  struct DotCase {
+    const char* input;
+    std::vector<std::int64_t> taps;
+    DotOperands dots;
+    int bias;
+    bool inTwo;
+  };
+  const std::vector<std::int64_t> many(512, 128), tooMany(513, 128);
+  const DotCase cases[] = {{"u8.0", {-128, 127}, DotOperands::bytes, 0, false},
+                           {"s8.0", {-128, 127}, DotOperands::bytes, 128, false},
+                           {"s8.0", {0, 255}, DotOperands::signedBytes, 0, false},
+                           {"u8.0", {0, 128}, DotOperands::signedBytes, -128, false},
+                           {"u8.0", {-1, 128}, DotOperands::words, 0, false},
+                           {"u9.0", {0, 1}, DotOperands::words, 0, false},
+                           {"u16.0", {-32768, 32767}, DotOperands::words, -32768, false},
+                           {"s16.0", {32768, 1}, DotOperands::none, 0, false},
+                           {"s17.0", {1}, DotOperands::none, 0, false},
+                           {"s16.0", {65535, 65535}, DotOperands::words, 0, true},
+                           {"s16.0", {256 * 32767 + 127, 1}, DotOperands::words, 0, true},
+                           {"s16.0", {256 * 32767 + 128, 1}, DotOperands::none, 0, false},
+                           {"s16.0", many, DotOperands::words, 0, false},
+                           {"s16.0", tooMany, DotOperands::none, 0, false}};
+  for (const DotCase& c : cases) {
+    const auto filter = parseFixptType("s26.0"), wide = parseFixptType("s60.0");
+    const FixedFormat exact{wide, fxpRoundFloor, fxpOverflowSaturate};
+    const FixedSumPlan plan = planFixedSum({parseFixptType(c.input), filter, exact, exact, exact}, c.taps);
+    EXPECT_EQ(plan.path, FixedSumPath::exact);
+    EXPECT_EQ(plan.dots, c.dots) << c.input << " * " << c.taps[0];
+    EXPECT_EQ(plan.bias, c.bias) << c.input << " * " << c.taps[0];
+    EXPECT_EQ(plan.dotsInTwo, c.inTwo) << c.input << " * " << c.taps[0];
+  }
+}
+
 }  // namespace
 }  // namespace BP

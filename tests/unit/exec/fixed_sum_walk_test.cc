@@ -38,8 +38,9 @@ class Scene {
     OuterSector sector(2, first, last, before, after);
     sector.setPreEdgeCount(2);
     sector.setPostEdgeCount(2);
-    const LineSource<KarnDSPFixpt::Fixpt> source{input.get(), picture.ptr, 2, PadTypeConstant, pad.get()};
-    EXPECT_TRUE(walk.run(source, sector, &sector, window, in, out, output.get()));
+    const int strides[2] = {1, width};
+    const LineSource<KarnDSPFixpt::Fixpt> source{input.get(), picture.ptr, strides, 2, PadTypeConstant, pad.get()};
+    EXPECT_TRUE(walk.run(source, sector, &sector, window, in, out, {output.get(), strides}));
     return input->productFor(*filter).takeProperties()->getLogStruct()->casts;
   }
 

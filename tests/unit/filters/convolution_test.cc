@@ -33,7 +33,7 @@ struct Scene {
   using YT = ConvolutionOutput<UT, HT>;
   Problem<HT, UT, YT> problem;
   ConvolutionOptions options;
-  explicit Scene(const Problem<HT, UT, YT>& p) : problem(p) { options.padValue = std::complex<double>(p.padValue); }
+  explicit Scene(const Problem<HT, UT, YT>& p) : problem(p) { options.pad.value = std::complex<double>(p.padValue); }
   Extents inputExtents() const { return {problem.uDims[0], problem.uDims[1]}; }
   ArrayView<const UT> input() const { return {problem.u, inputExtents()}; }
   ArrayView<const HT> filter() const { return {problem.h, {problem.hDims[0], problem.hDims[1]}}; }
@@ -96,7 +96,8 @@ TEST(ConvolutionRunTest, AnObjectRunsOverOtherArraysFiltersAndPadValues) {
   Array<float> output({9, 7}), other({9, 7});
   for (const auto& [normalisation, norm] : test::normChoices) {
     scene.options.normalise = normalisation, scene.problem.norm = norm;
-    scene.options.padValue = scene.problem.padValue = 2;
+    scene.options.pad = {PadRule::constant, 2};
+    scene.problem.padValue = 2;
     Convolution<float> convolution(scene.filter(), {6, 5}, scene.options);
     EXPECT_EQ(convolution.outputExtents(), (Extents{9, 7}));
     for (int turn = 0; turn < 3; ++turn) {
@@ -119,7 +120,7 @@ TEST(ConvolutionRunTest, ASeparableObjectRunsWithOtherFilters) {
   scene.problem.outputMode = OutputModeSame;
   std::vector<float> column{1, 2, 3}, row{4, 5};
   SeparableConvolution<float> convolution(ArrayView(column, {3}), ArrayView(row, {2}), {6, 5},
-                                          {.mode = OutputMode::same, .padValue = 2});
+                                          {.mode = OutputMode::same, .pad = {PadRule::constant, 2}});
   for (int turn = 0; turn < 2; ++turn) {
     scene.problem.h = column;
     expectSame(solveSeparable(scene.problem, row), convolution.run(scene.input()));
@@ -134,7 +135,7 @@ TEST(ConvolutionRunTest, ASeparableObjectRunsWithOtherFilters) {
 using Line = std::vector<double>;
 Line valid(FilterDirection direction, const Line& h, const Line& u) {
   const auto lineOf = [](const Line& l) { return ArrayView(l, {static_cast<std::int64_t>(l.size())}); };
-  const Array<double> y = convolve(lineOf(u), lineOf(h), {.direction = direction});
+  const Array<double> y = convolve(lineOf(u), lineOf(h), {.direction = direction, .mode = OutputMode::valid});
   return {y.begin(), y.end()};
 }
 
@@ -158,7 +159,7 @@ TEST(ConvolutionRunTest, TheFilterIsCopiedSoItMayOverlapAnything) {
   std::vector<float> memory{1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
   const std::span all(memory);
   convolveInto(ArrayView<const float>(all.first(5), {5}), ArrayView<const float>(all.subspan(4, 2), {2}),
-               ArrayView<float>(all.subspan(5, 4), {4}));
+               ArrayView<float>(all.subspan(5, 4), {4}), {.mode = OutputMode::valid});
   EXPECT_EQ(memory,
             (std::vector<float>{1, 2, 3, 4, 5, 5 * 2 + 6 * 1, 5 * 3 + 6 * 2, 5 * 4 + 6 * 3, 5 * 5 + 6 * 4, 10}));
 }
@@ -166,7 +167,7 @@ TEST(ConvolutionRunTest, TheFilterIsCopiedSoItMayOverlapAnything) {
 TEST(ConvolutionRunTest, AMovedFromObjectSaysSoAndCanBeAssignedTo) {
   std::mt19937 random(7);
   const auto scene = fixedScene(random);
-  Convolution<float> first(scene.filter(), {6, 5});
+  Convolution<float> first(scene.filter(), {6, 5}, {.mode = OutputMode::valid});
   Convolution<float> second = std::move(first);
   expectSame(solve(scene.problem), second.run(scene.input()));
   EXPECT_THROW(first.run(scene.input()), std::logic_error);

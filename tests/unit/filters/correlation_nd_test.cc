@@ -35,13 +35,13 @@ TYPED_TEST(CorrelationNDTest, EqualsConvolutionsOfRankOneAndTwoRunAfterRunAndPri
     const Extents filters = trial % 2 ? Extents{pick(random, 1, 4), pick(random, 1, 4)} : Extents{pick(random, 1, 4)};
     const OutputMode mode = test::modeChoices[trial % 3].first;
     const PadRule pad = test::padChoices[trial % 5].first;
-    CorrelationND<T> correlation(randomArray<T>(random, filters), inputs, {mode, pad, 0.1});
+    CorrelationND<T> correlation(randomArray<T>(random, filters), inputs, {mode, {pad, 0.1}});
     for (const double padValue : {0.5, -2.0}) {
       const auto filter = randomArray<T>(random, filters), input = randomArray<T>(random, inputs);
       correlation.setFilter(filter);
       correlation.setPadValue(padValue);
       const Array<T> output = correlation.run(input);
-      const Array<T> expected = correlate(input, filter, {.mode = mode, .pad = pad, .padValue = padValue});
+      const Array<T> expected = correlate(input, filter, {.mode = mode, .pad = {pad, padValue}});
       ASSERT_EQ(output.extents(), expected.extents());
       for (std::size_t i = 0; i < output.size(); ++i) ASSERT_TRUE(test::sameBits(output[i], expected[i])) << trial;
     }
@@ -65,7 +65,7 @@ TEST(CorrelationNDRunTest, AFilterOfASingleOneMovesAVolume) {
 
 TEST(CorrelationNDRunTest, AMovedFromObjectSaysSo) {
   const Array<float> filter({3, 3, 3});
-  CorrelationND<float> job(filter, {5, 5, 5});
+  CorrelationND<float> job(filter, {5, 5, 5}, {.mode = OutputMode::valid});
   const CorrelationND<float> moved = std::move(job);
   EXPECT_EQ(moved.outputExtents(), (Extents{3, 3, 3}));
   EXPECT_THROW(job.run(Array<float>({5, 5, 5})), std::logic_error);  // NOLINT(bugprone-use-after-move)

@@ -48,7 +48,7 @@ class Comparison {
     p.padValue = -1;
     const double padValue = pick(random, 0, 1) == 1 ? 0 : ExactCast{types.input, types.modes}(5).get_d();
     pad = Exact(padValue, 0, types.inputIsComplex);
-    options = {.padValue = padValue};
+    options = {.pad = {PadRule::constant, padValue}};
     if (isNormalised) options.normalise = Normalisation::energy;
   }
 
@@ -142,7 +142,8 @@ std::vector<double> listOf(const FixedArray& array) {
 
 TEST(FixedConvolutionTest, RunsAgainWithOtherFiltersAndPadValuesAndAddsItsCountsUp) {
   const FixedArray input = values({1, 2, 250}, bytes.input);
-  FixedConvolution first(values({1, 10}, {12, 0}), {3}, bytes, {.mode = OutputMode::full, .padValue = 7});
+  FixedConvolution first(values({1, 10}, {12, 0}), {3}, bytes,
+                         {.mode = OutputMode::full, .pad = {PadRule::constant, 7}});
   FixedConvolution convolution = std::move(first);
   EXPECT_THAT(listOf(convolution.run(input)), ElementsAre(71, 12, 255, 255));
   convolution.setFilter(values({-1, 1}, {12, 0}));
@@ -157,7 +158,7 @@ TEST(FixedConvolutionTest, RunsAgainWithOtherFiltersAndPadValuesAndAddsItsCounts
 
 TEST(FixedConvolutionTest, NormalisedSumsOfEqualWindowsAreOne) {
   FixedTypes types{.input = {8, 0, false}, .accumulator = {40, 16}, .output = {16, 8}, .sqrt = FixedType{32, 12}};
-  const ConvolutionOptions options{.normalise = Normalisation::energy};
+  const ConvolutionOptions options{.mode = OutputMode::valid, .normalise = Normalisation::energy};
   FixedConvolution convolution(values({0.5, 0.5, 0.5, 0.5}, {16, 14}), {6}, types, options);
   EXPECT_THAT(listOf(convolution.run(values({0, 0, 0, 0, 200, 200}, types.input))),
               ElementsAre(0, 0.5, testing::DoubleNear(std::sqrt(0.5), 0x1p-8)));
@@ -169,7 +170,7 @@ TEST(FixedConvolutionTest, SeparablePassesMeetInTheOutputsType) {
   const FixedArray input({2, 2}, types.input);
   const_cast<std::int8_t*>(static_cast<const std::int8_t*>(input.data()))[0] = 3;
   FixedSeparableConvolution convolution(values({0.5, 1}, {8, 2}), values({1, 2}, {8, 2}), {2, 2}, types,
-                                        {.mode = OutputMode::full});
+                                        {.mode = OutputMode::full, .pad = PadRule::constant});
   // 3 * 0.5 becomes 2 between the passes.
   EXPECT_THAT(listOf(convolution.run(input)), ElementsAre(2, 3, 0, 4, 6, 0, 0, 0, 0));
   convolution.setFilters(values({2, 1}, {8, 2}), values({1, 3}, {8, 2}));
@@ -181,7 +182,7 @@ TEST(FixedConvolutionTest, TheSecondPadValueIsTheFirstFiltersSumInTheOutputsType
   const FixedTypes types{.input = {16, 0}, .accumulator = {24, 0}, .output = {5, 0}};
   FixedSeparableConvolution convolution(
       values({10, 10}, {8, 0}), values({1, -1}, {8, 0}), {2, 2}, types,
-      {.direction = FilterDirection::correlation, .mode = OutputMode::full, .padValue = -1});
+      {.direction = FilterDirection::correlation, .mode = OutputMode::full, .pad = {PadRule::constant, -1}});
   // The sum saturates to 15 before it is multiplied by -1; the intermediate's first element is -10.
   EXPECT_EQ(listOf(convolution.run(FixedArray({2, 2}, types.input)))[0], -15 + 10);
 }

@@ -42,7 +42,7 @@ class Comparison {
     const double padValue = pick(random, 0, 1) == 1 ? 0 : ExactCast{types.input, types.modes}(5).get_d();
     p.padValue = padValue;
     FixedMedian median({p.hDims[0], p.hDims[1]}, {p.uDims[0], p.uDims[1]}, types,
-                       {.mode = mode, .pad = pad, .padValue = padValue});
+                       {.mode = mode, .pad = {pad, padValue}});
     for (int run = 0; run < 2; ++run) {
       const FixedArray u = test::randomFixed(random, {p.uDims[0], p.uDims[1]}, types.input);
       p.u = test::exactValues(u);
@@ -87,7 +87,7 @@ TEST(FixedMedianTest, ADefaultMeanIsRoundedOnceByItsMode) {
   const FixedType byte{8, 0, false};
   const std::vector<std::uint8_t> u{250, 253, 7, 8};
   for (const auto& [rounding, first, last] : {std::tuple{Rounding::floor, 251, 7}, {Rounding::convergent, 252, 8}}) {
-    FixedMedian median({2}, {4}, {.input = byte, .modes = {.rounding = rounding}});
+    FixedMedian median({2}, {4}, {.input = byte, .modes = {.rounding = rounding}}, {.mode = OutputMode::valid});
     const Array<double> y = toDouble(median.run(FixedView(ArrayView(u, {4}), byte)));
     EXPECT_THAT(std::vector(y.begin(), y.end()), ElementsAre(first, 130, last));
   }

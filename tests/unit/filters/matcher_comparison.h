@@ -79,7 +79,7 @@ class MatcherComparison {
       model.roi[d] = pick(random, -4, 12);
       model.roi[2 + d] = pick(random, 0, 14);
     }
-    return filters::Rectangle{{model.roi[0], model.roi[1]}, {model.roi[2], model.roi[3]}};
+    return filters::Rectangle{model.roi[0], model.roi[1], model.roi[2], model.roi[3]};
   }
 
   /// Compares a run with a model that is as new.
@@ -89,21 +89,22 @@ class MatcherComparison {
     ASSERT_EQ(match.found, !expected.isEmpty());
     const auto blockSize = static_cast<std::size_t>(options.neighbourhood * options.neighbourhood);
     if (expected.isEmpty()) {
-      EXPECT_EQ(match.positions.size, (std::array<std::int64_t, 2>{0, 0}));
+      EXPECT_TRUE(match.positions.isEmpty());
       EXPECT_FALSE(match.regionValid || match.neighbourhoodValid);
       EXPECT_EQ(match.location, (std::array<std::int64_t, 2>{0, 0}));
       elements.expectScores({}, match.map, "map");
       return elements.expectScores(Scores(blockSize), match.neighbourhood, "block");
     }
     EXPECT_EQ(match.positions,
-              (filters::Rectangle{{expected.lo[0], expected.lo[1]}, {expected.size[0], expected.size[1]}}));
+              (filters::Rectangle{expected.lo[0], expected.lo[1], expected.size[0], expected.size[1]}));
     Model searched = model;
     searched.mode = TMModeBestMatchNeighborhood;
     searched.block.resize(static_cast<std::size_t>(model.edge * model.edge));
     searched.call();
     for (std::size_t d = 0; d < 2; ++d) {
+      const std::int64_t start = d == 0 ? match.window.x : match.window.y;
       EXPECT_EQ(match.location[d], searched.location[d]);
-      EXPECT_EQ(match.window.start[d] + model.centre(static_cast<int>(d)), match.location[d]);
+      EXPECT_EQ(start + model.centre(static_cast<int>(d)), match.location[d]);
     }
     EXPECT_EQ(match.regionValid, !model.hasRoi || searched.roiValid);
     EXPECT_EQ(match.neighbourhoodValid, blockSize > 0 && searched.blockValid);

@@ -58,10 +58,10 @@ TYPED_TEST(RealMedianTest, EqualsTheSortAndTheStatedSelectionBitForBit) {
   for (int trial = 0; trial < 80 && !this->HasFailure(); ++trial) {
     auto p = test::randomProblem<T, T, T>(random, 6, 9);
     for (T& u : p.u) u = this->value(random, trial);
-    ConvolutionOptions options{.padValue = p.padValue};
+    ConvolutionOptions options{.pad = {PadRule::constant, p.padValue}};
     test::forEachChoice(p, options, [&] {
       const Array<T> y = median(ArrayView<const T>(p.u, {p.uDims[0], p.uDims[1]}), {p.hDims[0], p.hDims[1]},
-                                {.mode = options.mode, .pad = options.pad, .padValue = p.padValue});
+                                {.mode = options.mode, .pad = options.pad});
       ASSERT_EQ(y.extents(), Extents({p.yDim(0), p.yDim(1)}));
       for (int i = 0; i < static_cast<int>(y.size()) && !this->HasFailure(); ++i) {
         const T found = y[static_cast<std::size_t>(i)];
@@ -82,7 +82,7 @@ TYPED_TEST(RealMedianTest, NanNeverLeadsOutsideTheWindow) {
   const T few[] = {T(1), T(2), T(3), std::numeric_limits<T>::quiet_NaN()};
   for (int n = 1; n <= 7; ++n) {
     std::vector<T> line(static_cast<std::size_t>(n));
-    Median<T> median({n}, {n});
+    Median<T> median({n}, {n}, {.mode = OutputMode::valid});
     for (int code = 0; code < 1 << (2 * n); ++code) {
       for (std::size_t i = 0; i < line.size(); ++i) line[i] = few[code >> (2 * i) & 3];
       const T found = median.run(ArrayView<const T>(line, {n}))[0];
@@ -98,11 +98,9 @@ TEST(MedianTest, BoolCountsAndATieIsTrue) {
     Array<bool> u({p.uDims[0], p.uDims[1]});
     for (std::size_t i = 0; i < u.size(); ++i) u[i] = (p.u[i] = pick(random, 0, 1)) == 1;
     p.padValue = trial % 2;
-    ConvolutionOptions options;
+    ConvolutionOptions options{.pad = {PadRule::constant, static_cast<double>(p.padValue)}};
     test::forEachChoice(p, options, [&] {
-      const bool padValue = p.padValue == 1;
-      const Array<bool> y =
-          median(u, {p.hDims[0], p.hDims[1]}, {.mode = options.mode, .pad = options.pad, .padValue = padValue});
+      const Array<bool> y = median(u, {p.hDims[0], p.hDims[1]}, {.mode = options.mode, .pad = options.pad});
       for (int i = 0; i < static_cast<int>(y.size()); ++i) {
         const auto window = test::windowAt(p, i % p.yDim(0), i / p.yDim(0));
         const auto trueCount = std::count(window.begin(), window.end(), 1);
@@ -113,7 +111,7 @@ TEST(MedianTest, BoolCountsAndATieIsTrue) {
 }
 
 TEST(MedianTest, AnObjectIsRunTunedAndMoved) {
-  Median<double> first({3}, {2}, {.mode = OutputMode::full, .padValue = 9});
+  Median<double> first({3}, {2}, {.mode = OutputMode::full, .pad = {PadRule::constant, 9}});
   const std::vector<double> u{1, 2}, v{3, 4};
   EXPECT_THAT(listed(first.run({u, {2}})), ElementsAre(9, 2, 2, 9));
   first.setPadValue(-9);

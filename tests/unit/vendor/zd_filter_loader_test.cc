@@ -156,7 +156,7 @@ TYPED_TEST(VendorFilter, MatchesTemplatesWhereScoresAreStoredAndARegionOfInteres
   using namespace filters;  // NOLINT: views and options by their short names
   for (int trial = 0; trial < 100 && !this->HasFailure(); ++trial) {
     const auto t = wholeNumbers<T>(this->random, 6), u = wholeNumbers<T>(this->random, 99);
-    const filters::Rectangle region{{pick(this->random, -2, 10), pick(this->random, -2, 8)}, {4, 3}};
+    const filters::Rectangle region{pick(this->random, -2, 10), pick(this->random, -2, 8), 4, 3};
     MatchOptions options{.metric = Metric::product, .region = region, .neighbourhood = 3, .map = true};
     if (trial % 2 == 0) options.mode = OutputMode::full;
     const ArrayView image(u, {11, 9}), pattern(t, {3, 2});
