@@ -1,10 +1,13 @@
 #include "tool/band_filter.h"
 
+#include <algorithm>
 #include <cstring>
 #include <mutex>
 #include <optional>
 #include <utility>
 #include <vector>
+
+#include "orvane/filters/elements.h"
 
 namespace BP::tool {
 
@@ -39,11 +42,16 @@ class PlaneBands : public BandFilter {
   std::size_t bytesPerColumn() const override { return 2 * sizeof(T); }
 
  private:
+  /// Whole numbers are filtered in their own type or as other elements, complex ones as complex ones.
+  template <class From>
+  static constexpr bool canLoad =
+      filters::StoredInteger<T> ? std::is_same_v<From, T> : !IsComplex<From>::value || IsComplex<T>::value;
+
   /// What the filtering of a band works on; kept for the next band.
   struct Bench {
     Array<T> in;
     Array<T> out;
-    filters::Rectangle region;
+    PlanePart part;
     PlaneRun<T> run;
   };
 
@@ -56,25 +64,36 @@ class PlaneBands : public BandFilter {
   }
 
   void prepare(Bench& bench, const Band& band) const {
-    const Extents extents{shape.in.width, band.inRows};
-    const filters::Rectangle region{centre(shape.window.width),
-                                    band.firstOut - band.firstIn + centre(shape.window.height), shape.out.width,
-                                    band.outRows};
-    if (bench.run && bench.in.extents() == extents && bench.region == region) return;
-    bench.in = Array<T>(extents);
-    bench.out = Array<T>({region.width, region.height});
-    bench.region = region;
-    bench.run = make(extents, region);
+    const PlanePart part = partOf(band);
+    if (bench.run && bench.part == part) return;
+    bench.in = Array<T>(part.extents);
+    bench.out = Array<T>({part.region.width, part.region.height});
+    bench.part = part;
+    bench.run = make(part);
+  }
+
+  /// A row is the own one of the band with the window that has its centre there, beyond all centres of the first or the
+  /// last band.
+  PlanePart partOf(const Band& band) const {
+    const std::int64_t middle = centre(shape.window.height), height = shape.in.height;
+    const std::int64_t endOut = band.firstOut + band.outRows;
+    const auto rowAt = [&](std::int64_t row) { return std::clamp<std::int64_t>(row + middle, 0, height); };
+    const std::int64_t firstOwn = band.firstOut == 0 ? 0 : rowAt(band.firstOut);
+    const std::int64_t endOwn = endOut == shape.out.height ? height : rowAt(endOut);
+    return {{shape.in.width, band.inRows},
+            {centre(shape.window.width), band.firstOut - band.firstIn + middle, shape.out.width, band.outRows},
+            firstOwn - band.firstIn,
+            endOwn - firstOwn};
   }
 
   void load(const std::uint8_t* from, Array<T>& plane, SampleCounts& counts) const {
     const auto channels = static_cast<std::size_t>(shape.in.channels);
     visitType(shape.in.type, [&](auto sample) {
       using From = decltype(sample);
-      if constexpr (!IsComplex<From>::value || IsComplex<T>::value) {
+      if constexpr (canLoad<From>) {
         loadSamples(reinterpret_cast<const From*>(from), channels, plane.size(), plane.data(), counts);
       } else {
-        throw std::logic_error("complex elements do not become real ones");
+        throw std::logic_error("these samples do not become such elements");
       }
     });
   }
@@ -95,8 +114,7 @@ class PlaneBands : public BandFilter {
     const std::size_t alpha = static_cast<std::size_t>(shape.in.channels - 1);
     const std::size_t pixel = static_cast<std::size_t>(shape.in.channels) * size;
     for (std::int64_t row = 0; row < band.outRows; ++row) {
-      const std::int64_t y =
-          padIndex(band.firstOut + row + centre(shape.window.height), shape.in.height, shape.window.pad);
+      const std::int64_t y = rowOf(band, band.firstOut + row + centre(shape.window.height));
       for (std::int64_t column = 0; column < shape.out.width; ++column) {
         const std::int64_t x = padIndex(column + centre(shape.window.width), shape.in.width, shape.window.pad);
         const auto at = static_cast<std::size_t>(row * shape.out.width + column);
@@ -105,10 +123,18 @@ class PlaneBands : public BandFilter {
           std::memset(to, 0, outSize);
           continue;
         }
-        const auto from = static_cast<std::size_t>((y - band.firstIn) * shape.in.width + x);
+        const auto from = static_cast<std::size_t>(y * shape.in.width + x);
         copyAlpha(in + from * pixel + alpha * size, to);
       }
     }
+  }
+
+  /// The number among the rows of `band` of the row that stands for `position`; negative for a constant pad.
+  std::int64_t rowOf(const Band& band, std::int64_t position) const {
+    const std::int64_t row = position - band.firstIn;
+    if (row >= 0 && row < band.inRows) return row;
+    const std::int64_t other = padIndex(position, shape.in.height, shape.window.pad);
+    return other < 0 ? other : other - band.firstIn;
   }
 
   /// Alpha keeps its value where the output has another type.
@@ -146,6 +172,12 @@ std::unique_ptr<BandFilter> makeBandFilter(const BandShape& shape, PlaneMaker<T>
 #define ORVANE_MAKE(T) \
   template std::unique_ptr<BandFilter> makeBandFilter(const BandShape&, PlaneMaker<T>, PlaneStore<T>);
 ORVANE_MAKE(bool)
+ORVANE_MAKE(std::int8_t)
+ORVANE_MAKE(std::uint8_t)
+ORVANE_MAKE(std::int16_t)
+ORVANE_MAKE(std::uint16_t)
+ORVANE_MAKE(std::int32_t)
+ORVANE_MAKE(std::uint32_t)
 ORVANE_MAKE(float)
 ORVANE_MAKE(double)
 ORVANE_MAKE(std::complex<float>)

@@ -13,11 +13,13 @@ namespace {
 using filters::OutputMode;
 using filters::PadRule;
 
-/// Rows above the output row of the same number that its window reaches, and the rows below it.
-struct Reach {
-  std::int64_t above;
-  std::int64_t below;
-};
+constexpr std::size_t parts = 2;  // one half of the memory is for readers, writers and the program itself
+
+std::int64_t rowsIn(std::size_t memory, std::size_t rowBytes) {
+  return static_cast<std::int64_t>(memory / (parts * rowBytes));
+}
+
+}  // namespace
 
 Reach reachOf(const Window& window) {
   const std::int64_t span = window.height - 1, lead = span / 2;
@@ -29,11 +31,9 @@ Reach reachOf(const Window& window) {
   throw std::logic_error("unknown output mode");
 }
 
-bool isWhole(const Window& window) {
+bool needsBothEnds(const Window& window) {
   return window.pad == PadRule::circular && window.mode != OutputMode::valid && window.height > 1;
 }
-
-}  // namespace
 
 std::int64_t outputExtent(std::int64_t extent, int window, OutputMode mode) {
   switch (mode) {
@@ -44,37 +44,37 @@ std::int64_t outputExtent(std::int64_t extent, int window, OutputMode mode) {
   throw std::logic_error("unknown output mode");
 }
 
-std::vector<Band> bandsOf(std::int64_t height, const Window& window, std::int64_t rows) {
+std::vector<Band> bandsOf(std::int64_t height, const Window& window, std::int64_t rows, bool isWrapped) {
   const std::int64_t outHeight = outputExtent(height, window.height, window.mode);
   const Reach reach = reachOf(window);
   const std::int64_t mirrored = window.height;  // rows at an edge that windows beyond it can read
   std::vector<Band> bands;
-  if (isWhole(window)) rows = outHeight;
   for (std::int64_t first = 0; first < outHeight; first += rows) {
     const std::int64_t count = std::min(rows, outHeight - first);
     std::int64_t from = first - reach.above, to = first + count + reach.below;
-    if (to > height) from = std::min(from, height - mirrored);
-    if (from < 0) to = std::max(to, mirrored);
-    from = std::clamp<std::int64_t>(from, 0, height - 1);
-    to = std::clamp<std::int64_t>(to, from + 1, height);
+    if (!isWrapped) {
+      if (to > height) from = std::min(from, height - mirrored);
+      if (from < 0) to = std::max(to, mirrored);
+      from = std::clamp<std::int64_t>(from, 0, height - 1);
+      to = std::clamp<std::int64_t>(to, from + 1, height);
+    }
     bands.push_back({first, count, from, to - from});
   }
   return bands;
 }
 
 std::int64_t bandRows(std::int64_t height, const Window& window, std::size_t rowBytes, std::size_t memory) {
-  constexpr std::int64_t parts = 2;  // the other half is for readers, writers and the program itself
-  const std::int64_t bytes = parts * static_cast<std::int64_t>(rowBytes), all = static_cast<std::int64_t>(memory);
   const std::int64_t surroundings = 2 * window.height;
-  const std::int64_t least = isWhole(window) ? height : std::min<std::int64_t>(height, surroundings + 1);
-  if (least > all / bytes) {
-    constexpr std::int64_t mebi = std::int64_t{1} << 20;
-    throw std::runtime_error("--memory " + std::to_string(all / mebi) + ": a picture with rows of this length " +
-                             (isWhole(window) ? "and a circular pad " : "and this window ") + "needs at least " +
-                             std::to_string(least * bytes / mebi + 1) + " MiB");
-  }
-  if (isWhole(window)) return outputExtent(height, window.height, window.mode);
-  return std::max<std::int64_t>(1, all / bytes - surroundings);
+  checkMemory(std::min(height, surroundings + 1), rowBytes, memory, "this window");
+  return std::max<std::int64_t>(1, rowsIn(memory, rowBytes) - surroundings);
+}
+
+void checkMemory(std::int64_t rows, std::size_t rowBytes, std::size_t memory, const std::string& what) {
+  if (rows <= rowsIn(memory, rowBytes)) return;
+  constexpr std::size_t mebi = std::size_t{1} << 20;
+  throw std::runtime_error("--memory " + std::to_string(memory / mebi) + ": a picture with rows of this length and " +
+                           what + " needs at least " +
+                           std::to_string(static_cast<std::size_t>(rows) * parts * rowBytes / mebi + 1) + " MiB");
 }
 
 std::int64_t padIndex(std::int64_t position, std::int64_t extent, PadRule pad) {

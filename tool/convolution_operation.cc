@@ -63,18 +63,15 @@ std::string runAs(RowReader& reader, BandShape& shape, const FilterSettings& set
   const PlaneStore<T> store = makeStore<T>(shape.out.type, shape.out.channels, scaling);
   if constexpr (std::is_same_v<filters::RealOf<T>, double>) {
     if (settings.fixed) {
-      const filters::Extents extents{shape.in.width, shape.in.height};
-      FixedPlaneFilter fixed(settings, extents, IsComplex<T>::value);
-      shape.isWhole = true;
-      const PlaneRun<T> run = [&fixed](auto in, auto out) { fixed.run<T>(in, out); };
-      const PlaneMaker<T> make = [&run](const filters::Extents&, const filters::Rectangle&) { return run; };
-      counts = filterFile(reader, *makeBandFilter<T>(shape, make, store), shape, files);
+      // Rows that several bands need would be counted several times where a first pass filters them.
+      shape.isWhole = settings.isSeparable() || settings.options.normalise != filters::Normalisation::none;
+      FixedPlaneFilters fixed(
+          [&settings](const PlanePart& part) { return FixedPlaneFilter(settings, part, IsComplex<T>::value); });
+      counts = filterFile(reader, *makeBandFilter<T>(shape, fixed.maker<T>(), store), shape, files);
       return fixed.table();
     }
   }
-  const PlaneMaker<T> make = [&](const filters::Extents& extents, const filters::Rectangle& region) {
-    return makePlaneFilter<T>(settings, extents, region);
-  };
+  const PlaneMaker<T> make = [&settings](const PlanePart& part) { return makePlaneFilter<T>(settings, part); };
   counts = filterFile(reader, *makeBandFilter<T>(shape, make, store), shape, files);
   return {};
 }
@@ -178,7 +175,9 @@ std::string detailsWith(const std::string& kernels, bool canNormalise) {
          "rule "
          "of the pad, 0 with a constant one. The pages of a stack are filtered one by one. Arrays have one dimension "
          "or "
-         "two, the last axis going across, or axes that --axes names.\n\n" +
+         "two, the last axis going across, or axes that --axes names.\n" +
+         memoryDetails() +
+         " Fixed point holds a page of the picture in memory where sums are normalised or filters are separable.\n\n" +
          formatDetails();
 }
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tool/checksum.h"
+#include "tool/file.h"
 #include "tool/messages.h"
 #include "tool/option_values.h"
 #include "tool/stream_filter.h"
@@ -52,6 +53,12 @@ std::vector<Option> streamOptions() {
   options.push_back(
       {.name = "--quiet", .meaning = "Does not say what was clipped, rounded or dropped", .shortName = 'q'});
   return options;
+}
+
+std::string memoryDetails() {
+  return "\nPictures of any size are read, filtered and written in bands. With the pad circular, a picture that does "
+         "not "
+         "fit the memory is read twice, which a pipe cannot be.";
 }
 
 StreamSettings streamSettings(const Values& values) {
@@ -103,8 +110,9 @@ SampleCounts filterFile(RowReader& reader, BandFilter& filter, const BandShape& 
   const std::unique_ptr<RowWriter> writer = createPicture(files.open(settings.out), shape.out, settings.write, workers);
   std::optional<Checksum> checksum;
   if (settings.write.hasChecksum) checksum.emplace(shape.out);
-  const SampleCounts counts =
-      streamFilter(reader, *writer, filter, shape, {settings.memory, workers, checksum ? &*checksum : nullptr});
+  StreamMeans means{settings.memory, workers, checksum ? &*checksum : nullptr};
+  if (!isStream(settings.in)) means.reopen = [&settings] { return openInput(settings); };
+  const SampleCounts counts = streamFilter(reader, *writer, filter, shape, means);
   files.commit();
   if (checksum) printChecksum(settings.out, checksum->text());
   if (!settings.isQuiet) tellLost(settings.out, shape.in.tags, shape.out.format);

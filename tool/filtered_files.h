@@ -17,6 +17,9 @@ std::vector<Option> fileOptions();
 /// How files are read and written: `--axes`, `--format`, `--compression`, `--memory`, `--threads` and `--quiet`.
 std::vector<Option> streamOptions();
 
+/// The part of a usage text about bands.
+std::string memoryDetails();
+
 /// The values of these options.
 struct StreamSettings {
   std::string in;

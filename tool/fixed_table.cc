@@ -23,6 +23,19 @@ std::string tableLine(const std::string& label, const std::string& type, const s
 
 }  // namespace
 
+void addStatistics(std::vector<filters::FixedStatistics>& all, const filters::FixedStatistics& more) {
+  const auto sum = std::ranges::find(all, more.label, &filters::FixedStatistics::label);
+  if (sum == all.end()) {
+    all.push_back(more);
+    return;
+  }
+  sum->casts += more.casts;
+  sum->overflows += more.overflows;
+  sum->lossy += more.lossy;
+  sum->minimum = std::min(sum->minimum, more.minimum);
+  sum->maximum = std::max(sum->maximum, more.maximum);
+}
+
 std::string textOrExact(const std::optional<filters::FixedType>& type) {
   return type ? filters::toText(*type) : "exact";
 }

@@ -17,6 +17,9 @@ using FixedRows = std::vector<std::pair<std::string, std::string>>;
 /// value. Empty without such a line.
 std::string fixedTable(const FixedRows& rows, const std::vector<filters::FixedStatistics>& all);
 
+/// Adds the counts to those of the same label in `all`.
+void addStatistics(std::vector<filters::FixedStatistics>& all, const filters::FixedStatistics& more);
+
 /// The type as it is written, or "exact" without one.
 std::string textOrExact(const std::optional<filters::FixedType>& type);
 

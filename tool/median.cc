@@ -73,11 +73,11 @@ void checkWhole(ArrayView<const double> plane, ElementType type) {
 /// Medians in the type Work.
 template <class Work>
 PlaneMaker<Work> makerOf(const MedianSettings& settings, ElementType type) {
-  return [settings, type](const Extents& extents, const filters::Rectangle& region) -> PlaneRun<Work> {
+  return [settings, type](const PlanePart& part) -> PlaneRun<Work> {
     const EdgeSettings& edges = settings.edges;
     const auto median = std::make_shared<filters::Median<Work>>(
-        Extents{settings.width, settings.height}, extents,
-        filters::MedianOptions{.mode = edges.mode, .pad = edges.pad, .region = region});
+        Extents{settings.width, settings.height}, part.extents,
+        filters::MedianOptions{.mode = edges.mode, .pad = edges.pad, .region = part.region});
     const bool isLong = sizeOf(type) == 8 && isWhole(type);
     return [=](ArrayView<const Work> in, ArrayView<Work> out) {
       if constexpr (std::is_same_v<Work, double>) {
@@ -123,6 +123,13 @@ std::unique_ptr<BandFilter> makeMedianFilter(const BandShape& shape, const Media
     if constexpr (IsComplex<Sample>::value) {
       throw std::logic_error("complex elements have no median");
     } else {
+      if constexpr (filters::StoredInteger<Sample>) {
+        const bool isOdd = settings.width % 2 == 1 && settings.height % 2 == 1;
+        if (isOdd) {
+          return makeBandFilter<Sample>(shape, makerOf<Sample>(settings, in.type),
+                                        storeOf<Sample, Sample>(in.channels, false));
+        }
+      }
       // The type in which the median of these samples is exact.
       using Work = std::conditional_t<std::is_integral_v<Sample>,
                                       std::conditional_t<sizeof(Sample) <= 2, float, double>, Sample>;
@@ -131,15 +138,17 @@ std::unique_ptr<BandFilter> makeMedianFilter(const BandShape& shape, const Media
   });
 }
 
-FixedPlaneFilter makeFixedMedian(const BandShape& shape, const MedianSettings& settings) {
-  refuseComplex(shape.in.type);
+FixedPlaneFilters::Maker fixedMedianMaker(const PictureHeader& in, const MedianSettings& settings) {
+  refuseComplex(in.type);
   const EdgeSettings& edges = settings.edges;
   constexpr double maxDouble = std::numeric_limits<double>::max();
   checkPad(edges, {-maxDouble, maxDouble, false}, "values in fixed point");
   checkFixedPad(edges.mode, edges.pad, settings.fixed->input);
-  filters::FixedMedian median({settings.width, settings.height}, {shape.in.width, shape.in.height}, *settings.fixed,
-                              {.mode = edges.mode, .pad = edges.pad});
-  return {std::move(median), *settings.fixed};
+  return [settings](const PlanePart& part) -> FixedPlaneFilter {
+    filters::FixedMedian median({settings.width, settings.height}, part.extents, *settings.fixed,
+                                {.mode = settings.edges.mode, .pad = settings.edges.pad, .region = part.region});
+    return {std::move(median), *settings.fixed, part};
+  };
 }
 
 }  // namespace BP::tool

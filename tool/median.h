@@ -22,16 +22,16 @@ struct MedianSettings {
 /// The median of each colour channel; the type of the samples stays.
 ///
 /// Grey of one bit is filtered as `bool` and stays bilevel: a tie gives white, and a pad value is 0 or 1. `float`,
-/// `double` and `bool` are filtered in their own type. Whole numbers are filtered as `float` (up to 16 bits) or
-/// `double`, which represent them and the mean of two exactly. A mean that is no whole number is rounded once, ties to
-/// even, and counted as rounded.
+/// `double` and `bool` are filtered in their own type, and so are whole numbers of up to 32 bits in windows of an odd
+/// number of values. Other whole numbers are filtered as `float` (up to 16 bits) or `double`, which represent them and
+/// the mean of two exactly. A mean that is no whole number is rounded once, ties to even, and counted as rounded.
 ///
 /// Throws `std::runtime_error` for complex samples and a pad value that is no sample. The filter throws it for whole
 /// numbers beyond -2^52 to 2^52.
 std::unique_ptr<BandFilter> makeMedianFilter(const BandShape& shape, const MedianSettings& settings);
 
-/// A median in fixed point for planes of a picture's extents. Throws `std::runtime_error` for complex samples, for a
-/// pad value that is no value of the input's type, and for types that do not fit.
-FixedPlaneFilter makeFixedMedian(const BandShape& shape, const MedianSettings& settings);
+/// Makes medians in fixed point. Throws `std::runtime_error` for complex samples, for a pad value that is no value of
+/// the input's type, and for types that do not fit.
+FixedPlaneFilters::Maker fixedMedianMaker(const PictureHeader& in, const MedianSettings& settings);
 
 }  // namespace BP::tool

@@ -41,14 +41,11 @@ void checkWindow(const PictureHeader& in, const std::string& window) {
 }
 
 /// Filters the file in fixed point; returns the table of values.
-std::string runFixed(RowReader& reader, BandShape& shape, const MedianSettings& settings, const StreamSettings& files,
-                     SampleCounts& counts) {
-  FixedPlaneFilter fixed = makeFixedMedian(shape, settings);
-  shape.isWhole = true;
-  const PlaneRun<double> run = [&fixed](auto in, auto out) { fixed.run<double>(in, out); };
-  const auto filter = makeBandFilter<double>(
-      shape, [&run](const filters::Extents&, const filters::Rectangle&) { return run; },
-      makeStore<double>(shape.out.type, shape.out.channels, {}));
+std::string runFixed(RowReader& reader, const BandShape& shape, const MedianSettings& settings,
+                     const StreamSettings& files, SampleCounts& counts) {
+  FixedPlaneFilters fixed(fixedMedianMaker(shape.in, settings));
+  const auto filter =
+      makeBandFilter<double>(shape, fixed.maker<double>(), makeStore<double>(shape.out.type, shape.out.channels, {}));
   counts = filterFile(reader, *filter, shape, files);
   return fixed.table();
 }
@@ -109,14 +106,16 @@ std::string details() {
          "Even windows: the mean of the two values in the middle.\n"
          "\nThe type of the samples stays. Grey of 1 bit is filtered as true and false: a tie gives white, V of the "
          "pad is "
-         "0 or 1, and the output has 1 bit too (8 with alpha). Other whole numbers go through float (8 and 16 bits) or "
-         "double (32 and 64 bits, those from -2^52 to 2^52), which hold them and the mean of two exactly; a mean that "
-         "ends in .5 is rounded once, to the even neighbour. Complex elements have no order and no median.\n"
+         "0 or 1, and the output has 1 bit too (8 with alpha). Other whole numbers have exact medians, those of 64 "
+         "bits "
+         "from -2^52 to 2^52; a mean of two that ends in .5 is rounded once, to the even neighbour. Complex elements "
+         "have no order and no median.\n"
          "\nAlpha is not filtered: outputs have that of the pixel under the window's middle, beyond the edge by the "
          "rule "
          "of the pad, 0 with a constant one. The pages of a stack are filtered one by one. Arrays have one dimension "
          "or "
-         "two, the last axis going across, or axes that --axes names.\n\n" +
+         "two, the last axis going across, or axes that --axes names.\n" +
+         memoryDetails() + "\n\n" +
          fixedDetails("input=s16.14,accumulator=s18.15,output=u8.0,rounding=nearest,overflow=saturate",
                       "Medians go through the\naccumulator, where the mean of two is taken; without one it is exact. "
                       "Without output that is as input") +

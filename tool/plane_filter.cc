@@ -2,8 +2,7 @@
 
 #include <algorithm>
 #include <memory>
-#include <optional>
-#include <stdexcept>
+#include <type_traits>
 #include <utility>
 
 #include "orvane/filters/convolution.h"
@@ -41,27 +40,25 @@ std::string explained(const std::string& what, filters::FixedPath path) {
 }  // namespace
 
 template <class T>
-PlaneRun<T> makePlaneFilter(const FilterSettings& settings, const Extents& extents, const filters::Rectangle& region) {
+PlaneRun<T> makePlaneFilter(const FilterSettings& settings, const PlanePart& part) {
   filters::ConvolutionOptions options = settings.options;
-  options.region = region;
+  options.region = part.region;
   using Real = filters::RealOf<T>;
   const FilterKernel& kernel = settings.kernels.front();
   if (settings.isSeparable()) {
     const FilterKernel& column = settings.kernels.back();
     const auto across = elementsOf<Real>(kernel, lineExtents(kernel));
     const auto down = elementsOf<Real>(column, lineExtents(column));
-    return shared<T>(filters::SeparableConvolution<T, Real>(across, down, extents, options));
+    return shared<T>(filters::SeparableConvolution<T, Real>(across, down, part.extents, options));
   }
   const auto elements = elementsOf<Real>(kernel, planeExtents(kernel));
-  return shared<T>(filters::Convolution<T, Real>(elements, extents, options));
+  return shared<T>(filters::Convolution<T, Real>(elements, part.extents, options));
 }
 
-template PlaneRun<float> makePlaneFilter(const FilterSettings&, const Extents&, const filters::Rectangle&);
-template PlaneRun<double> makePlaneFilter(const FilterSettings&, const Extents&, const filters::Rectangle&);
-template PlaneRun<std::complex<float>> makePlaneFilter(const FilterSettings&, const Extents&,
-                                                       const filters::Rectangle&);
-template PlaneRun<std::complex<double>> makePlaneFilter(const FilterSettings&, const Extents&,
-                                                        const filters::Rectangle&);
+template PlaneRun<float> makePlaneFilter(const FilterSettings&, const PlanePart&);
+template PlaneRun<double> makePlaneFilter(const FilterSettings&, const PlanePart&);
+template PlaneRun<std::complex<float>> makePlaneFilter(const FilterSettings&, const PlanePart&);
+template PlaneRun<std::complex<double>> makePlaneFilter(const FilterSettings&, const PlanePart&);
 
 template <class Filter>
 void FixedPlaneFilter::hold(Filter made) {
@@ -70,10 +67,12 @@ void FixedPlaneFilter::hold(Filter made) {
   statistics = [held] { return held->statistics(); };
 }
 
-FixedPlaneFilter::FixedPlaneFilter(const FilterSettings& chosen, const Extents& extents, bool isComplex)
-    : inputType(chosen.fixed->types.input), modes(chosen.fixed->types.modes) {
+FixedPlaneFilter::FixedPlaneFilter(const FilterSettings& chosen, const PlanePart& planePart, bool isComplex)
+    : part(planePart), inputType(chosen.fixed->types.input), modes(chosen.fixed->types.modes) {
   filters::FixedTypes types = chosen.fixed->types;
   types.inputIsComplex = isComplex;
+  filters::ConvolutionOptions options = chosen.options;
+  options.region = part.region;
   checkFixedPad(chosen.options.mode, chosen.options.pad, types.input);
   const filters::FixedType& filterType = chosen.fixed->filter;
   rows = {{"input", filters::toText(types.input)},
@@ -89,20 +88,22 @@ FixedPlaneFilter::FixedPlaneFilter(const FilterSettings& chosen, const Extents& 
   if (chosen.isSeparable()) {
     const FilterKernel& column = chosen.kernels.back();
     filters::FixedSeparableConvolution made(cast(kernel, lineExtents(kernel), filterType),
-                                            cast(column, lineExtents(column), filterType), extents, types,
-                                            chosen.options);
+                                            cast(column, lineExtents(column), filterType), part.extents, types,
+                                            options);
     explanation = explained("first pass", made.firstPath()) + explained("second pass", made.secondPath());
     hold(std::move(made));
   } else {
-    filters::FixedConvolution made(cast(kernel, planeExtents(kernel), filterType), extents, types, chosen.options);
+    filters::FixedConvolution made(cast(kernel, planeExtents(kernel), filterType), part.extents, types, options);
     explanation = explained("sums", made.path());
     hold(std::move(made));
   }
   if (!chosen.explains) explanation.clear();
 }
 
-FixedPlaneFilter::FixedPlaneFilter(filters::FixedMedian median, const filters::FixedMedianTypes& types)
+FixedPlaneFilter::FixedPlaneFilter(filters::FixedMedian median, const filters::FixedMedianTypes& types,
+                                   const PlanePart& planePart)
     : rows{{"input", filters::toText(types.input)}, {"output", filters::toText(types.output.value_or(types.input))}},
+      part(planePart),
       inputType(types.input),
       modes(types.modes) {
   hold(std::move(median));
@@ -115,7 +116,17 @@ filters::FixedArray FixedPlaneFilter::cast(const FilterKernel& kernel, const Ext
 
 template <class T>
 void FixedPlaneFilter::run(filters::ArrayView<const T> plane, filters::ArrayView<T> output) {
-  const filters::FixedArray result = filter(filters::quantise(plane, inputType, modes, &inputStatistics));
+  filters::FixedArray input(plane.extents(), inputType, !std::is_same_v<T, double>);
+  const std::int64_t endOwn = part.firstOwn + part.ownRows, width = plane.extents()[0];
+  const auto castRows = [&](std::int64_t first, std::int64_t end, filters::FixedStatistics* counts) {
+    if (first >= end) return;
+    const Extents start{0, first}, rowExtents{width, end - first};
+    filters::quantiseInto(plane.subview(start, rowExtents), input.subview(start, rowExtents), modes, counts);
+  };
+  castRows(0, part.firstOwn, nullptr);
+  castRows(part.firstOwn, endOwn, &inputStatistics);
+  castRows(endOwn, plane.extents()[1], nullptr);
+  const filters::FixedArray result = filter(input);
   if constexpr (std::is_same_v<T, double>) {
     std::ranges::copy(filters::toDouble(result), output.data());
   } else {
@@ -127,10 +138,34 @@ template void FixedPlaneFilter::run(filters::ArrayView<const double>, filters::A
 template void FixedPlaneFilter::run(filters::ArrayView<const std::complex<double>>,
                                     filters::ArrayView<std::complex<double>>);
 
-std::string FixedPlaneFilter::table() const {
+std::vector<filters::FixedStatistics> FixedPlaneFilter::allStatistics() const {
   std::vector<filters::FixedStatistics> all = statistics();
   all.insert(all.end(), {inputStatistics, filterStatistics});
-  return explanation + fixedTable(rows, all);
+  return all;
+}
+
+template <class T>
+PlaneMaker<T> FixedPlaneFilters::maker() {
+  return [this](const PlanePart& part) -> PlaneRun<T> {
+    auto filter = std::make_unique<FixedPlaneFilter>(make(part));
+    const std::lock_guard lock(mutex);
+    FixedPlaneFilter& kept = *made.emplace_back(std::move(filter));
+    return [&kept](filters::ArrayView<const T> in, filters::ArrayView<T> out) { kept.run<T>(in, out); };
+  };
+}
+
+template PlaneMaker<double> FixedPlaneFilters::maker();
+template PlaneMaker<std::complex<double>> FixedPlaneFilters::maker();
+
+std::string FixedPlaneFilters::table() const {
+  if (made.empty()) return {};
+  std::vector<filters::FixedStatistics> all = made.front()->allStatistics();
+  for (std::size_t i = 1; i < made.size(); ++i) {
+    for (const filters::FixedStatistics& more : made[i]->allStatistics()) {
+      if (more.label != "filter") addStatistics(all, more);  // all filters cast the same kernel
+    }
+  }
+  return made.front()->howSumsRun() + fixedTable(made.front()->types(), all);
 }
 
 }  // namespace BP::tool

@@ -61,7 +61,8 @@ Image filtered(const Image& image, const FilterSettings& settings, const SampleS
   Image result = image;
   result.isBilevel = false;
   const filters::Extents extents{image.width, image.height};
-  const PlaneRun<double> run = makePlaneFilter<double>(settings, extents, {0, 0, image.width, image.height});
+  const PlaneRun<double> run =
+      makePlaneFilter<double>(settings, {extents, {0, 0, image.width, image.height}, 0, image.height});
   filters::Array<double> in(extents), out(extents);
   SampleCounts counts;
   const auto channels = static_cast<std::size_t>(image.channels);

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "tool/page_rows.h"
 #include "tool/progress.h"
 
 namespace BP::tool {
@@ -23,25 +24,30 @@ struct DoneBand {
   SampleCounts counts;
 };
 
-/// The height of bands of one page.
-std::int64_t rowsPerBand(const BandShape& shape, const BandFilter& filter, std::size_t memory, const Workers& workers) {
-  if (shape.isWhole) return shape.out.height;
+/// Bytes for each row while bands are under way.
+std::size_t bytesOfRow(const BandShape& shape, const BandFilter& filter, const Workers& workers) {
   const std::size_t width = static_cast<std::size_t>(std::max(shape.in.width, shape.out.width));
   const std::size_t underWay = workers.count() + 2;
   const std::size_t plane = width * filter.bytesPerColumn();
   const std::size_t row = underWay * (shape.in.rowBytes() + shape.out.rowBytes()) + workers.count() * plane;
-  const std::int64_t most = bandRows(shape.in.height, shape.window, std::max<std::size_t>(1, row), memory);
+  return std::max<std::size_t>(1, row);
+}
+
+/// The height of bands that are not a whole page.
+std::int64_t rowsPerBand(const BandShape& shape, const BandFilter& filter, std::size_t rowBytes, std::size_t memory) {
+  const std::int64_t most = bandRows(shape.in.height, shape.window, rowBytes, memory);
   // Bands beyond the size of caches gain nothing, and with few bands workers have nothing to do.
   constexpr std::size_t cached = std::size_t{1} << 22;
-  const std::int64_t suitable =
-      std::max<std::int64_t>(4 * shape.window.height, static_cast<std::int64_t>(cached / plane));
+  const std::size_t width = static_cast<std::size_t>(std::max(shape.in.width, shape.out.width));
+  const std::int64_t suitable = std::max<std::int64_t>(
+      4 * shape.window.height, static_cast<std::int64_t>(cached / (width * filter.bytesPerColumn())));
   return std::clamp<std::int64_t>(suitable, 1, most);
 }
 
 /// The rows of the input that bands need, one after the other.
 class RowWindow {
  public:
-  RowWindow(RowReader& rowReader, std::size_t bytes) : reader(rowReader), rowBytes(bytes) {}
+  RowWindow(PageRows& pageRows, std::size_t bytes) : page(pageRows), rowBytes(bytes), first(page.first()) {}
 
   /// The input rows of `band`, which does not begin before the last one.
   Rows take(const Band& band) {
@@ -52,7 +58,7 @@ class RowWindow {
       std::memcpy(rows.data(), held.data() + static_cast<std::size_t>(band.firstIn - first) * rowBytes,
                   static_cast<std::size_t>(kept) * rowBytes);
     }
-    if (band.inRows > kept) reader.read(rows.data() + static_cast<std::size_t>(kept) * rowBytes, band.inRows - kept);
+    if (band.inRows > kept) page.read(rows.data() + static_cast<std::size_t>(kept) * rowBytes, band.inRows - kept);
     return rows;
   }
 
@@ -65,19 +71,19 @@ class RowWindow {
   }
 
  private:
-  RowReader& reader;
+  PageRows& page;
   std::size_t rowBytes;
   Rows held;
-  std::int64_t first = 0;
+  std::int64_t first;
   std::int64_t count = 0;
 };
 
 /// Filters pages, with some bands under way at any time.
 class Stream {
  public:
-  Stream(RowReader& rowReader, RowWriter& rowWriter, BandFilter& bandFilter, const BandShape& bandShape,
+  Stream(PageRows& pageRows, RowWriter& rowWriter, BandFilter& bandFilter, const BandShape& bandShape,
          const StreamMeans& means)
-      : reader(rowReader),
+      : page(pageRows),
         writer(rowWriter),
         filter(bandFilter),
         shape(bandShape),
@@ -93,16 +99,15 @@ class Stream {
   Stream& operator=(const Stream&) = delete;
 
   void filterPage(const std::vector<Band>& bands) {
-    RowWindow window(reader, shape.in.rowBytes());
-    std::int64_t readRows = 0;
+    page.beginPage();
+    RowWindow window(page, shape.in.rowBytes());
     for (std::size_t i = 0; i < bands.size(); ++i) {
       const Band& band = bands[i];
       const auto rows = std::make_shared<const Rows>(window.take(band));
-      readRows = std::max(readRows, band.firstIn + band.inRows);
       if (i + 1 < bands.size()) window.keep(band, *rows, bands[i + 1].firstIn);
       give(band, rows);
     }
-    skip(shape.in.height - readRows);
+    page.endPage();
   }
 
   SampleCounts finish() {
@@ -133,13 +138,7 @@ class Stream {
     progress.done(written);
   }
 
-  /// Reads rows that no output needs.
-  void skip(std::int64_t count) {
-    Rows unused(shape.in.rowBytes());
-    for (; count > 0; --count) reader.read(unused.data(), 1);
-  }
-
-  RowReader& reader;
+  PageRows& page;
   RowWriter& writer;
   BandFilter& filter;
   const BandShape& shape;
@@ -151,15 +150,35 @@ class Stream {
   std::int64_t written = 0;
 };
 
+/// Filters all pages in bands of up to `rows` output rows.
+SampleCounts filterPages(PageRows& page, RowWriter& writer, BandFilter& filter, const BandShape& shape,
+                         const StreamMeans& means, std::int64_t rows) {
+  const std::vector<Band> bands = bandsOf(shape.in.height, shape.window, rows, page.isWrapped());
+  Stream stream(page, writer, filter, shape, means);
+  for (std::int64_t i = 0; i < shape.in.pages; ++i) stream.filterPage(bands);
+  return stream.finish();
+}
+
+/// The pages of a picture as they are, or wrapped where both of their ends are needed and do not fit the memory.
+PageRows pagesOf(RowReader& reader, const BandShape& shape, const StreamMeans& means, std::size_t rowBytes) {
+  const Window& window = shape.window;
+  const bool fits = shape.in.height <= static_cast<std::int64_t>(means.memory / (2 * rowBytes));
+  if (shape.isWhole || fits || !needsBothEnds(window)) return PageRows(reader);
+  const bool isRepeatable = means.reopen && window.height <= shape.in.height;
+  if (isRepeatable) return PageRows(reader, means.reopen(), window);
+  checkMemory(shape.in.height, rowBytes, means.memory, "a circular pad");
+  return PageRows(reader);
+}
+
 }  // namespace
 
 SampleCounts streamFilter(RowReader& reader, RowWriter& writer, BandFilter& filter, const BandShape& shape,
                           const StreamMeans& means) {
-  const std::vector<Band> bands =
-      bandsOf(shape.in.height, shape.window, rowsPerBand(shape, filter, means.memory, means.workers));
-  Stream stream(reader, writer, filter, shape, means);
-  for (std::int64_t page = 0; page < shape.in.pages; ++page) stream.filterPage(bands);
-  const SampleCounts counts = stream.finish();
+  const std::size_t rowBytes = bytesOfRow(shape, filter, means.workers);
+  PageRows page = pagesOf(reader, shape, means, rowBytes);
+  const bool isWhole = shape.isWhole || (needsBothEnds(shape.window) && !page.isWrapped());
+  const std::int64_t rows = isWhole ? shape.out.height : rowsPerBand(shape, filter, rowBytes, means.memory);
+  const SampleCounts counts = filterPages(page, writer, filter, shape, means, rows);
   reader.finish();
   writer.finish();
   return counts;

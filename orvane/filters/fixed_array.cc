@@ -4,6 +4,8 @@
 #include <limits>
 #include <new>
 #include <stdexcept>
+#include <type_traits>
+#include <vector>
 
 #include "orvane/filters/checks.h"
 #include "orvane/filters/fixed_values.h"
@@ -37,23 +39,38 @@ DSPDataAttributesHandle plainHandle(const FixedType& type, bool isComplex, const
 }
 
 template <class T>
-FixedArray quantiseAll(const ArrayView<const T>& values, const FixedType& type, const FixedModes& modes,
-                       FixedStatistics* statistics) {
+void quantiseAll(const ArrayView<const T>& values, const MutableFixedView& output, const FixedModes& modes,
+                 FixedStatistics* statistics) {
   constexpr bool isComplex = !std::is_same_v<T, double>;
   checkValues(values.data(), values.layout(), isComplex);
-  FixedArray result(values.extents(), type, isComplex);
+  detail::checkedContainerBits("output", output.type());
+  detail::checkFixed("output", output, {"output", output.type(), {}, {}, isComplex}, values.extents());
+  std::vector<std::ptrdiff_t> lines;
+  output.layout().forEachLine([&](std::ptrdiff_t first, std::ptrdiff_t) { lines.push_back(first); });
+  const std::int64_t width = values.extents()[0];
   brekk::BrekkAdaptorTolk adaptor;
-  const auto fixed = detail::makeAlias(plainHandle(type, isComplex, modes, &adaptor), result.data());
-  forEachElement(values.layout(), [&](std::ptrdiff_t from, std::ptrdiff_t to) {
-    const T& value = values.data()[from];
-    Fixpt& element = (*fixed)[static_cast<int>(to)];
-    if constexpr (isComplex) {
-      element.setComplex(value.real(), value.imag());
-    } else {
-      element = value;
+  const auto fixed = detail::makeAlias(plainHandle(output.type(), isComplex, modes, &adaptor), output.data());
+  values.layout().forEachLine([&](std::ptrdiff_t first, std::ptrdiff_t number) {
+    for (std::int64_t i = 0; i < width; ++i) {
+      const T& value = values.data()[first + i];
+      Fixpt& element = (*fixed)[static_cast<int>(lines[static_cast<std::size_t>(number)] + i)];
+      if constexpr (isComplex) {
+        element.setComplex(value.real(), value.imag());
+      } else {
+        element = value;
+      }
     }
   });
   if (statistics != nullptr) detail::addCounts(*fixed->takeProperties()->getLogStruct(), *statistics);
+}
+
+template <class T>
+FixedArray quantised(const ArrayView<const T>& values, const FixedType& type, const FixedModes& modes,
+                     FixedStatistics* statistics) {
+  constexpr bool isComplex = !std::is_same_v<T, double>;
+  checkValues(values.data(), values.layout(), isComplex);
+  FixedArray result(values.extents(), type, isComplex);
+  quantiseAll(values, result.view(), modes, statistics);
   return result;
 }
 
@@ -132,12 +149,22 @@ FixedArray::FixedArray(const FixedView& view) : FixedArray(view.extents(), view.
 
 FixedArray quantise(ArrayView<const double> values, const FixedType& type, const FixedModes& modes,
                     FixedStatistics* statistics) {
-  return quantiseAll(values, type, modes, statistics);
+  return quantised(values, type, modes, statistics);
 }
 
 FixedArray quantise(ArrayView<const std::complex<double>> values, const FixedType& type, const FixedModes& modes,
                     FixedStatistics* statistics) {
-  return quantiseAll(values, type, modes, statistics);
+  return quantised(values, type, modes, statistics);
+}
+
+void quantiseInto(ArrayView<const double> values, const MutableFixedView& output, const FixedModes& modes,
+                  FixedStatistics* statistics) {
+  quantiseAll(values, output, modes, statistics);
+}
+
+void quantiseInto(ArrayView<const std::complex<double>> values, const MutableFixedView& output, const FixedModes& modes,
+                  FixedStatistics* statistics) {
+  quantiseAll(values, output, modes, statistics);
 }
 
 Array<double> toDouble(const FixedView& values) {

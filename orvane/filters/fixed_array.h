@@ -176,6 +176,13 @@ ORVANE_API FixedArray quantise(ArrayView<const double> values, const FixedType& 
 ORVANE_API FixedArray quantise(ArrayView<const std::complex<double>> values, const FixedType& type,
                                const FixedModes& modes = {}, FixedStatistics* statistics = nullptr);
 
+/// The same, into an array that is there, of the values' extents and of the type of the view. Throws
+/// `std::invalid_argument` also if the extents differ, or the view is complex and the values are not, or reverse.
+ORVANE_API void quantiseInto(ArrayView<const double> values, const MutableFixedView& output,
+                             const FixedModes& modes = {}, FixedStatistics* statistics = nullptr);
+ORVANE_API void quantiseInto(ArrayView<const std::complex<double>> values, const MutableFixedView& output,
+                             const FixedModes& modes = {}, FixedStatistics* statistics = nullptr);
+
 /// The values of a real array, each as the nearest `double`. Throws `std::invalid_argument` for a complex array, null
 /// data, or a type out of range.
 ORVANE_API Array<double> toDouble(const FixedView& values);
