@@ -86,8 +86,8 @@ MatchInput readMatchInput(const std::string& path, bool allowsWhole, bool wantsP
     return {greyOf(image), wantsPicture ? pictureOf(image) : Image(), image.bitDepth};
   }
   Array array = readArray(*reader);
-  if (!allowsWhole) checkType(array, inQuotes(path));
   checkExtents(array, inQuotes(path));
+  if (!allowsWhole) checkType(array, inQuotes(path));
   Image picture = wantsPicture ? pictureOf(array) : Image();
   return {std::move(array), std::move(picture), 0};
 }

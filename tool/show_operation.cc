@@ -13,10 +13,11 @@
 #include "tool/kernel.h"
 #include "tool/operations.h"
 #include "tool/option_values.h"
-#include "tool/picture_file.h"
+#include "tool/output_files.h"
 #include "tool/plane_filter.h"
 #include "tool/plane_store.h"
 #include "tool/sheet.h"
+#include "tool/shown_picture.h"
 #include "tool/text.h"
 
 namespace BP::tool {
@@ -142,10 +143,10 @@ int run(const Values& values) {
                       .mode = filters::OutputMode::same,
                       .pad = {pad.row->pad, pad.value.real()}};
   const SampleScaling scaling{numberOf(values, "--scale-output"), numberOf(values, "--offset")};
-  const Image before = readImage(values["IN"]).image;
+  const auto [before, note] = readShown(values["IN"]);
   const Image after = filtered(before, settings, scaling);
   std::vector<SheetPicture> pictures = kernelPictures(settings.kernels.front());
-  const std::string size = std::to_string(before.width) + " x " + std::to_string(before.height) + " pixels.";
+  const std::string size = std::to_string(before.width) + " x " + std::to_string(before.height) + " pixels. " + note;
   pictures.push_back({"Before", size, reduced(before)});
   pictures.push_back({"After", "Convolved; beyond the edge: " + values["--pad"] + ".", reduced(after)});
   const std::string page = sheetPage("What " + values["--kernel"] + " does to " + legible(values["IN"]),
@@ -160,25 +161,27 @@ int run(const Values& values) {
 }  // namespace
 
 Operation showOperation() {
-  return {.name = "show",
-          .summary = "Shows what a kernel does to a picture, on a page for the browser",
-          .options = {{.name = "IN", .meaning = "Picture of 8 or 16 bits", .isRequired = true},
-                      {.name = "OUT", .meaning = "HTML page to write", .isRequired = true},
-                      {.name = "--kernel",
-                       .meaning = "The filter, see below",
-                       .form = "KERNEL",
-                       .defaultValue = "gaussian:2",
-                       .shortName = 'k'},
-                      kernelScaleOption(),
-                      padOption("What is read beyond the edge", "replicate"),
-                      numberOption("--scale-output", "Multiplies each sum", "1"),
-                      numberOption("--offset", "Added to each scaled sum", "0")},
-          .details =
-              "The page has the kernel as a heat map, its frequency response, the picture before and after, and a "
-              "histogram of the difference. It needs no other file.\nKernels:\n" +
-              kernelForms(),
-          .example = "show photo.png sheet.html --kernel log:2 --offset 128",
-          .run = run};
+  return {
+      .name = "show",
+      .summary = "Shows what a kernel does to a picture, on a page for the browser",
+      .options = {{.name = "IN", .meaning = "Picture; of a stack the first page is shown", .isRequired = true},
+                  {.name = "OUT", .meaning = "HTML page to write", .isRequired = true},
+                  {.name = "--kernel",
+                   .meaning = "The filter, see below",
+                   .form = "KERNEL",
+                   .defaultValue = "gaussian:2",
+                   .shortName = 'k'},
+                  kernelScaleOption(),
+                  padOption("What is read beyond the edge", "replicate"),
+                  numberOption("--scale-output", "Multiplies each sum", "1"),
+                  numberOption("--offset", "Added to each scaled sum", "0")},
+      .details =
+          "The page has the kernel as a heat map, its frequency response, the picture before and after, and a "
+          "histogram of the difference. It needs no other file. Samples that are no whole numbers of 8 or 16 bits are "
+          "spread over 16 bits first.\nKernels:\n" +
+          kernelForms(),
+      .example = "show photo.png sheet.html --kernel log:2 --offset 128",
+      .run = run};
 }
 
 }  // namespace BP::tool

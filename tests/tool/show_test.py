@@ -8,6 +8,7 @@ import unittest
 import numpy
 from command_case import CommandCase
 from PIL import Image
+from tiff_case import tiff
 
 
 class ShowTest(CommandCase):
@@ -32,6 +33,17 @@ class ShowTest(CommandCase):
         brightness = pictures[1].sum(2).ravel()[order]
         self.assertGreater(numpy.diff(brightness).min(), -3)  # each channel is rounded
         self.assertEqual(pictures[1][64, 64].tolist(), [255, 250, 190])
+
+    def test_sheet_of_numbers_and_of_stacks(self):
+        numpy.save(self.folder / "in.npy", numpy.array([[-1.5, 2.5, numpy.nan], [0.5, numpy.inf, -numpy.inf]]))
+        (self.folder / "in.tif").write_bytes(tiff(numpy.full((3, 4, 1), 7, "u1"), numpy.full((3, 4, 1), 9, "u1")))
+        for name, note, samples in (("in.npy", "from -1.5 to 2.5", [[0, 65535, 0], [32768, 65535, 0]]),
+                                    ("in.tif", "first of 2 pages", numpy.full((3, 4), 7))):
+            self.succeed("show", name, "sheet.html", "-k", "1")
+            page = (self.folder / "sheet.html").read_text()
+            self.assertIn(note, page)
+            before = re.findall(r"base64,([^\"]+)", page)[2]
+            numpy.testing.assert_array_equal(numpy.array(Image.open(io.BytesIO(base64.b64decode(before)))), samples)
 
     def test_overlay_of_a_comparison(self):
         first = self.random_image(30, 20)
