@@ -1,11 +1,6 @@
 # Tests of the command, written for Python's unittest.
 
-# Debian's Python is the one that has Debian's packages; another may come first on the path.
-find_program(ORVANE_PYTHON NAMES python3 PATHS /usr/bin NO_DEFAULT_PATH)
-if(NOT ORVANE_PYTHON)
-  find_package(Python3 REQUIRED COMPONENTS Interpreter)
-  set(ORVANE_PYTHON ${Python3_EXECUTABLE})
-endif()
+include(FindOrvanePython)
 
 # orvane_python_tests(LABEL FILE...): each test method of the files becomes a test of its own.
 function(orvane_python_tests label)
@@ -21,7 +16,7 @@ function(orvane_python_tests label)
         set(test ${label}/${name}/${CMAKE_MATCH_1})
         add_test(NAME ${test} COMMAND ${ORVANE_PYTHON} -B ${path} ${class}.${CMAKE_MATCH_1})
         set_tests_properties(${test} PROPERTIES LABELS ${label} TIMEOUT 300 SKIP_REGULAR_EXPRESSION "OK \\(skipped="
-          ENVIRONMENT "PYTHONPATH=${PROJECT_SOURCE_DIR}/tests/support;ORVANE_TOOL=$<TARGET_FILE:orvane_tool>")
+          ENVIRONMENT "PYTHONPATH=${PROJECT_SOURCE_DIR}/tests/support:${PROJECT_BINARY_DIR}/python;ORVANE_TOOL=$<TARGET_FILE:orvane_tool>")
       endif()
     endforeach()
   endforeach()
