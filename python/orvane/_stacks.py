@@ -35,7 +35,11 @@ def run_stack(make: Callable[[Progress], Any], stack: NDArray[Any], axes: Tuple[
     """
     outer = stack.shape[:stack.ndim - len(axes)]
     tell, count, done = reporter(progress, title), max(1, int(numpy.prod(outer))), 0
-    job = make(tell if count == 1 or tell is None else lambda fraction: tell((done + fraction) / count))
+
+    def tell_stack(fraction: float) -> Any:
+        return tell((done + fraction) / count) if tell is not None else None
+
+    job = make(tell if count == 1 or tell is None else tell_stack)
     last = tuple(range(-len(axes), 0))
     if not outer and axes == tuple(range(len(axes))):
         return job.run(stack, out, dtype=dtype, copy=copy)
