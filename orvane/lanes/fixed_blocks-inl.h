@@ -26,7 +26,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 /// x * h, exact: lanes of 64 bits hold operands of 32.
 template <class D, class V = hn::Vec<D>>
-HWY_INLINE V exactProduct(D d, V x, V h) {
+HWY_INLINE V exactProduct([[maybe_unused]] D d, V x, V h) {
 #if HWY_TARGET == HWY_SCALAR
   return hn::Set(d, hn::GetLane(x) * hn::GetLane(h));
 #else
