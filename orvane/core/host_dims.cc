@@ -18,7 +18,7 @@ void fillDims(CleverPtr<int>& dims, int nDims, const CleverPtr<int>& hostDims, i
 void foldDims(CleverPtr<int>& dims, int nDims, int along) {
   int product = 1;
   for (int d = 0; d < nDims; ++d) {
-    product *= dims.ptr[d];
+    product *= std::max(dims.ptr[d], 0);
     dims.ptr[d] = 1;
   }
   if (along < nDims) dims.ptr[along] = product;

@@ -13,7 +13,8 @@ ORVANE_API int commonRank(int hNumDims, int uNumDims);
 /// Copies the host's extents; missing ones become 1.
 ORVANE_API void fillDims(CleverPtr<int>& dims, int nDims, const CleverPtr<int>& hostDims, int hostNumDims);
 
-/// Lays all elements along dimension `along`: its extent becomes the product of all extents, and the others become 1.
+/// Lays all elements along dimension `along`: its extent becomes the product of all extents, of which negative ones
+/// count as 0, and the others become 1.
 ORVANE_API void foldDims(CleverPtr<int>& dims, int nDims, int along);
 
 /// The centre of each extent (see centre.h).

@@ -2,7 +2,6 @@
 // job.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstdlib>
 #include <random>
 #include <string>
@@ -45,18 +44,6 @@ TEST(PartsTest, GapsAndThreadsChangeNothing) {
       EXPECT_TRUE(job.run({.pitched = pick(random, 0, 3) == 0, .threads = threads}) == whole) << threads << " threads";
     }
   });
-}
-
-/// A random box of positions, which can reach beyond those of the job.
-Box randomBox(std::mt19937& random, const Box& all, int most) {
-  std::array<std::int64_t, filters::Extents::maxRank> start{}, extents{};
-  const std::size_t rank = all.start.rank();
-  for (std::size_t d = 0; d < rank; ++d) {
-    const int extent = static_cast<int>(all.extents[d]);
-    start[d] = all.start[d] + pick(random, -2, extent);
-    extents[d] = pick(random, 0, std::min(most, extent + 4));
-  }
-  return {extentsOf(start, rank), extentsOf(extents, rank)};
 }
 
 /// Large regions, and small tiles, most of them smaller than the window.

@@ -18,7 +18,7 @@ namespace BP::test {
 using Bytes = std::vector<std::byte>;
 
 /// A layout of these extents with random gaps between lines, planes and so on.
-inline filters::Layout randomLayout(std::mt19937& random, const filters::Extents& extents) {
+inline filters::Layout randomLayout(auto& random, const filters::Extents& extents) {
   std::array<std::int64_t, filters::Extents::maxRank> strides{1};
   std::int64_t span = extents.rank() > 0 ? extents[0] : 1;
   for (std::size_t d = 1; d < extents.rank(); ++d) {

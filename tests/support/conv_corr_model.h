@@ -100,7 +100,7 @@ struct Problem {
 
 /// A problem of random extents, in which the filter can exceed the input, and random values.
 template <class HT, class UT, class YT>
-Problem<HT, UT, YT> randomProblem(std::mt19937& random, int mostFilter, int mostInput, bool special = false) {
+Problem<HT, UT, YT> randomProblem(auto& random, int mostFilter, int mostInput, bool special = false) {
   Problem<HT, UT, YT> p{};
   for (int d = 0; d < 2; ++d) {
     p.hDims[d] = pick(random, 1, mostFilter);

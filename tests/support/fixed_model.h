@@ -134,7 +134,7 @@ struct ExactCasts {
 };
 
 /// Values of any bits, also of those beyond the word.
-inline filters::FixedArray randomFixed(std::mt19937& random, const filters::Extents& extents, const FixedType& type,
+inline filters::FixedArray randomFixed(auto& random, const filters::Extents& extents, const FixedType& type,
                                        bool isComplex = false) {
   filters::FixedArray array(extents, type, isComplex);
   auto* bytes = static_cast<std::uint8_t*>(array.data());
@@ -144,12 +144,12 @@ inline filters::FixedArray randomFixed(std::mt19937& random, const filters::Exte
 }
 
 /// A type of `least` to `most` bits, with a fraction that is mostly within.
-inline FixedType randomType(std::mt19937& random, int least, int most) {
+inline FixedType randomType(auto& random, int least, int most) {
   const int word = pick(random, least, most);
   return {word, pick(random, -2, word), pick(random, 0, 1) == 1};
 }
 
-inline filters::FixedModes randomModes(std::mt19937& random) {
+inline filters::FixedModes randomModes(auto& random) {
   return {filters::Rounding{pick(random, 0, 5)}, filters::Overflow{pick(random, 0, 3)}};
 }
 

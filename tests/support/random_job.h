@@ -1,8 +1,11 @@
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <complex>
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <random>
 #include <string>
@@ -20,6 +23,7 @@
 #include "orvane/filters/tile.h"
 #include "tests/support/array_store.h"
 #include "tests/support/fixed_model.h"
+#include "tests/support/near_types.h"
 
 /// Random jobs of all kinds, each of which can be run in several ways.
 namespace BP::test {
@@ -39,13 +43,14 @@ struct JobResult {
   Bytes bytes;
   std::vector<filters::FixedStatistics> statistics = {};
   bool othersAreUntouched = true;  ///< bytes around the output
+  std::int64_t clipped = 0;        ///< outputs that did not fit their integers
 
   bool operator==(const JobResult& other) const {
     const auto same = [](const auto& a, const auto& b) {
       return a.label == b.label && a.casts == b.casts && a.overflows == b.overflows && a.lossy == b.lossy &&
              a.minimum == b.minimum && a.maximum == b.maximum;
     };
-    return positions.extents == other.positions.extents && bytes == other.bytes &&
+    return positions.extents == other.positions.extents && bytes == other.bytes && clipped == other.clipped &&
            std::ranges::equal(statistics, other.statistics, same) && othersAreUntouched && other.othersAreUntouched;
   }
 };
@@ -72,11 +77,28 @@ inline Bytes cropped(const Bytes& bytes, const filters::Box& all, const filters:
   return result;
 }
 
+/// An object that was made for a job; a call runs it over one of `Places::count` sets of arrays with the same input.
+using OpenJob = std::function<JobResult(std::size_t place)>;
+
 struct RandomJob {
   std::string text;
   bool isFilter = true;         ///< it can be run for a region and for tiles
   filters::Box positions = {};  ///< of a filter
-  std::function<JobResult(const Variation&)> run;
+  std::function<OpenJob(const Variation&)> open;
+
+  /// One run of an object of its own.
+  JobResult run(const Variation& how) const { return open(how)(0); }
+};
+
+/// Arrays for runs at several addresses.
+struct Places {
+  static constexpr std::size_t count = 2;
+  std::vector<ArrayStore> inputs, outputs;
+
+  Places(const Bytes& values, const ArrayStore& input, const ArrayStore& output)
+      : inputs(count, input), outputs(count, output) {
+    for (ArrayStore& store : inputs) store.put(values);
+  }
 };
 
 namespace random_jobs {
@@ -88,12 +110,12 @@ template <class T>
 using Stored = std::conditional_t<std::is_same_v<T, bool>, unsigned char, T>;
 
 template <class T>
-std::vector<Stored<T>> valuesOf(std::mt19937& random, const Extents& extents) {
+std::vector<Stored<T>> valuesOf(auto& random, const Extents& extents) {
   const auto count = static_cast<int>(elementCount(extents));
   if constexpr (std::is_integral_v<T>) {
     std::vector<Stored<T>> values;
-    const int most = std::is_same_v<T, bool> ? 1 : 99;
-    for (int i = 0; i < count; ++i) values.push_back(static_cast<Stored<T>>(pick(random, 0, most)));
+    const int least = std::is_signed_v<T> ? -128 : 0, most = std::is_same_v<T, bool> ? 1 : least + 255;
+    for (int i = 0; i < count; ++i) values.push_back(static_cast<Stored<T>>(pick(random, least, most)));
     return values;
   } else {
     return randomValues<T>(random, count, pick(random, 0, 3) == 0);
@@ -123,11 +145,11 @@ struct Geometry {
   OutputMode mode;
   PadRule pad;
 
-  Geometry(std::mt19937& random, std::size_t rank)
+  Geometry(auto& random, std::size_t rank)
       : mode(static_cast<OutputMode>(pick(random, 0, 2))), pad(static_cast<PadRule>(pick(random, 0, 4))) {
     std::array<std::int64_t, Extents::maxRank> u{}, h{};
-    const int size = rank > 2 ? 7 : 40;
     for (std::size_t d = 0; d < rank; ++d) {
+      const int size = rank > 2 ? 7 : d > 0 && pick(random, 0, 3) != 0 ? 12 : 40;
       u[d] = pick(random, 1, size);
       const int any = pick(random, 1, pick(random, 0, 4) == 0 ? size : 5);
       h[d] = mode == OutputMode::valid ? std::min<std::int64_t>(any, u[d]) : any;
@@ -169,56 +191,63 @@ void vary(Options& options, const Variation& how, const std::optional<Box>& regi
 inline Box boxOfJob(const Rectangle& positions, std::size_t rank) { return boxOf(positions, rank); }
 inline Box boxOfJob(const Box& positions, std::size_t /*rank*/) { return positions; }
 
-/// A job over plain elements, which `make(options, extents of the input)` makes.
+/// A job over plain elements, which `make(options, extents of the input)` makes. Outputs of another type than that of
+/// the sums are rounded.
 template <class In, class Out, class Options, class Make>
-RandomJob plainJob(std::mt19937& random, const std::string& name, const Geometry& g, const Options& options,
-                   const Make& make) {
+RandomJob plainJob(auto& random, const std::string& name, const Geometry& g, const Options& options, const Make& make) {
   const Bytes values = bytesOf(valuesOf<In>(random, g.input));
-  const auto run = [=](const Variation& how) {
+  const auto open = [=](const Variation& how) -> OpenJob {
     const Part part(g, how);
-    if (part.part.isEmpty()) return JobResult{part.part, sizeof(Out), {}};
+    if (part.part.isEmpty()) return [=](std::size_t /*place*/) { return JobResult{part.part, sizeof(Out), {}}; };
     auto chosen = options;
     vary(chosen, how, part.region);
-    auto job = make(chosen, part.part.extents);
-    ArrayStore input(layoutOf(how, part.part.extents), sizeof(In)),
-        output(layoutOf(how, job.outputExtents()), sizeof(Out));
-    input.put(part.of(values, sizeof(In)));
-    job.run(viewOf<const In>(input), viewOf<Out>(output));
-    const Bytes bytes = bytesOf(elementsOf<Out>(output.get()));
-    return JobResult{boxOfJob(job.positions(), g.input.rank()), sizeof(Out), bytes, {}, output.othersAreUntouched()};
+    auto job = std::make_shared<decltype(make(chosen, g.input))>(make(chosen, part.part.extents));
+    const auto places =
+        std::make_shared<Places>(part.of(values, sizeof(In)), ArrayStore(layoutOf(how, part.part.extents), sizeof(In)),
+                                 ArrayStore(layoutOf(how, job->outputExtents()), sizeof(Out)));
+    return [=](std::size_t place) {
+      ArrayStore &input = places->inputs.at(place), &output = places->outputs.at(place);
+      std::int64_t clipped = 0;
+      if constexpr (requires { job->run(viewOf<const In>(input), viewOf<Out>(output)); }) {
+        job->run(viewOf<const In>(input), viewOf<Out>(output));
+      } else {
+        clipped = job->runRounded(viewOf<const In>(input), viewOf<Out>(output));
+      }
+      const Bytes bytes = bytesOf(elementsOf<Out>(output.get()));
+      const Box positions = boxOfJob(job->positions(), g.input.rank());
+      return JobResult{positions, sizeof(Out), bytes, {}, output.othersAreUntouched(), clipped};
+    };
   };
-  return {name + g.text(), true, boxOfJob(make(options, g.input).positions(), g.input.rank()), run};
+  return {name + g.text(), true, boxOfJob(make(options, g.input).positions(), g.input.rank()), open};
 }
 
-template <class In, class Tap>
-RandomJob convolution(std::mt19937& random) {
+template <class In, class Tap, class Out = ConvolutionOutput<In, Tap>>
+RandomJob convolution(auto& random) {
   const Geometry g(random, static_cast<std::size_t>(pick(random, 1, 4) == 1 ? 1 : 2));
   const ConvolutionOptions options{.direction = static_cast<FilterDirection>(pick(random, 0, 1)),
                                    .mode = g.mode,
                                    .pad = {g.pad, 0.75},
                                    .normalise = static_cast<Normalisation>(pick(random, 0, 3) == 0)};
   const auto taps = valuesOf<Tap>(random, g.window);
-  return plainJob<In, ConvolutionOutput<In, Tap>>(
-      random, "convolution", g, options, [=](const auto& chosen, const Extents& extents) {
-        return Convolution<In, Tap>(ArrayView<const Tap>(taps, g.window), extents, chosen);
-      });
+  return plainJob<In, Out>(random, "convolution", g, options, [=](const auto& chosen, const Extents& extents) {
+    return Convolution<In, Tap>(ArrayView<const Tap>(taps, g.window), extents, chosen);
+  });
 }
 
-template <class In, class Tap>
-RandomJob separable(std::mt19937& random) {
+template <class In, class Tap, class Out = ConvolutionOutput<In, Tap>>
+RandomJob separable(auto& random) {
   const Geometry g(random, 2);
   const ConvolutionOptions options{
       .direction = static_cast<FilterDirection>(pick(random, 0, 1)), .mode = g.mode, .pad = {g.pad, 0.75}};
   const auto first = valuesOf<Tap>(random, {g.window[0]}), second = valuesOf<Tap>(random, {g.window[1]});
-  return plainJob<In, ConvolutionOutput<In, Tap>>(
-      random, "separable", g, options, [=](const auto& chosen, const Extents& extents) {
-        return SeparableConvolution<In, Tap>(ArrayView<const Tap>(first, {first.size()}),
-                                             ArrayView<const Tap>(second, {second.size()}), extents, chosen);
-      });
+  return plainJob<In, Out>(random, "separable", g, options, [=](const auto& chosen, const Extents& extents) {
+    return SeparableConvolution<In, Tap>(ArrayView<const Tap>(first, {first.size()}),
+                                         ArrayView<const Tap>(second, {second.size()}), extents, chosen);
+  });
 }
 
 template <class T>
-RandomJob median(std::mt19937& random) {
+RandomJob median(auto& random) {
   const Geometry g(random, static_cast<std::size_t>(pick(random, 1, 4) == 1 ? 1 : 2));
   const MedianOptions options{.mode = g.mode, .pad = {g.pad, 1}};
   return plainJob<T, T>(random, "median", g, options, [=](const auto& chosen, const Extents& extents) {
@@ -227,7 +256,7 @@ RandomJob median(std::mt19937& random) {
 }
 
 template <class T>
-RandomJob correlationND(std::mt19937& random) {
+RandomJob correlationND(auto& random) {
   const Geometry g(random, static_cast<std::size_t>(pick(random, 1, 4)));
   const CorrelationNDOptions options{.mode = g.mode, .pad = {g.pad, 0.75}};
   const auto taps = valuesOf<T>(random, g.window);
@@ -240,27 +269,31 @@ RandomJob correlationND(std::mt19937& random) {
 template <class Options, class Make>
 RandomJob fixedJob(const std::string& name, const Geometry& g, const FixedArray& values, const FixedType& outputType,
                    bool outputIsComplex, const Options& options, const Make& make) {
-  const auto run = [=](const Variation& how) {
+  const auto open = [=](const Variation& how) -> OpenJob {
     const Part part(g, how);
-    if (part.part.isEmpty()) return JobResult{part.part, 1, {}};
+    if (part.part.isEmpty()) return [=](std::size_t /*place*/) { return JobResult{part.part, 1, {}}; };
     auto chosen = options;
     vary(chosen, how, part.region);
-    auto job = make(chosen, part.part.extents);
+    auto job = std::make_shared<decltype(make(chosen, g.input))>(make(chosen, part.part.extents));
     const auto bytesIn = static_cast<std::size_t>(detail::bytesOfValue(values.type(), values.isComplex()));
     const auto bytesOut = static_cast<std::size_t>(detail::bytesOfValue(outputType, outputIsComplex));
-    ArrayStore input(layoutOf(how, part.part.extents), bytesIn), output(layoutOf(how, job.outputExtents()), bytesOut);
     const auto* const first = static_cast<const std::byte*>(values.data());
     const Bytes all(first, first + static_cast<std::size_t>(elementCount(g.input)) * bytesIn);
-    input.put(part.of(all, bytesIn));
-    job.run(FixedView(input.data(), input.layout(), values.type(), values.isComplex()),
-            MutableFixedView(output.data(), output.layout(), outputType, outputIsComplex));
-    const Bytes bytes = output.get();
-    return JobResult{boxOf(job.positions()), bytesOut, bytes, job.statistics(), output.othersAreUntouched()};
+    const auto places =
+        std::make_shared<Places>(part.of(all, bytesIn), ArrayStore(layoutOf(how, part.part.extents), bytesIn),
+                                 ArrayStore(layoutOf(how, job->outputExtents()), bytesOut));
+    return [=, type = values.type(), isComplex = values.isComplex()](std::size_t place) {
+      ArrayStore &input = places->inputs.at(place), &output = places->outputs.at(place);
+      job->run(FixedView(input.data(), input.layout(), type, isComplex),
+               MutableFixedView(output.data(), output.layout(), outputType, outputIsComplex));
+      const Bytes bytes = output.get();
+      return JobResult{boxOf(job->positions()), bytesOut, bytes, job->statistics(), output.othersAreUntouched()};
+    };
   };
-  return {name + g.text(), true, boxOf(make(options, g.input).positions()), run};
+  return {name + g.text(), true, boxOf(make(options, g.input).positions()), open};
 }
 
-inline FixedTypes fixedTypes(std::mt19937& random, const FixedType& filter) {
+inline FixedTypes fixedTypes(auto& random, const FixedType& filter) {
   FixedTypes types;
   types.input = randomType(random, 1, pick(random, 0, 4) == 0 ? 40 : 16);
   types.inputIsComplex = pick(random, 0, 4) == 0;
@@ -271,12 +304,15 @@ inline FixedTypes fixedTypes(std::mt19937& random, const FixedType& filter) {
   return types;
 }
 
-inline RandomJob fixedConvolution(std::mt19937& random) {
+inline RandomJob fixedConvolution(auto& random) {
   const Geometry g(random, 2);
-  const FixedType filterType = randomType(random, 1, 12);
-  FixedTypes types = fixedTypes(random, filterType);
-  ConvolutionOptions options{.mode = g.mode, .pad = g.pad};
-  if (pick(random, 0, 3) == 0) {
+  const FixedType filterType = randomType(random, 1, pick(random, 0, 4) == 0 ? 34 : 12);
+  const bool isNear = pick(random, 0, 1) == 0;
+  FixedTypes types =
+      isNear ? typesNear(random, filterType, static_cast<int>(elementCount(g.window))) : fixedTypes(random, filterType);
+  ConvolutionOptions options{
+      .direction = static_cast<FilterDirection>(pick(random, 0, 1)), .mode = g.mode, .pad = g.pad};
+  if (!isNear && pick(random, 0, 3) == 0) {
     types.inputIsComplex = false;
     options.normalise = Normalisation::energy;
     types.sqrt = randomType(random, 2, 30);
@@ -288,7 +324,7 @@ inline RandomJob fixedConvolution(std::mt19937& random) {
                   });
 }
 
-inline RandomJob fixedSeparable(std::mt19937& random) {
+inline RandomJob fixedSeparable(auto& random) {
   const Geometry g(random, 2);
   const FixedType filterType = randomType(random, 1, 12);
   const FixedTypes types = fixedTypes(random, filterType);
@@ -301,7 +337,7 @@ inline RandomJob fixedSeparable(std::mt19937& random) {
                   });
 }
 
-inline RandomJob fixedMedian(std::mt19937& random) {
+inline RandomJob fixedMedian(auto& random) {
   const Geometry g(random, 2);
   FixedMedianTypes types{.input = randomType(random, 1, 20), .modes = randomModes(random)};
   if (pick(random, 0, 1) == 0) types.input = {8 * pick(random, 1, 2), pick(random, 0, 4), pick(random, 0, 1) == 0};
@@ -311,14 +347,14 @@ inline RandomJob fixedMedian(std::mt19937& random) {
                   });
 }
 
-inline std::optional<Rectangle> randomRegion(std::mt19937& random, const Geometry& g) {
+inline std::optional<Rectangle> randomRegion(auto& random, const Geometry& g) {
   if (pick(random, 0, 1) == 0) return std::nullopt;
   const auto width = static_cast<int>(g.input[0]), height = static_cast<int>(g.input[1]);
   return Rectangle{pick(random, -3, width), pick(random, -3, height), pick(random, 0, width + 3),
                    pick(random, 0, height + 3)};
 }
 
-inline MatchOptions matchOptions(std::mt19937& random, const Geometry& g) {
+inline MatchOptions matchOptions(auto& random, const Geometry& g) {
   return {.metric = static_cast<Metric>(pick(random, 0, 3)),
           .mode = g.mode,
           .search = static_cast<Search>(pick(random, 0, 2) == 0),
@@ -340,7 +376,7 @@ JobResult resultOf(const MatchT& match, const Bytes& scores) {
 }
 
 template <class In, class Tap>
-RandomJob matching(std::mt19937& random) {
+RandomJob matching(auto& random) {
   using Score = MatchScore<In, Tap>;
   const Geometry g(random, 2);
   MatchOptions options = matchOptions(random, g);
@@ -349,22 +385,25 @@ RandomJob matching(std::mt19937& random) {
     options.search = Search::exhaustive;
   }
   const Bytes values = bytesOf(valuesOf<In>(random, g.input)), pattern = bytesOf(valuesOf<Tap>(random, g.window));
-  return {"matching" + g.text(), false, {}, [=](const Variation& how) {
-            ArrayStore image(layoutOf(how, g.input), sizeof(In)), taps(layoutOf(how, g.window), sizeof(Tap));
-            image.put(values);
-            taps.put(pattern);
-            MatchOptions chosen = options;
-            chosen.threads = how.threads;
-            TemplateMatcher<In, Tap> matcher(viewOf<const Tap>(taps), g.input, chosen);
-            const auto match = matcher.run(viewOf<const In>(image));
-            std::vector<Score> scores(match.map.begin(), match.map.end());
-            scores.insert(scores.end(), match.neighbourhood.begin(), match.neighbourhood.end());
-            scores.push_back(match.score);
-            return resultOf(match, bytesOf(scores));
-          }};
+  const auto open = [=](const Variation& how) -> OpenJob {
+    ArrayStore image(layoutOf(how, g.input), sizeof(In)), taps(layoutOf(how, g.window), sizeof(Tap));
+    taps.put(pattern);
+    MatchOptions chosen = options;
+    chosen.threads = how.threads;
+    const auto matcher = std::make_shared<TemplateMatcher<In, Tap>>(viewOf<const Tap>(taps), g.input, chosen);
+    const auto places = std::make_shared<Places>(values, image, taps);
+    return [=](std::size_t place) {
+      const auto match = matcher->run(viewOf<const In>(places->inputs.at(place)));
+      std::vector<Score> scores(match.map.begin(), match.map.end());
+      scores.insert(scores.end(), match.neighbourhood.begin(), match.neighbourhood.end());
+      scores.push_back(match.score);
+      return resultOf(match, bytesOf(scores));
+    };
+  };
+  return {"matching" + g.text(), false, {}, open};
 }
 
-inline RandomJob fixedMatching(std::mt19937& random) {
+inline RandomJob fixedMatching(auto& random) {
   const Geometry g(random, 2);
   MatchOptions options = matchOptions(random, g);
   const FixedType patternType = randomType(random, 1, 12);
@@ -375,33 +414,52 @@ inline RandomJob fixedMatching(std::mt19937& random) {
   types.accumulator.isSigned = types.accumulator.isSigned || options.metric == Metric::ssd;
   const FixedArray values = randomFixed(random, g.input, types.input),
                    taps = randomFixed(random, g.window, patternType);
-  return {"fixed matching" + g.text(), false, {}, [=](const Variation& how) {
-            const auto bytes = static_cast<std::size_t>(detail::bytesOfValue(types.input, false));
-            ArrayStore image(layoutOf(how, g.input), bytes);
-            const auto* const first = static_cast<const std::byte*>(values.data());
-            image.put(Bytes(first, first + static_cast<std::size_t>(elementCount(g.input)) * bytes));
-            MatchOptions chosen = options;
-            chosen.threads = how.threads;
-            FixedTemplateMatcher matcher(taps, g.input, types, chosen);
-            const FixedMatch match = matcher.run(FixedView(image.data(), image.layout(), types.input));
-            Bytes scores;
-            for (const FixedArray* array : {&match.map, &match.neighbourhood}) {
-              const auto* const from = static_cast<const std::byte*>(array->data());
-              scores.insert(scores.end(), from, from + detail::bytesOf(array->extents(), array->type(), false));
-            }
-            JobResult result = resultOf(match, scores);
-            result.statistics = matcher.statistics();
-            return result;
-          }};
+  const auto open = [=](const Variation& how) -> OpenJob {
+    const auto bytes = static_cast<std::size_t>(detail::bytesOfValue(types.input, false));
+    const ArrayStore image(layoutOf(how, g.input), bytes);
+    const auto* const first = static_cast<const std::byte*>(values.data());
+    const Bytes all(first, first + static_cast<std::size_t>(elementCount(g.input)) * bytes);
+    MatchOptions chosen = options;
+    chosen.threads = how.threads;
+    const auto matcher = std::make_shared<FixedTemplateMatcher>(taps, g.input, types, chosen);
+    const auto places = std::make_shared<Places>(all, image, image);
+    return [=](std::size_t place) {
+      ArrayStore& input = places->inputs.at(place);
+      const FixedMatch match = matcher->run(FixedView(input.data(), input.layout(), types.input));
+      Bytes scores;
+      for (const FixedArray* array : {&match.map, &match.neighbourhood}) {
+        const auto* const from = static_cast<const std::byte*>(array->data());
+        scores.insert(scores.end(), from, from + detail::bytesOf(array->extents(), array->type(), false));
+      }
+      JobResult result = resultOf(match, scores);
+      result.statistics = matcher->statistics();
+      return result;
+    };
+  };
+  return {"fixed matching" + g.text(), false, {}, open};
 }
 
 }  // namespace random_jobs
 
-/// A job of a random kind.
-inline RandomJob randomJob(std::mt19937& random) {
+/// A random box of positions, which can reach beyond those of the job.
+inline filters::Box randomBox(auto& random, const filters::Box& all, int most) {
+  std::array<std::int64_t, filters::Extents::maxRank> start{}, extents{};
+  const std::size_t rank = all.start.rank();
+  for (std::size_t d = 0; d < rank; ++d) {
+    const int extent = static_cast<int>(all.extents[d]);
+    start[d] = all.start[d] + pick(random, -2, extent);
+    extents[d] = pick(random, 0, std::min(most, extent + 4));
+  }
+  return {extentsOf(start, rank), extentsOf(extents, rank)};
+}
+
+/// The number of kinds of jobs.
+inline constexpr int jobKinds = 28;
+
+inline RandomJob randomJob(auto& random, int kind) {
   using namespace random_jobs;
   using C64 = std::complex<float>;
-  switch (pick(random, 0, 19)) {
+  switch (kind) {
     case 0: return convolution<float, float>(random);
     case 1: return convolution<double, double>(random);
     case 2: return convolution<C64, float>(random);
@@ -421,8 +479,19 @@ inline RandomJob randomJob(std::mt19937& random) {
     case 16: return matching<bool, bool>(random);
     case 17: return convolution<std::uint8_t, float>(random);
     case 18: return separable<std::int16_t, double>(random);
-    default: return fixedMatching(random);
+    case 19: return fixedMatching(random);
+    case 20: return correlationND<double>(random);
+    case 21: return median<std::uint8_t>(random);
+    case 22: return median<std::int16_t>(random);
+    case 23: return median<std::uint32_t>(random);
+    case 24: return matching<std::uint8_t, float>(random);
+    case 25: return convolution<std::uint8_t, float, std::uint8_t>(random);
+    case 26: return separable<std::uint16_t, double, std::int8_t>(random);
+    default: return convolution<std::complex<double>, std::complex<double>>(random);
   }
 }
+
+/// A job of a random kind.
+inline RandomJob randomJob(auto& random) { return randomJob(random, pick(random, 0, jobKinds - 1)); }
 
 }  // namespace BP::test

@@ -8,7 +8,8 @@
 
 namespace BP::test {
 
-/// Whole number from `low` to `high`.
+/// Whole number from `low` to `high`. What is random here takes any source of chance that has such a function: the
+/// generator of a test, or the bytes of a fuzzer's input.
 inline int pick(std::mt19937& random, int low, int high) {
   return std::uniform_int_distribution<int>(low, high)(random);
 }
@@ -17,7 +18,7 @@ inline int pick(std::mt19937& random, int low, int high) {
 /// signs, infinities, NaN and subnormals.
 template <class T>
 struct RandomValue {
-  static T of(std::mt19937& random, bool special) {
+  static T of(auto& random, bool special) {
     if (special && pick(random, 0, 4) == 0) {
       const T values[] = {T(0),
                           -T(0),
@@ -33,7 +34,7 @@ struct RandomValue {
 };
 template <class T>
 struct RandomValue<std::complex<T>> {
-  static std::complex<T> of(std::mt19937& random, bool special) {
+  static std::complex<T> of(auto& random, bool special) {
     const T re = RandomValue<T>::of(random, special);
     return {re, RandomValue<T>::of(random, special)};
   }
@@ -41,11 +42,11 @@ struct RandomValue<std::complex<T>> {
 
 template <>
 struct RandomValue<int> {
-  static int of(std::mt19937& random, bool /*special*/) { return pick(random, -50, 50); }
+  static int of(auto& random, bool /*special*/) { return pick(random, -50, 50); }
 };
 
 template <class T>
-std::vector<T> randomValues(std::mt19937& random, int count, bool special = false) {
+std::vector<T> randomValues(auto& random, int count, bool special = false) {
   std::vector<T> values;
   for (int i = 0; i < count; ++i) values.push_back(RandomValue<T>::of(random, special));
   return values;
