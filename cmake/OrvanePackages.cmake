@@ -1,0 +1,40 @@
+# `cpack -G DEB`: Debian packages of the library, its headers, the command and the Python module.
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME orvane)
+set(CPACK_PACKAGE_CONTACT "The Orvane developers <orvane@localhost>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY ${PROJECT_DESCRIPTION})
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_GROUPING IGNORE)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+# What the libraries of Debian need follows from the files, what those of this project need is said below.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/lib)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+
+# orvane_package(COMPONENT NAME SECTION SUMMARY [DEPENDS]): a package of what a component installs.
+set(CPACK_COMPONENTS_ALL)
+macro(orvane_package component name section summary)
+  list(APPEND CPACK_COMPONENTS_ALL ${component})
+  string(TOUPPER ${component} upper)
+  set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${name})
+  set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION ${section})
+  set(CPACK_COMPONENT_${upper}_DESCRIPTION ${summary})
+  set(CPACK_DEBIAN_${upper}_PACKAGE_DEPENDS ${ARGN})
+endmacro()
+
+set(same_library "liborvane0 (= ${PROJECT_VERSION})")
+orvane_package(runtime liborvane0 libs "Bit-true sliding-window filters: shared libraries")
+orvane_package(development liborvane-dev libdevel "Bit-true sliding-window filters: headers" ${same_library})
+if(TARGET orvane_tool)
+  orvane_package(command orvane graphics "Bit-true sliding-window filters: the command" ${same_library})
+endif()
+if(TARGET orvane_python)
+  math(EXPR next_minor "${PYTHON_VERSION_MINOR} + 1")
+  orvane_package(debian-python python3-orvane python "Bit-true sliding-window filters: the Python module"
+    "${same_library}, python3-numpy, python3 (>= ${PYTHON_VERSION_MAJOR}.${PYTHON_VERSION_MINOR}), python3 (<< ${PYTHON_VERSION_MAJOR}.${next_minor})")
+  set(CPACK_DEBIAN_DEBIAN-PYTHON_PACKAGE_SUGGESTS "python3-dask, python3-tqdm")
+endif()
+include(CPack)
