@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import math
 from dataclasses import dataclass
 from typing import Any, List, Optional, Sequence, Tuple, Union
 
@@ -151,3 +152,10 @@ def matches(image: ArrayLike, template: ArrayLike, count: int, *, distance: floa
     finder = Matcher(template, array.shape, array.dtype, metric=metric, mode=mode, region=region, best=False, map=True,
                      threads=threads, progress=progress)
     return [Peak(*found) for found in finder._run_peaks(array, count, distance, refine, copy)]
+
+
+def offset(before: float, at: float, after: float, greatest: bool) -> float:
+    """Where between -0.5 and 0.5 a parabola through three scores has its extremum."""
+    best = (at >= before and at >= after) if greatest else (at <= before and at <= after)
+    curvature = before - 2 * at + after
+    return (before - after) / (2 * curvature) if best and curvature != 0 and math.isfinite(curvature) else 0.0
