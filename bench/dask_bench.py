@@ -36,7 +36,9 @@ def main():
     jobs = {"convolve 31 x 31": lambda picture, n: orvane.dask.convolve(picture, taps + numpy.float32(n)),
             "median 15 x 15": lambda picture, n: orvane.dask.median(picture, 15, pad=PADS[n])}
     for name, make in jobs.items():
-        one, two = seconds(1, side, 2048, make), seconds(2, side, 2048, make)
+        # In turn, so that what else the machine does meets both.
+        times = [(seconds(1, side, 2048, make), seconds(2, side, 2048, make)) for _ in range(2)]
+        one, two = map(min, zip(*times))
         print(f"{name}, {side}^2 float32: 1 worker {one:.2f} s, 2 workers {two:.2f} s, {one / two:.2f} x")
     # Chunks so small that filtering them costs nothing.
     count = (1024 // 32) ** 2
