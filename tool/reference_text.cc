@@ -53,7 +53,8 @@ std::string referenceSection(const Operation& operation) {
 }
 
 constexpr std::string_view exitCodes[] = {"0: done; compare: no difference", "1: compare: there are differences",
-                                          "2: an error, which one line on stderr explains; no file was changed"};
+                                          "2: an error, which one line on stderr explains; no file was changed, or "
+                                          "all were, if only the report of a finished run failed"};
 
 }  // namespace
 

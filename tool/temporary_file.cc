@@ -55,6 +55,8 @@ void handleSignals() {
 SignalHold::SignalHold() {
   sigset_t all;
   sigfillset(&all);
+  // Faults of the thread itself cannot wait: held, they would end the program before its files are removed.
+  for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL}) sigdelset(&all, fault);
   ::pthread_sigmask(SIG_BLOCK, &all, &before);
 }
 

@@ -7,7 +7,7 @@
 
 namespace BP::tool {
 
-/// Blocks all signals as long as it lives.
+/// Blocks all signals but those of faults as long as it lives.
 class SignalHold {
  public:
   SignalHold();

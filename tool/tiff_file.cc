@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdio>
+#include <new>
 #include <utility>
 
 namespace BP::tool {
@@ -11,6 +12,7 @@ namespace BP::tool {
 TiffFile::TiffFile(int descriptor, const std::string& name, const char* mode) {
   const std::unique_ptr<TIFFOpenOptions, void (*)(TIFFOpenOptions*)> options(TIFFOpenOptionsAlloc(),
                                                                              TIFFOpenOptionsFree);
+  if (!options) throw std::bad_alloc();
   constexpr tmsize_t maxAllocation = tmsize_t{1} << 31;
   TIFFOpenOptionsSetErrorHandlerExtR(options.get(), keepError, this);
   TIFFOpenOptionsSetWarningHandlerExtR(options.get(), ignoreWarning, this);
@@ -19,13 +21,11 @@ TiffFile::TiffFile(int descriptor, const std::string& name, const char* mode) {
   if (!tiff) ::close(descriptor);
 }
 
-std::string TiffFile::takeError() { return std::exchange(error, {}); }
+std::string TiffFile::takeError() { return std::exchange(error, {}).data(); }
 
 int TiffFile::keepError(TIFF* /*tiff*/, void* self, const char* /*module*/, const char* format, va_list arguments) {
   auto& file = *static_cast<TiffFile*>(self);
-  std::array<char, 200> text{};
-  std::vsnprintf(text.data(), text.size(), format, arguments);
-  if (file.error.empty()) file.error = text.data();
+  if (file.error[0] == '\0') std::vsnprintf(file.error.data(), file.error.size(), format, arguments);
   return 1;  // nobody else needs to be told
 }
 

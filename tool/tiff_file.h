@@ -1,14 +1,21 @@
 #pragma once
 
+#include <fcntl.h>
 #include <tiffio.h>
 
+#include <array>
 #include <memory>
 #include <string>
 
 namespace BP::tool {
 
+/// Closes without writing: whoever has written calls `TIFFFlush` before. What is left of a file that could not be made
+/// is not for libtiff to write.
 struct CloseTiff {
-  void operator()(TIFF* tiff) const { TIFFClose(tiff); }
+  void operator()(TIFF* tiff) const {
+    TIFFSetMode(tiff, O_RDONLY);
+    TIFFClose(tiff);
+  }
 };
 
 /// libtiff's state for one file, and the first error that it met. Warnings are left aside.
@@ -34,7 +41,7 @@ class TiffFile {
   static int keepError(TIFF* tiff, void* self, const char* module, const char* format, va_list arguments);
   static int ignoreWarning(TIFF* tiff, void* self, const char* module, const char* format, va_list arguments);
 
-  std::string error;
+  std::array<char, 200> error{};  // an exception may not pass through libtiff, so this needs no memory
   std::unique_ptr<TIFF, CloseTiff> tiff;
 };
 

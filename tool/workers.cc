@@ -9,10 +9,17 @@ namespace BP::tool {
 Workers::Workers(unsigned wanted) : number(wanted > 0 ? wanted : std::max(1u, std::thread::hardware_concurrency())) {
   if (number == 1) return;
   const SignalHold hold;  // the threads inherit it: signals go to the caller, who can hold them
-  for (unsigned i = 0; i < number; ++i) threads.emplace_back(&Workers::work, this);
+  try {
+    for (unsigned i = 0; i < number; ++i) threads.emplace_back(&Workers::work, this);
+  } catch (...) {
+    end();
+    throw;
+  }
 }
 
-Workers::~Workers() {
+Workers::~Workers() { end(); }
+
+void Workers::end() {
   {
     const std::lock_guard lock(mutex);
     isEnding = true;

@@ -42,6 +42,7 @@ class Workers {
  private:
   void enqueue(std::function<void()> task);
   void work();
+  void end();
 
   unsigned number;
   std::mutex mutex;

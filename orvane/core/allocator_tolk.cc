@@ -35,8 +35,10 @@ AllocatorTolk::~AllocatorTolk() {
 void AllocatorTolk::registerTypeName(std::string roleName, const DSPDataAttributesHandle& handle) {
   // The copy is made before the name is looked up, because hosts rely on the order of copies. If the name is taken, no
   // one owns the copy, and it is never destroyed.
-  auto* copy = new DSPDataAttributesHandle(handle);
-  if (!typeHandles.emplace(std::move(roleName), copy).second) {
+  auto copy = std::make_unique<DSPDataAttributesHandle>(handle);
+  const bool isNew = typeHandles.emplace(std::move(roleName), copy.get()).second;
+  copy.release();
+  if (!isNew) {
     tolkSetErrorStatus(adaptor, "AllocatorTolk: attempted to register duplicate type name");
   }
 }
@@ -61,7 +63,8 @@ void AllocatorTolk::registerWorkVector(CleverPtr<T>& out, int width, std::string
   if (workVectors.contains(name)) name += "_" + std::to_string(workVectors.size());
   out.name = name;
   out.ptr = nullptr;
-  workVectors[std::move(name)] = record.release();
+  workVectors[std::move(name)] = record.get();
+  record.release();  // not before the map has a place for it
 }
 
 template void AllocatorTolk::registerWorkVector(CleverPtr<int>&, int, std::string, std::string, int);

@@ -88,6 +88,7 @@ class CorrelationNDJob {
       front.setPadValue(job.padValue);
       getProcessor().setStrides(job.inputStrides.get(), job.outputStrides.get());
       getProcessor().setStored(job.inputType, job.outputType);
+      getProcessor().takeClipped();  // of a run that ended early
       getProcessor().beginRun();
     }
     template <class Work>

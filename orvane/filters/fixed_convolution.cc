@@ -46,8 +46,9 @@ class FixedConvolutionJob : public FixedFilterJob {
   void setFilters(const FixedView& first, const FixedView& newSecond) {
     checkFixed("first filter", first, roles.filter, geometry.filterExtents);
     checkFixed("second filter", newSecond, roles.filter, geometry.secondExtents);
-    filterValues = FixedArray(first);
-    secondValues = FixedArray(newSecond);
+    FixedArray firstCopy(first), secondCopy(newSecond);
+    filterValues = std::move(firstCopy);
+    secondValues = std::move(secondCopy);
     forEachMember([this](Member& member) { copyFilters(member); });
   }
 
@@ -86,7 +87,7 @@ class FixedConvolutionJob : public FixedFilterJob {
     if (geometry.isSeparable()) copy(secondValues, *member.secondFilter);
   }
 
-  void makeFront(Member& member) override {
+  void makeFront(Member& member, OwnArrays arrays) override {
     const auto handle = [&](const RoleDescription& role) { return handleOf(role, member.host); };
     const auto input = handle(roles.input), output = handle(roles.output), taps = handle(roles.filter),
                accumulator = handle(roles.accumulator);
@@ -102,9 +103,10 @@ class FixedConvolutionJob : public FixedFilterJob {
     member.secondFilter = second.get();
     copyFilters(member);
     if (geometry.isSeparable()) {
-      made->setup(first.release(), second.release(), member.input, member.output, member.padValue, true);
+      made->setup(first.release(), second.release(), arrays.input.release(), arrays.output.release(),
+                  arrays.padValue.release(), true);
     } else {
-      made->setup(first.release(), member.input, member.output, member.padValue, true);
+      made->setup(first.release(), arrays.input.release(), arrays.output.release(), arrays.padValue.release(), true);
     }
     member.front = std::move(made);
   }

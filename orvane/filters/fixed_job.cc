@@ -82,14 +82,13 @@ void FixedFilterJob::start(const RoleDescription& newInput, const RoleDescriptio
 
 /// What the set-up of further members counts is not told.
 FixedFilterJob::Member::Member(FixedFilterJob& owner) : job(owner), isFirst(!job.team) {
-  auto ownInput = job.makeOwn(job.inputRole, 0, host), ownOutput = job.makeOwn(job.outputRole, 0, host),
-       ownPad = job.makeOwn(job.inputRole, 1, host);
-  ownPad->setComplex(job.padValue.real(), job.padValue.imag());
-  input = ownInput.get();
-  output = ownOutput.get();
-  padValue = ownPad.get();
-  job.makeFront(*this);
-  ownInput.release(), ownOutput.release(), ownPad.release();  // the front owns them
+  OwnArrays arrays{job.makeOwn(job.inputRole, 0, host), job.makeOwn(job.outputRole, 0, host),
+                   job.makeOwn(job.inputRole, 1, host)};
+  arrays.padValue->setComplex(job.padValue.real(), job.padValue.imag());
+  input = arrays.input.get();
+  output = arrays.output.get();
+  padValue = arrays.padValue.get();
+  job.makeFront(*this, std::move(arrays));
   if (job.geometry.hasRegion) getProcessor().setRegion(job.geometry.region.get());
   throwMessages(host);
   if (!isFirst) getProcessor().shareIntermediate(job.team->first().getProcessor());

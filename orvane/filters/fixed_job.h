@@ -123,8 +123,12 @@ class FixedFilterJob : public FixedJob {
   /// Takes roles and pad value, and makes the first member. Throws `std::invalid_argument` for a pad value that the
   /// input's type does not have. A derived class calls this when all that its fronts need is there.
   void start(const RoleDescription& newInput, const RoleDescription& newOutput, std::complex<double> newPad);
-  /// Makes the front of a member, which has a host, an input and an output without values, and a pad value.
-  virtual void makeFront(Member& member) = 0;
+  /// Arrays that a front takes over when it starts, even if its start fails.
+  struct OwnArrays {
+    std::unique_ptr<Fixpt> input, output, padValue;
+  };
+  /// Makes the front of a member, which has a host. Input and output have no values.
+  virtual void makeFront(Member& member, OwnArrays arrays) = 0;
   /// Calls `visit` for each member there is, of which the first always exists.
   template <class Visit>
   void forEachMember(Visit&& visit) {

@@ -23,13 +23,13 @@ class FixedMedianJob : public detail::FixedFilterJob {
   }
 
  private:
-  void makeFront(Member& member) override {
+  void makeFront(Member& member, OwnArrays arrays) override {
     auto made = std::make_unique<MedianFilterTolk<Fixpt, Fixpt>>(
         member.host.getAdaptor(), geometry.rank, geometry.filterDims.data(), geometry.rank, geometry.inputDims.data(),
         geometry.pad, geometry.mode, false, handleOf(roles.input, member.host), handleOf(roles.output, member.host),
         handleOf(roles.accumulator, member.host));
     member.host.provideWorkVectors(made->getAllocator());
-    made->setup(member.input, member.output, member.padValue, false);
+    made->setup(arrays.input.release(), arrays.output.release(), arrays.padValue.release(), false);
     member.front = std::move(made);
   }
 

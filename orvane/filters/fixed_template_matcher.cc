@@ -54,9 +54,9 @@ class FixedMatchElements : public FixedJob {
                                    handleOf(roles.pattern, host));
   }
 
-  Fixpt* patternAlias(ReferenceHost& host) { return makeOwn(roles.pattern, 0, host).release(); }
-  Fixpt* imageAlias(ReferenceHost& host) { return makeOwn(roles.image, 0, host).release(); }
-  Fixpt* scoresAlias(ReferenceHost& host) { return makeOwn(roles.output, 0, host).release(); }
+  auto patternAlias(ReferenceHost& host) { return makeOwn(roles.pattern, 0, host); }
+  auto imageAlias(ReferenceHost& host) { return makeOwn(roles.image, 0, host); }
+  auto scoresAlias(ReferenceHost& host) { return makeOwn(roles.output, 0, host); }
 
  private:
   FixedMatchRoles roles;

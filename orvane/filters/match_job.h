@@ -120,9 +120,12 @@ class MatchJob {
                               sizes.mode, sizes.metric, mode, isVarSize, roiEnabled, roiValidEnabled, sizes.search);
       host.provideWorkVectors(front->getAllocator());
       if constexpr (requires { Elements::stored; }) front->setStored(Elements::stored, Stored::asComputed);
-      front->setup(types.patternAlias(host), types.imageAlias(host), sizes.roi.data(), types.scoresAlias(host),
-                   location.data(), job.blockEdge(), types.scoresAlias(host), &blockIsValid, &regionIsValid, nullptr,
-                   false);
+      auto templateAlias = types.patternAlias(host);
+      auto imageAlias = types.imageAlias(host);
+      auto mapAlias = types.scoresAlias(host), blockAlias = types.scoresAlias(host);
+      // The front takes them over, even if its start fails.
+      front->setup(templateAlias.release(), imageAlias.release(), sizes.roi.data(), mapAlias.release(), location.data(),
+                   job.blockEdge(), blockAlias.release(), &blockIsValid, &regionIsValid, nullptr, false);
       throwMessages(host);
     }
     AnyTemplateMatching& getProcessor() { return front->getProcessor(); }

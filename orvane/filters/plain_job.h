@@ -85,8 +85,12 @@ class PlainFilterJob {
     void begin() {
       getProcessor().setStrides(job.inputStrides.get(), job.outputStrides.get());
       front->setStored(job.arrays.inputType, job.arrays.outputType);
-      if (bound != job.arrays) job.bind(*front, job.arrays.input, job.arrays.output);
-      bound = job.arrays;
+      if (bound != job.arrays) {
+        bound = {};  // a start that fails leaves the front between two sets of arrays
+        job.bind(*front, job.arrays.input, job.arrays.output);
+        bound = job.arrays;
+      }
+      front->takeClipped();  // of a run that ended early
       front->beginOutputs();
     }
     template <class Work>

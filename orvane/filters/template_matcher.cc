@@ -80,11 +80,11 @@ class PlainMatchElements : public NormalisedElements<UT, HT> {
     }
   }
 
-  HT* patternAlias(ReferenceHost& /*host*/) const { return nullptr; }
-  Computed* imageAlias(ReferenceHost& /*host*/) const { return nullptr; }
-  YT* scoresAlias([[maybe_unused]] ReferenceHost& host) const {
+  std::unique_ptr<HT> patternAlias(ReferenceHost& /*host*/) const { return nullptr; }
+  std::unique_ptr<Computed> imageAlias(ReferenceHost& /*host*/) const { return nullptr; }
+  std::unique_ptr<YT> scoresAlias([[maybe_unused]] ReferenceHost& host) const {
     if constexpr (isCounting) {
-      return KarnDSPFixpt::makeFixpt(count(host), 0).release();
+      return KarnDSPFixpt::makeFixpt(count(host), 0);
     } else {
       return nullptr;
     }

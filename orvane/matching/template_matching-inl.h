@@ -142,6 +142,7 @@ void TemplateMatching<HT, UT, YT, AllocT>::beginRun() {
   Base::beginRun();
   testRegion();
   passMode = tmMode;
+  leavesInside = false;  // a run that ended early can have left it
 }
 
 template <class HT, class UT, class YT, class AllocT>

@@ -118,13 +118,13 @@ fxpBlockProperties* Fixpt::takeProperties() {
     log.minimum = std::min(log.minimum, detail::scaled(static_cast<double>(counters_.least), fraction));
     log.maximum = std::max(log.maximum, detail::scaled(static_cast<double>(counters_.greatest), fraction));
   }
-  counters_ = {};
   fxpBlockProperties* const taken = record.get();
   if (attributes_.adaptor() != nullptr) {
     attributes_.adaptor()->keepAlive(std::move(record));
   } else {
     keepForProcess(std::move(record));
   }
+  counters_ = {};  // not before the record is safe
   return taken;
 }
 

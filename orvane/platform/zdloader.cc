@@ -2,7 +2,8 @@
 
 #include <dlfcn.h>
 
-#include <map>
+#include <algorithm>
+#include <array>
 #include <utility>
 #include <vector>
 
@@ -13,9 +14,19 @@ std::vector<void*>& libraries() {
   return handles;
 }
 
-std::map<client_tag, IppStatus>& badStatuses() {
-  static thread_local std::map<client_tag, IppStatus> statuses;
-  return statuses;
+struct BadStatus {
+  client_tag client = 0;
+  IppStatus status = 0;  ///< 0 for a place that is free
+};
+
+/// The statuses of this thread. They need no memory and no end, so a thread that runs short of memory has them, too. Of
+/// more clients than there are places, the last ones share one.
+std::array<BadStatus, 8> thread_local badStatuses;
+
+/// The place of a client with a status; the end if it has none.
+auto placeOf(client_tag client) {
+  return std::ranges::find_if(badStatuses,
+                              [&](const BadStatus& known) { return known.client == client && known.status != 0; });
 }
 
 }  // namespace
@@ -30,10 +41,17 @@ void* ZdLoader::getMethodPointer(const char* name) const {
 }
 
 void ZdLoader::zdCheckStatus(IppStatus status) const {
-  if (status < 0) badStatuses()[client_] = status;
+  if (status >= 0) return;
+  auto place = placeOf(client_);
+  if (place == badStatuses.end()) place = std::ranges::find(badStatuses, 0, &BadStatus::status);
+  if (place == badStatuses.end()) --place;
+  *place = {client_, status};
 }
 
-IppStatus ZdLoader::takeBadStatus(client_tag client) { return std::exchange(badStatuses()[client], 0); }
+IppStatus ZdLoader::takeBadStatus(client_tag client) {
+  const auto place = placeOf(client);
+  return place == badStatuses.end() ? 0 : std::exchange(place->status, 0);
+}
 
 std::string ZdLoader::addLibrary(const std::string& path) {
   if (path.empty()) return "the name of the library is empty";
