@@ -20,8 +20,8 @@ using filters::Extents;
 template <class T>
 class PlaneBands : public BandFilter {
  public:
-  PlaneBands(const BandShape& bandShape, PlaneMaker<T> maker, PlaneStore<T> storer)
-      : shape(bandShape), make(std::move(maker)), store(std::move(storer)) {}
+  PlaneBands(const BandShape& bandShape, PlaneMaker<T> maker, PlaneStore<T> storer, std::size_t bytesOfFilter)
+      : shape(bandShape), make(std::move(maker)), store(std::move(storer)), ownBytes(bytesOfFilter) {}
 
   SampleCounts filter(const Band& band, const std::uint8_t* in, std::uint8_t* out) override {
     std::unique_ptr<Bench> bench = takeBench();
@@ -39,7 +39,7 @@ class PlaneBands : public BandFilter {
     return counts;
   }
 
-  std::size_t bytesPerColumn() const override { return 2 * sizeof(T); }
+  std::size_t bytesPerColumn() const override { return 2 * sizeof(T) + ownBytes; }
 
  private:
   /// Whole numbers are filtered in their own type or as other elements, complex ones as complex ones.
@@ -158,6 +158,7 @@ class PlaneBands : public BandFilter {
   BandShape shape;
   PlaneMaker<T> make;
   PlaneStore<T> store;
+  std::size_t ownBytes;
   std::mutex mutex;
   std::vector<std::unique_ptr<Bench>> benches;
 };
@@ -165,12 +166,13 @@ class PlaneBands : public BandFilter {
 }  // namespace
 
 template <class T>
-std::unique_ptr<BandFilter> makeBandFilter(const BandShape& shape, PlaneMaker<T> make, PlaneStore<T> store) {
-  return std::make_unique<PlaneBands<T>>(shape, std::move(make), std::move(store));
+std::unique_ptr<BandFilter> makeBandFilter(const BandShape& shape, PlaneMaker<T> make, PlaneStore<T> store,
+                                           std::size_t ownBytes) {
+  return std::make_unique<PlaneBands<T>>(shape, std::move(make), std::move(store), ownBytes);
 }
 
 #define ORVANE_MAKE(T) \
-  template std::unique_ptr<BandFilter> makeBandFilter(const BandShape&, PlaneMaker<T>, PlaneStore<T>);
+  template std::unique_ptr<BandFilter> makeBandFilter(const BandShape&, PlaneMaker<T>, PlaneStore<T>, std::size_t);
 ORVANE_MAKE(bool)
 ORVANE_MAKE(std::int8_t)
 ORVANE_MAKE(std::uint8_t)

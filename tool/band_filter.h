@@ -56,7 +56,9 @@ using PlaneStore = std::function<void(const T* from, std::size_t count, std::uin
 /// whole numbers of up to 32 bits, which the samples then must be. Alpha is not filtered: an output has that of the
 /// pixel under its window's centre, of an even side the one further left or up; beyond the edge by the rule of the pad,
 /// 0 for a constant one.
+/// A filter needs `ownBytes` for each element beside both planes.
 template <class T>
-std::unique_ptr<BandFilter> makeBandFilter(const BandShape& shape, PlaneMaker<T> make, PlaneStore<T> store);
+std::unique_ptr<BandFilter> makeBandFilter(const BandShape& shape, PlaneMaker<T> make, PlaneStore<T> store,
+                                           std::size_t ownBytes = 0);
 
 }  // namespace BP::tool

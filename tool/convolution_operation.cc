@@ -67,7 +67,7 @@ std::string runAs(RowReader& reader, BandShape& shape, const FilterSettings& set
       shape.isWhole = settings.isSeparable() || settings.options.normalise != filters::Normalisation::none;
       FixedPlaneFilters fixed(
           [&settings](const PlanePart& part) { return FixedPlaneFilter(settings, part, IsComplex<T>::value); });
-      counts = filterFile(reader, *makeBandFilter<T>(shape, fixed.maker<T>(), store), shape, files);
+      counts = filterFile(reader, *makeBandFilter<T>(shape, fixed.maker<T>(), store, fixedBytes<T>), shape, files);
       return fixed.table();
     }
   }

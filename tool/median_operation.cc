@@ -44,8 +44,8 @@ void checkWindow(const PictureHeader& in, const std::string& window) {
 std::string runFixed(RowReader& reader, const BandShape& shape, const MedianSettings& settings,
                      const StreamSettings& files, SampleCounts& counts) {
   FixedPlaneFilters fixed(fixedMedianMaker(shape.in, settings));
-  const auto filter =
-      makeBandFilter<double>(shape, fixed.maker<double>(), makeStore<double>(shape.out.type, shape.out.channels, {}));
+  const auto filter = makeBandFilter<double>(
+      shape, fixed.maker<double>(), makeStore<double>(shape.out.type, shape.out.channels, {}), fixedBytes<double>);
   counts = filterFile(reader, *filter, shape, files);
   return fixed.table();
 }

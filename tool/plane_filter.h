@@ -58,6 +58,10 @@ class FixedPlaneFilter {
   std::string explanation;
 };
 
+/// The most bytes that a filter in fixed point needs for an element: two containers and the result as T.
+template <class T>
+constexpr std::size_t fixedBytes = 2 * 16 * (sizeof(T) / sizeof(double)) + sizeof(T);
+
 /// The filters of all parts of a plane in fixed point, whose values are counted together.
 class FixedPlaneFilters {
  public:
