@@ -30,8 +30,10 @@ class CMakeBuild(build_ext):
             target.parent.mkdir(parents=True, exist_ok=True)
             for path in pathlib.Path(prefix).rglob("*.so*"):
                 # Of a library and the links to it, the name that programs look for is enough.
-                if path.name.startswith("_orvane") or re.search(r"\.so\.\d+\.\d+$", path.name):
-                    shutil.copyfile(path, target.parent / (target.name if path.name.startswith("_orvane") else path.name))
+                if path.name.startswith("_orvane"):
+                    shutil.copyfile(path, target)
+                elif re.search(r"\.so\.\d+\.\d+$", path.name):
+                    shutil.copyfile(path, target.parent / path.name)
 
     def compiled(self):
         build = pathlib.Path(self.build_temp).resolve()

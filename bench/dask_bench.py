@@ -43,7 +43,7 @@ def main():
     # Chunks so small that filtering them costs nothing.
     count = (1024 // 32) ** 2
     small = seconds(1, 1024, 32, lambda picture, n: orvane.dask.median(picture, 3, pad=PADS[n]))
-    print(f"a chunk costs {small / count * 1e3:.2f} ms ({count} chunks of 32 x 32, with what they need of their neighbours)")
+    print(f"a chunk costs {small / count * 1e3:.2f} ms ({count} chunks of 32 x 32, with borders)")
     plain = seconds(1, 1024, 32, lambda picture, n: picture + n)
     print(f"of which {plain / count * 1e3:.2f} ms are those of a task of Dask's")
 

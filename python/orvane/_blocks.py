@@ -4,8 +4,8 @@
     a block of outputs               |<--------->|
     its elements                   |-------------------|       pieces of a, b and c, put together where it is filtered
 
-Elements beyond an edge are those that the edge rule names, wherever they lie. A block is filtered in mode "valid", so it
-has the bits of the whole.
+Elements beyond an edge are those that the edge rule names, wherever they lie. A block is filtered in mode "valid", so
+it has the bits of the whole.
 """
 
 from __future__ import annotations
@@ -61,8 +61,8 @@ def stretches(bounds: NDArray[Any], first: int, last: int, pad: str) -> List[Str
             found.append(Stretch(slice(low, high), None, slice(0)))
             continue
         index = places[low:high] - bounds[chunk]
-        neighbours = bool((numpy.diff(index) == 1).all())
-        found.append(Stretch(slice(low, high), chunk, slice(int(index[0]), int(index[-1]) + 1) if neighbours else index))
+        neighbours = slice(int(index[0]), int(index[-1]) + 1)
+        found.append(Stretch(slice(low, high), chunk, neighbours if (numpy.diff(index) == 1).all() else index))
     return found
 
 
@@ -129,9 +129,10 @@ def blocks(title: str, array: dask.array.Array, bounds: Sequence[Sequence[int]],
            run: Any) -> Tuple[str, HighLevelGraph]:
     """A graph with a key `(name, i, j, ...)` for each block of positions between `bounds`.
 
-    What a block needs of a chunk is the chunk itself if that is most of it; the small parts that others need of a chunk
-    are cut out by one task, so that not much travels, and tasks are few. A block's value is what `run` makes of its elements, those of its positions and `reach` before and behind, and of
+    A block's value is what `run` makes of its elements, those of its positions and `reach` before and behind, and of
     its positions. Without a pad, elements end at the edges of the array. `run` must be tokenizable, and travels once.
+    What a block needs of a chunk is the chunk itself if that is most of it. The small parts that others need are cut
+    out by one task for each chunk, so that not much travels and tasks are few.
     """
     name = f"{title}-{tokenize(array.name, bounds, reach, pad, fill, run)}"
     chunk_bounds = [numpy.concatenate([[0], numpy.cumsum(sizes)]) for sizes in array.chunks]

@@ -22,7 +22,7 @@ Ends = Tuple[Tuple[int, int], ...]
 
 
 class _Search:
-    """What workers do with a block of positions, whose elements reach `margin` positions farther where there are any."""
+    """What workers do with a block of positions. Its elements reach `margin` positions farther where there are any."""
 
     def __init__(self, template: NDArray[Any], image: Tuple[int, ...], margin: int, options: Dict[str, Any]) -> None:
         self.template, self.image, self.margin, self.options = template, image, margin, options
@@ -104,8 +104,8 @@ def _is_greatest(metric: str) -> bool:
     return metric in ("cosine", "coefficient")
 
 
-#: What the best match has the least of: 0 where NaN wins, 1 for numbers, 2 where there are none; the score, so that less
-#: is better; 0 inside the image; and the location.
+#: What the best match has the least of: 0 where NaN wins, 1 for numbers, 2 where there are none; the score, so that
+#: less is better; 0 inside the image; and the location.
 Rank = Tuple[int, float, int, Tuple[int, int]]
 Candidate = Tuple[Rank, Match]
 

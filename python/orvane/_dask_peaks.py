@@ -107,9 +107,10 @@ def matches(image: Any, template: ArrayLike, count: int, *, distance: float = 1,
         raise TypeError(f"matches: scores of {found.dtype} have no order; image and template must be real")
     _, pattern, ends = _prepared(image, template, metric, mode, region)
     margin = 1 if refine else 0
-    top = _Top(min(count * _disk(min(distance, sum(found.shape))), max(1, found.size)), _is_greatest(metric),
+    reach = min(distance, float(sum(found.shape)))
+    top = _Top(min(count * _disk(reach), max(1, found.size)), _is_greatest(metric),
                found.shape, margin)
-    finish = _Choice(count, min(distance, float(sum(found.shape))), refine, _is_greatest(metric), found.dtype.kind == "i",
+    finish = _Choice(count, reach, refine, _is_greatest(metric), found.dtype.kind == "i",
                      (ends[0][0], ends[1][0]), found.shape, pattern.shape)
     if found.size == 0:
         return _folded("matches", {}, None, [], finish, tokenize(found.name, finish))

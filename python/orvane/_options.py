@@ -20,6 +20,8 @@ def taps(name: str, values: ArrayLike, dtype: DTypeLike) -> NDArray[Any]:
     own, and integers become elements of the input's precision, which is that of float64 for inputs of integers.
     Integers must fit exactly.
     """
+    if isinstance(values, numpy.ndarray) and values.dtype.kind in "fc":
+        return values
     given = numpy.asarray(values)
     if given.dtype.kind == "b" and numpy.dtype(dtype).kind == "b":
         return given
@@ -38,10 +40,11 @@ def extents(name: str, shape: Union[int, Sequence[int]], rank: Optional[int] = N
     """A shape from one extent, for `rank` axes, or from a sequence of them."""
     if isinstance(shape, (str, bytes)):
         raise TypeError(f"{name}: {shape!r}; it must be an integer or a sequence of integers")
-    try:
-        return (operator.index(shape),) * (1 if rank is None else rank)  # type: ignore[arg-type]
-    except TypeError:
-        pass
+    if not isinstance(shape, (tuple, list)):
+        try:
+            return (operator.index(shape),) * (1 if rank is None else rank)  # type: ignore[arg-type]
+        except TypeError:
+            pass
     try:
         return tuple(operator.index(extent) for extent in shape)  # type: ignore[union-attr]
     except TypeError:

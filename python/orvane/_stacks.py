@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import math
 from typing import Any, Callable, Optional, Sequence, Tuple, Union
 
 import numpy
@@ -33,16 +34,16 @@ def run_stack(make: Callable[[Progress], Any], stack: NDArray[Any], axes: Tuple[
 
     `axes` says where these lie in the caller's input, and so in `out` and in the result.
     """
+    if stack.ndim == len(axes) and axes == tuple(range(len(axes))):
+        return make(reporter(progress, title)).run(stack, out, dtype=dtype, copy=copy)
     outer = stack.shape[:stack.ndim - len(axes)]
-    tell, count, done = reporter(progress, title), max(1, int(numpy.prod(outer))), 0
+    tell, count, done = reporter(progress, title), max(1, math.prod(outer)), 0
 
     def tell_stack(fraction: float) -> Any:
         return tell((done + fraction) / count) if tell is not None else None
 
-    job = make(tell if count == 1 or tell is None else tell_stack)
+    job = make(None if tell is None else tell_stack)
     last = tuple(range(-len(axes), 0))
-    if not outer and axes == tuple(range(len(axes))):
-        return job.run(stack, out, dtype=dtype, copy=copy)
     shape = outer + job.output_shape
     if out is None:
         result = numpy.empty(shape, job.output_dtype if dtype is None else dtype)

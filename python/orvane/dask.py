@@ -1,8 +1,8 @@
 """The filters over Dask's arrays, lazily: the bits of the whole array, whatever its chunks and the workers.
 
-`convolve`, `correlate`, `separable` and `median` take and give Dask arrays, chunk by chunk: a block of outputs needs the
-elements under its windows, and no more. Chunks may be smaller than a filter. With mode "same" outputs have the chunks of
-the input. `match` and `matches` give delayed results, `scores` the array of all scores.
+`convolve`, `correlate`, `separable` and `median` take and give Dask arrays, chunk by chunk: a block of outputs needs
+the elements under its windows, and no more. Chunks may be smaller than a filter. With mode "same" outputs have the
+chunks of the input. `match` and `matches` give delayed results, `scores` the array of all scores.
 
 Parameters are those of the functions of `orvane`. Each task runs in one thread unless `threads` says otherwise, because
 workers have threads of their own.
@@ -94,7 +94,7 @@ def _geometry(array: dask.array.Array, size: Sequence[int], axes: Axes, mode: st
 
 def _windowed(title: str, array: dask.array.Array, geometry: _Geometry, pad: str, pad_value: complex, job: _Job,
               probe: Any, dtype: DTypeLike) -> dask.array.Array:
-    """The outputs of a job; `probe` is an object for the same filter over a small array, whose types are those of it."""
+    """The outputs of a job; `probe` is an object for the same filter over a small array, which has the same types."""
     rule = _orvane.pad_name(pad)
     wanted = numpy.dtype(probe.output_dtype if dtype is None else dtype)
     options = dict(job.options, axes=None if array.ndim == len(geometry.axes) and
@@ -174,7 +174,8 @@ def separable(input: Any, row: ArrayLike, column: ArrayLike, *, direction: str =
     probe = orvane.SeparableConvolution(across, down, geometry.sample, array.dtype, direction=direction, mode=mode,
                                         pad=pad, pad_value=pad_value, threads=threads)
     if _orvane.pad_name(pad) == "constant" and mode != "valid":
-        return _two_passes(array, across, down, direction, mode, pad_value, region, geometry.axes, probe, dtype, threads)
+        return _two_passes(array, across, down, direction, mode, pad_value, region, geometry.axes, probe, dtype,
+                           threads)
     job = _Job("separable", (across, down), {"direction": direction, "threads": threads})
     return _windowed("separable", array, geometry, pad, pad_value, job, probe, dtype)
 

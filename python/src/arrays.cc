@@ -66,9 +66,12 @@ Element elementOfAny(const char* argument, const py::array& array, bool& isSwapp
       "other, and lines in ascending order that do not overlap");
 }
 
-py::array denseCopy(const py::array& array, Element element) {
-  static const auto* copy = new py::object(py::module_::import("numpy").attr("array"));
-  return (*copy)(array, py::arg("dtype") = dtypeOf(element), py::arg("order") = "C", py::arg("copy") = true);
+py::array denseCopy(const py::array& array, Element element, bool isSwapped) {
+  constexpr int rowsFirst = 0;  // NumPy's number of the order
+  const py::object native = isSwapped ? array.attr("astype")(dtypeOf(element)) : py::object(array);
+  PyObject* const copy = py::detail::npy_api::get().PyArray_NewCopy_(native.ptr(), rowsFirst);
+  if (copy == nullptr) throw py::error_already_set();
+  return py::reinterpret_steal<py::array>(copy);
 }
 
 }  // namespace
@@ -181,7 +184,7 @@ HeldArray readable(const char* argument, const py::object& value, Copying copyin
     if (const auto memory = memoryOf(array, element)) return {std::move(array), *memory};
   }
   if (copying == Copying::refused) refuseCopy(argument, array);
-  py::array copy = denseCopy(array, element);
+  py::array copy = denseCopy(array, element, isSwapped);
   const Memory memory = *memoryOf(copy, element);
   return {std::move(copy), memory};
 }

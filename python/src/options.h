@@ -21,11 +21,11 @@ struct Choice {
 /// What `given` stands for in a table. Throws `std::invalid_argument`, which names `argument` and all that is allowed.
 template <class Value, std::size_t n>
 Value chosen(const char* argument, const std::string& given, const std::array<Choice<Value>, n>& choices) {
-  std::string allowed;
   for (const Choice<Value>& choice : choices) {
     if (choice.name == given) return choice.value;
-    allowed += (allowed.empty() ? "" : ", ") + std::string(choice.name);
   }
+  std::string allowed;
+  for (const Choice<Value>& choice : choices) allowed += (allowed.empty() ? "" : ", ") + std::string(choice.name);
   throw std::invalid_argument(std::string(argument) + ": " + given + "; allowed are " + allowed);
 }
 

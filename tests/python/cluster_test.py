@@ -61,7 +61,8 @@ class ClusterTest(unittest.TestCase):
             done = subprocess.run([sys.executable, ROOT / "examples" / "filter_zarr.py", folder, "13500"], check=False,
                                   capture_output=True, text=True)
         self.assertEqual(done.returncode, 0, done.stderr)
-        self.assertIn("695 MiB by workers of 320 MiB each\nthe part in the middle is the same, bit for bit", done.stdout)
+        self.assertIn("695 MiB by workers of 320 MiB each\nthe part in the middle is the same, bit for bit",
+                      done.stdout)
 
 
 if __name__ == "__main__":

@@ -81,8 +81,9 @@ class DaskTest(unittest.TestCase):
             self.same(orvane.dask.median(self.cut(array > 0), 3, pad=pad), orvane.median(array > 0, 3, pad=pad))
             for region in (numpy.s_[2:7, -3:5], numpy.s_[:4, 6:99], numpy.s_[3:3, :]):
                 for mode in MODES:
-                    self.same(orvane.dask.separable(self.cut(array), taps[0], taps[0, :2], region=region, pad=pad, mode=mode),
-                              orvane.separable(array, taps[0], taps[0, :2], region=region, pad=pad, mode=mode))
+                    filters, options = (taps[0], taps[0, :2]), {"region": region, "pad": pad, "mode": mode}
+                    self.same(orvane.dask.separable(self.cut(array), *filters, **options),
+                              orvane.separable(array, *filters, **options))
         self.same(orvane.dask.convolve(self.cut(stack), taps, axes=(1, 2), dtype="int16"),
                   orvane.convolve(stack, taps, axes=(1, 2), dtype="int16"))
         lazy = orvane.dask.convolve(self.cut(array), taps)

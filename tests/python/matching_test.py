@@ -22,7 +22,8 @@ class MatchingTest(unittest.TestCase):
             with self.subTest(metric=metric):
                 match = orvane.match(image, template, metric=metric, map=True, neighbourhood=3, refine=True)
                 numpy.testing.assert_allclose(match.map, expected, rtol=1e-12)
-                best = numpy.unravel_index((expected.argmax if metric == "cosine" else expected.argmin)(), expected.shape)
+                place = expected.argmax() if metric == "cosine" else expected.argmin()
+                best = numpy.unravel_index(place, expected.shape)
                 self.assertEqual(match.location, (best[0] + 1, best[1] + 2))
                 self.assertEqual(match.window, (slice(best[0], best[0] + 4), slice(best[1], best[1] + 5)))
                 self.assertEqual(match.neighbourhood[1, 1], match.score)
