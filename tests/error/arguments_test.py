@@ -125,8 +125,10 @@ class ArgumentsTest(RefusalCase):
             ("in.png old.png --kernel 1 --compression 10", "--compression", "'10'", "0 to 9"),
             ("in.png old.png --kernel 1 --threads -1", "--threads", "'-1'", "0 to 1024"),
             ("in.png old.png --kernel 1 --memory 0", "--memory", "'0'", "1 to"),
-            ("tall.npy out.npy --kernel box:9 --pad circular --memory 1", "--memory 1", "circular", "MiB"),
         )
+        # A pipe cannot be read twice.
+        self.refused("convolve - out.npy --kernel box:9 --pad circular --memory 1", "--memory 1", "circular", "MiB",
+                     prefix=("sh", "-c", 'cat tall.npy | "$@"', "sh"))
         self.all_refused(
             "correlate --nd",
             ("cube.npy out.npy --kernel plane.npy", "filter: rank 2", "3"),
