@@ -145,7 +145,9 @@ bool isPrintable(const std::string& text) {
 void write(const std::string& text) {
   require(isPrintable(legible(text)) && isPrintable(inQuotes(text)), "a text is not on one line of characters");
   require(legible(legible(text)) == legible(text), "what is legible is not left alone");
-  for (const char c : jsonOf(std::string_view(text))) {
+  const std::string json = jsonOf(std::string_view(text));
+  require(validUtf8(json) == json, "a text in JSON is not UTF-8");
+  for (const char c : json) {
     require(static_cast<unsigned char>(c) >= 0x20, "a text in JSON has a control character");
   }
   suggestion(text.substr(0, 40), {"--kernel", "--pad", "convolve", "--checksum"});

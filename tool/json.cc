@@ -15,7 +15,7 @@ std::string jsonOf(double value) {
 
 std::string jsonOf(std::string_view text) {
   std::string result = "\"";
-  for (const char c : text) {
+  for (const char c : validUtf8(text)) {
     std::array<char, 8> escape{};
     if (c == '"' || c == '\\') result += '\\';
     if (static_cast<unsigned char>(c) >= 0x20) {

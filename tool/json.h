@@ -12,7 +12,7 @@ namespace BP::tool {
 
 /// Values as JSON. NaN and infinities are the texts "nan", "inf" and "-inf", for JSON has no such numbers.
 std::string jsonOf(double value);
-std::string jsonOf(std::string_view text);
+std::string jsonOf(std::string_view text);  ///< bytes that are not UTF-8 become U+FFFD, for JSON is UTF-8
 inline std::string jsonOf(const char* text) { return jsonOf(std::string_view(text)); }
 template <std::same_as<bool> Bool>
 std::string jsonOf(Bool value) {

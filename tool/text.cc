@@ -105,6 +105,16 @@ std::string legible(std::string_view text) {
   return result;
 }
 
+std::string validUtf8(std::string_view text) {
+  std::string result;
+  while (!text.empty()) {
+    const Character character = firstCharacter(text);
+    result += character.code < 0 ? "\xef\xbf\xbd" : text.substr(0, character.length);
+    text.remove_prefix(character.length);
+  }
+  return result;
+}
+
 std::string inQuotes(std::string_view text) {
   constexpr std::size_t maxLength = 200;
   if (text.size() <= maxLength) return "'" + legible(text) + "'";

@@ -12,6 +12,9 @@ namespace BP::tool {
 /// become escapes such as \n, \x1b or \u202e, bytes that are not UTF-8 escapes such as \xff. Other text stays as it is.
 std::string legible(std::string_view text);
 
+/// `text` with the character U+FFFD in place of each byte that is not UTF-8.
+std::string validUtf8(std::string_view text);
+
 /// The legible `text` between single quotes, shortened in the middle if it is very long.
 std::string inQuotes(std::string_view text);
 
