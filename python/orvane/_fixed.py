@@ -123,11 +123,9 @@ def _values(name: str, values: FixedArray) -> Tuple[NDArray[Any], str]:
 class _FixedFilter(_orvane.FixedFilter):
     """What all fixed-point filters share."""
 
-    _input: FixedType
-
     def run(self, input: Union[FixedArray, NDArray[Any]], out: Optional[NDArray[Any]] = None) -> FixedArray:
         """Filters `input`, values or the integers that stand for them, into `out` or into a new array."""
-        return FixedArray(self._run(_raw("input", input, self._input), out), FixedType(self.output_type))
+        return FixedArray(self._run(_raw("input", input, FixedType(self.input_type)), out), FixedType(self.output_type))
 
     def statistics(self) -> List[Statistics]:
         """The counts of all runs so far, sorted by label."""
@@ -167,7 +165,6 @@ class FixedConvolution(_FixedFilter):
                  mode: str = "same", pad: str = "replicate", pad_value: complex = 0, normalise: str = "none",
                  region: Optional[Region] = None, threads: int = 0, progress: Progress = None) -> None:
         size, values = extents("shape", shape), _values("filter", filter)
-        self._input = FixedType(input)
         super().__init__("convolution", [values], (), size, _type_table(
             input, accumulator, output, product, sqrt, input_complex, rounding, overflow, gather), filter_options(
             size, values[0].shape, "filtering", direction=direction, mode=mode, pad=pad, pad_value=pad_value,
@@ -194,7 +191,6 @@ class FixedSeparableConvolution(_FixedFilter):
                  pad_value: complex = 0, region: Optional[Region] = None, threads: int = 0,
                  progress: Progress = None) -> None:
         size, across, down = extents("shape", shape), _values("row", row), _values("column", column)
-        self._input = FixedType(input)
         super().__init__("separable", [across, down], (), size, _type_table(
             input, accumulator, output, product, None, input_complex, rounding, overflow, gather), filter_options(
             size, (down[0].size, across[0].size), "filtering", direction=direction, mode=mode, pad=pad,
@@ -220,7 +216,6 @@ class FixedMedian(_FixedFilter):
                  progress: Progress = None) -> None:
         size = extents("shape", shape)
         under = extents("window", window, len(size))
-        self._input = FixedType(input)
         super().__init__("median", [], under, size, _type_table(
             input, accumulator, output, None, None, False, rounding, overflow, gather), filter_options(
             size, under, "median", mode=mode, pad=pad, pad_value=pad_value, region=region, threads=threads,
@@ -249,7 +244,6 @@ class FixedMatcher(_orvane.FixedMatcher):
                  neighbourhood: int = 0, best: bool = True, map: bool = False, refine: bool = False, threads: int = 0,
                  progress: Progress = None) -> None:
         size, pattern = extents("shape", shape), _values("template", template)
-        self._input = FixedType(input)
         super().__init__(pattern, size, _type_table(input, accumulator, output, product, None, input_complex, rounding,
                                                     overflow, gather), {
             "metric": metric, "mode": mode, "search": search,
@@ -258,7 +252,7 @@ class FixedMatcher(_orvane.FixedMatcher):
 
     def run(self, image: Union[FixedArray, NDArray[Any]]) -> Match:
         """Finds the template in an image, of values or of the integers that stand for them."""
-        return Match(*self._run(_raw("image", image, self._input)))
+        return Match(*self._run(_raw("image", image, FixedType(self.input_type))))
 
     def statistics(self) -> List[Statistics]:
         """The counts of all runs so far, sorted by label."""

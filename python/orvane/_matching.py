@@ -95,9 +95,8 @@ class Matcher(_orvane.Matcher):
         pattern, size = taps("template", template, dtype), extents("shape", shape)
         if pattern.ndim != 2 or len(size) != 2:
             raise ValueError(f"template and image: {pattern.ndim} and {len(size)} axes; they must have 2")
-        self._geometry = size, pattern.shape, mode
         super().__init__(pattern, size, dtype, {
-            "metric": metric, "mode": mode, "search": search, "region": region_box(region, *self._geometry),
+            "metric": metric, "mode": mode, "search": search, "region": region_box(region, size, pattern.shape, mode),
             "neighbourhood": neighbourhood, "best": best, "map": map, "refine": refine, "threads": threads,
             "progress": reporter(progress, "matching")})
 

@@ -59,6 +59,11 @@ def positions(shape: Shape, window: Shape, mode: str) -> Tuple[Tuple[int, int], 
     return tuple(along(u, h) for u, h in zip(shape, window))
 
 
+def _near(position: Any) -> int:
+    """A position, which may lie beyond all that an array has; the library counts in 32 bits."""
+    return max(-2**30, min(2**30, operator.index(position)))
+
+
 def region_box(region: Optional[Region], shape: Shape, window: Shape, mode: str) -> Optional[Tuple[Shape, Shape]]:
     """A region of slices as start and shape. Ends that are None are those of the mode's positions."""
     if region is None:
@@ -71,8 +76,8 @@ def region_box(region: Optional[Region], shape: Shape, window: Shape, mode: str)
     if any(s.step not in (None, 1) for s in slices):
         raise ValueError(f"region: {region!r}; allowed are slices without a step")
     ends = positions(shape, window, mode)
-    first = tuple(low if s.start is None else operator.index(s.start) for s, (low, _) in zip(slices, ends))
-    last = tuple(high if s.stop is None else operator.index(s.stop) for s, (_, high) in zip(slices, ends))
+    first = tuple(low if s.start is None else _near(s.start) for s, (low, _) in zip(slices, ends))
+    last = tuple(high if s.stop is None else _near(s.stop) for s, (_, high) in zip(slices, ends))
     return first, tuple(max(0, b - a) for a, b in zip(first, last))
 
 

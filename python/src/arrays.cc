@@ -119,10 +119,6 @@ py::dtype dtypeOf(Element element) { return dtypes()[static_cast<std::size_t>(el
 
 Extents extentsOf(const py::handle& shape, const char* argument) {
   std::array<std::int64_t, Extents::maxRank> extents{};
-  if (py::isinstance<py::int_>(shape)) {
-    extents[0] = shape.cast<std::int64_t>();
-    return Extents(std::span(extents.data(), 1));
-  }
   const auto axes = py::reinterpret_borrow<py::sequence>(shape);
   const std::size_t rank = py::len(axes);
   if (rank > Extents::maxRank) {
@@ -130,9 +126,14 @@ Extents extentsOf(const py::handle& shape, const char* argument) {
                                 " dimensions; allowed are up to " + std::to_string(Extents::maxRank));
   }
   for (std::size_t d = 0; d < rank; ++d) {
-    const py::object extent = py::reinterpret_steal<py::object>(PyNumber_Index(py::object(axes[rank - 1 - d]).ptr()));
-    if (!extent) throw py::error_already_set();
-    extents[d] = extent.cast<std::int64_t>();
+    const py::object extent = axes[rank - 1 - d];
+    int isTooLarge = 0;
+    extents[d] = PyLong_AsLongLongAndOverflow(extent.ptr(), &isTooLarge);
+    if (isTooLarge != 0) {
+      throw std::invalid_argument(std::string(argument) + ": " + std::string(py::str(extent)) +
+                                  "; allowed are integers of 64 bits");
+    }
+    if (PyErr_Occurred()) throw py::error_already_set();
   }
   return Extents(std::span(extents.data(), rank));
 }

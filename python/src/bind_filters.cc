@@ -16,20 +16,18 @@ namespace BP::python {
 
 namespace {
 
-using Make = std::unique_ptr<Filter> (*)(const FilterRequest&);
-
 /// A filter as Python sees it: any of `Convolution`, `SeparableConvolution` and `Median`. It keeps what it was made
 /// of, because a process that is forked from this one has to make it again.
 class FilterObject {
  public:
-  FilterObject(Make newMake, const py::list& newFilters, const py::object& window, const py::object& shape,
-               const py::object& dtype, const py::dict& options)
-      : make(newMake), request{checkedElement("dtype", dtype),
-                               extentsOf(shape, "shape"),
-                               {},
-                               extentsOf(window, "window"),
-                               convolutionOptionsOf(options, runs),
-                               regionOf(options["region"])} {
+  FilterObject(const std::string& newKind, const py::list& newFilters, const py::object& window,
+               const py::object& shape, const py::object& dtype, const py::dict& newOptions)
+      : kind(newKind), options(newOptions), request{checkedElement("dtype", dtype),
+                                                    extentsOf(shape, "shape"),
+                                                    {},
+                                                    extentsOf(window, "window"),
+                                                    convolutionOptionsOf(options, runs),
+                                                    regionOf(options["region"])} {
     for (const py::handle taken : newFilters) {
       taps.push_back(readable("filter", py::reinterpret_borrow<py::object>(taken), Copying::always));
     }
@@ -76,6 +74,16 @@ class FilterObject {
       filter->setPadValue(value);
       request.options.pad.value = value;
     });
+    options = options.attr("copy")();
+    options["pad_value"] = value;
+  }
+
+  /// Those of a constructor that makes such an object.
+  py::tuple arguments() const {
+    py::list filters;
+    for (const HeldArray& array : taps) filters.append(array.array);
+    return py::make_tuple(kind, filters, shapeOf(request.window), shapeOf(request.inputExtents), dtypeOf(request.input),
+                          options);
   }
 
   const Filter& get() const { return *filter; }
@@ -92,6 +100,7 @@ class FilterObject {
   void start() {
     const std::vector<Memory> memory = memoryOf(taps);
     request.filters = memory;
+    const auto make = kind == "median" ? makeMedian : kind == "separable" ? makeSeparable : makeConvolution;
     filter.set(make(request));
     request.filters = {};
   }
@@ -99,7 +108,8 @@ class FilterObject {
     if (filter.isForeign()) start();
   }
 
-  Make make;
+  std::string kind;
+  py::dict options;
   Runs runs;
   std::vector<HeldArray> taps;
   FilterRequest request;
@@ -120,11 +130,9 @@ py::tuple haloTuple(const Filter& filter) {
 void bindFilters(py::module_& module) {
   const py::object none = py::none();
   py::class_<FilterObject>(module, "Filter")
-      .def(py::init([](const std::string& kind, const py::list& filters, const py::object& window,
-                       const py::object& shape, const py::object& dtype, const py::dict& options) {
-        const Make make = kind == "median" ? makeMedian : kind == "separable" ? makeSeparable : makeConvolution;
-        return std::make_unique<FilterObject>(make, filters, window, shape, dtype, options);
-      }))
+      .def(py::init<const std::string&, const py::list&, const py::object&, const py::object&, const py::object&,
+                    const py::dict&>())
+      .def("__reduce__", reduce<FilterObject>())
       .def("run", &FilterObject::run, py::arg("input"), py::arg("out") = none, py::kw_only(), py::arg("dtype") = none,
            py::arg("copy") = none,
            "Filters `input` into `out`, or into a new array, and returns that.\n\n"

@@ -37,13 +37,18 @@ FixedTypes typesOf(const py::dict& types) {
 /// A fixed-point filter as Python sees it.
 class FixedObject {
  public:
-  FixedObject(const std::string& kind, const py::list& newFilters, const py::object& window, const py::object& shape,
-              const py::dict& types, const py::dict& newOptions)
-      : extents(extentsOf(shape, "shape")), input(typeAt(types, "input")) {
-    ConvolutionOptions options = convolutionOptionsOf(newOptions, runs);
-    options.region = rectangleOf(newOptions["region"]);
-    for (const py::handle given : newFilters) {
-      const auto pair = py::reinterpret_borrow<py::tuple>(given);
+  FixedObject(const std::string& newKind, const py::list& newFilters, const py::object& newWindow,
+              const py::object& shape, const py::dict& newTypes, const py::dict& newOptions)
+      : kind(newKind),
+        window(newWindow),
+        types(newTypes),
+        given(newOptions),
+        extents(extentsOf(shape, "shape")),
+        input(typeAt(types, "input")) {
+    ConvolutionOptions options = convolutionOptionsOf(given, runs);
+    options.region = rectangleOf(given["region"]);
+    for (const py::handle values : newFilters) {
+      const auto pair = py::reinterpret_borrow<py::tuple>(values);
       filters.emplace_back(fixedInput("filter", pair[0], fixedTypeOf(pair[1])).view);
     }
     if (kind == "median") {
@@ -80,6 +85,13 @@ class FixedObject {
     return to.array;
   }
 
+  /// Those of a constructor that makes such an object.
+  py::tuple arguments() const {
+    py::list values;
+    for (const FixedArray& filter : filters) values.append(pairOf(filter));
+    return py::make_tuple(kind, values, window, shape(), types, given);
+  }
+
   py::list statistics() {
     const auto labels = runs([&] { return runnerOf(*job).statistics(); });
     return statisticsList(labels);
@@ -102,11 +114,18 @@ class FixedObject {
   }
 
   void setPadValue(std::complex<double> value) {
-    runs([&] { runnerOf(*job).setPadValue(value); });
+    runs([&] {
+      restartInChild();
+      runnerOf(*job).setPadValue(value);
+      padValue = value;
+    });
+    given = given.attr("copy")();
+    given["pad_value"] = value;
   }
 
   py::tuple outputShape() const { return shapeOf(runnerOf(*job).outputExtents()); }
   py::tuple positions() const { return slicesOf(boxOf(runnerOf(*job).positions(), extents.rank())); }
+  std::string inputType() const { return toText(input); }
   std::string outputType() const { return toText(output); }
   py::tuple shape() const { return shapeOf(extents); }
 
@@ -118,14 +137,20 @@ class FixedObject {
             .modes = modesOf(types)};
   }
   void restartInChild() {
-    if (job.isForeign()) job.set(make());
+    if (!job.isForeign()) return;
+    job.set(make());
+    if (padValue) runnerOf(*job).setPadValue(*padValue);
   }
 
+  std::string kind;
+  py::object window;
+  py::dict types, given;
   Runs runs;
   Extents extents;
   FixedType input, output;
   bool isComplex = false;
   bool outputIsComplex = false;
+  std::optional<std::complex<double>> padValue;  ///< in place of that of the options
   std::vector<FixedArray> filters;
   std::function<std::unique_ptr<FixedJob>()> make;
   OfProcess<FixedJob> job;
@@ -137,10 +162,12 @@ void bindFixed(py::module_& module) {
   py::class_<FixedObject>(module, "FixedFilter")
       .def(py::init<const std::string&, const py::list&, const py::object&, const py::object&, const py::dict&,
                     const py::dict&>())
+      .def("__reduce__", reduce<FixedObject>())
       .def("_run", &FixedObject::run)
       .def("_statistics", &FixedObject::statistics)
       .def("set_pad_value", &FixedObject::setPadValue, py::arg("value"),
            "Sets the value of a constant pad for later runs. It must be a value of the input's type.")
+      .def_property_readonly("input_type", &FixedObject::inputType, "The type of inputs, as in 'u8.0'.")
       .def_property_readonly("paths", &FixedObject::paths, "How the sums run, in a sentence for each pass.")
       .def_property_readonly("shape", &FixedObject::shape, "The shape of inputs.")
       .def_property_readonly("output_shape", &FixedObject::outputShape, "The shape of outputs.")

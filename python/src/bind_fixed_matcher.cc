@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "python/src/arrays.h"
+#include "python/src/bind.h"
 #include "python/src/fixed_arrays.h"
 #include "python/src/options.h"
 #include "python/src/runs.h"
@@ -18,7 +19,9 @@ class FixedMatcherObject {
  public:
   FixedMatcherObject(const py::tuple& newPattern, const py::object& shape, const py::dict& newTypes,
                      const py::dict& newOptions)
-      : extents(extentsOf(shape, "shape")),
+      : givenTypes(newTypes),
+        givenOptions(newOptions),
+        extents(extentsOf(shape, "shape")),
         types{.input = typeAt(newTypes, "input"),
               .inputIsComplex = py::cast<bool>(newTypes["input_complex"]),
               .accumulator = typeAt(newTypes, "accumulator"),
@@ -57,12 +60,17 @@ class FixedMatcherObject {
     return statisticsList(labels);
   }
 
+  /// Those of a constructor that makes such an object.
+  py::tuple arguments() const { return py::make_tuple(pairOf(pattern), shape(), givenTypes, givenOptions); }
+
   py::tuple shape() const { return shapeOf(extents); }
+  std::string inputType() const { return toText(types.input); }
   std::string outputType() const { return toText(types.output); }
 
  private:
   void start() { matcher.set(std::make_unique<FixedTemplateMatcher>(pattern, extents, types, options)); }
 
+  py::dict givenTypes, givenOptions;
   Runs runs;
   Extents extents;
   FixedMatchTypes types;
@@ -76,8 +84,10 @@ class FixedMatcherObject {
 void bindFixedMatcher(py::module_& module) {
   py::class_<FixedMatcherObject>(module, "FixedMatcher")
       .def(py::init<const py::tuple&, const py::object&, const py::dict&, const py::dict&>())
+      .def("__reduce__", reduce<FixedMatcherObject>())
       .def("_run", &FixedMatcherObject::run)
       .def("_statistics", &FixedMatcherObject::statistics)
+      .def_property_readonly("input_type", &FixedMatcherObject::inputType, "The type of images, as in 'u8.0'.")
       .def_property_readonly("shape", &FixedMatcherObject::shape, "The shape of images.")
       .def_property_readonly("output_type", &FixedMatcherObject::outputType, "The type of scores, as in 'u16.0'.");
 }

@@ -39,9 +39,13 @@ class MatcherObject {
       : pattern(readable("template", newPattern, Copying::always)),
         image(checkedElement("dtype", dtype)),
         extents(extentsOf(shape, "shape")),
-        options(matchOptionsOf(newOptions, runs)) {
+        given(newOptions),
+        options(matchOptionsOf(given, runs)) {
     start();
   }
+
+  /// Those of a constructor that makes such an object.
+  py::tuple arguments() const { return py::make_tuple(pattern.array, shapeOf(extents), dtypeOf(image), given); }
 
   /// The members of a `Match`, in their order.
   py::tuple run(const py::object& value, const py::object& copy) {
@@ -87,10 +91,13 @@ class MatcherObject {
       matcher->setRegion(next);
       options.region = next;
     });
+    given = given.attr("copy")();
+    given["region"] = region;
   }
 
   const Matcher& get() const { return *matcher; }
   const Extents& getExtents() const { return extents; }
+  const py::dict& getOptions() const { return given; }
 
  private:
   HeldArray imageOf(const py::object& value, const py::object& copy) const {
@@ -109,6 +116,7 @@ class MatcherObject {
   HeldArray pattern;
   Element image;
   Extents extents;
+  py::dict given;
   MatchOptions options;
   OfProcess<Matcher> matcher;
 };
@@ -118,10 +126,16 @@ class MatcherObject {
 void bindMatchers(py::module_& module) {
   py::class_<MatcherObject>(module, "Matcher")
       .def(py::init<const py::object&, const py::object&, const py::object&, const py::dict&>())
+      .def("__reduce__", reduce<MatcherObject>())
       .def("_run", &MatcherObject::run)
       .def("_run_peaks", &MatcherObject::runPeaks)
       .def("_set_template", &MatcherObject::setTemplate)
       .def("_set_region", &MatcherObject::setRegion)
+      .def_property_readonly("_geometry",
+                             [](const MatcherObject& self) {
+                               return py::make_tuple(shapeOf(self.getExtents()), shapeOf(self.get().windowExtents()),
+                                                     py::object(self.getOptions()["mode"]));
+                             })
       .def_property_readonly(
           "shape", [](const MatcherObject& self) { return shapeOf(self.getExtents()); }, "The shape of images.")
       .def_property_readonly(

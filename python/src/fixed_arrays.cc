@@ -142,6 +142,8 @@ py::array fixedArrayOf(const FixedArray& values) {
   return held.array;
 }
 
+py::tuple pairOf(const FixedArray& values) { return py::make_tuple(fixedArrayOf(values), toText(values.type())); }
+
 py::list statisticsList(const std::vector<FixedStatistics>& labels) {
   py::list list;
   for (const FixedStatistics& s : labels) {

@@ -35,6 +35,8 @@ HeldFixed fixedInput(const char* argument, const py::object& value, const FixedT
 HeldFixed fixedOutput(const py::object& out, const Extents& extents, const FixedType& type, bool isComplex);
 /// A new array with these values.
 py::array fixedArrayOf(const FixedArray& values);
+/// That array, and the type as a text.
+py::tuple pairOf(const FixedArray& values);
 
 /// The members of `FixedStatistics` for each label.
 py::list statisticsList(const std::vector<FixedStatistics>& labels);

@@ -104,7 +104,7 @@ class FiltersTest(unittest.TestCase):
             whole = orvane.convolve(array, taps, mode=mode)
             job = orvane.Convolution(taps, array.shape, mode=mode)
             self.assertEqual(tuple(s.start for s in job.positions), first)
-            for region in (numpy.s_[2:6, 3:9], numpy.s_[:3, 5:], numpy.s_[-40:4, :], numpy.s_[5:5, :]):
+            for region in (numpy.s_[2:6, 3:9], numpy.s_[:3, 5:], numpy.s_[-2**80:4, :2**62], numpy.s_[5:5, :]):
                 clipped = tuple(slice(max(r.start if r.start is not None else p.start, p.start) - p.start,
                                       max((r.stop if r.stop is not None else p.stop) - p.start, 0))
                                 for r, p in zip(region, job.positions))
@@ -184,6 +184,7 @@ class FiltersTest(unittest.TestCase):
             (ValueError, "region: 1 slices; the input has 2 axes",
              lambda: orvane.median(picture, 3, region=numpy.s_[1:2])),
             (ValueError, "without a step", lambda: orvane.median(picture, 3, region=numpy.s_[1:2, ::2])),
+            (ValueError, "shape: 1180591620717411303424; allowed", lambda: orvane.Median(3, (2**70, 4))),
             (ValueError, "threads: -1; allowed", lambda: orvane.median(picture, 3, threads=-1)),
             (TypeError, "threads: 'x'; it must be an integer", lambda: orvane.median(picture, 3, threads="x")),
             (ValueError, "input: shape \\(7, 6\\); it must be \\(6, 7\\)",

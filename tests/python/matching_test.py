@@ -71,6 +71,14 @@ class CommandTest(CommandCase):
                     self.assertEqual((found.dtype, found.shape), (expected.dtype, expected.shape))
                     self.assertEqual(found.tobytes(), expected.tobytes())
 
+    def test_colours_as_stacks(self):
+        image = self.random_image(31, 23, channels=3)
+        self.write("in.png", image)
+        self.succeed("convolve", "in.png", "out.png", "--kernel", "0,-1,0;-1,5.5,-1;0,-1,0")
+        taps = numpy.array([[0, -1, 0], [-1, 5.5, -1], [0, -1, 0]])
+        found = orvane.convolve(image.astype("uint8"), taps, axes=(0, 1), dtype="uint8")
+        numpy.testing.assert_array_equal(found, self.read("out.png")[0])
+
 
 if __name__ == "__main__":
     unittest.main()

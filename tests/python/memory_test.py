@@ -1,5 +1,7 @@
 """Which memory is read and written in place."""
 
+import copy
+import pickle
 import unittest
 
 import numpy
@@ -71,6 +73,23 @@ class MemoryTest(unittest.TestCase):
         del job
         orvane.match(self.base, self.base[2:5, 3:6], map=True)
         numpy.testing.assert_array_equal(scores, before)
+
+    def test_objects_travel(self):
+        """Copies and pickles have the filter, the pad value and the region of now."""
+        frame, patch = (self.base[:6, :8] * 40).astype("int8").view("uint8"), self.base[2:5, 3:6]
+        smooth = orvane.Convolution(self.taps, self.base.shape, pad="constant")
+        smooth.set_filter(self.taps + 1)
+        smooth.set_pad_value(3)
+        find = orvane.Matcher(patch, self.base.shape)
+        find.set_region(numpy.s_[4:9, 5:])
+        fixed = orvane.FixedMedian(3, frame.shape, input="u8.0")
+        pattern = orvane.FixedArray(frame[2:4, 3:6], orvane.FixedType("u8.0"))
+        spot = orvane.FixedMatcher(pattern, frame.shape, input="u8.0", accumulator="s20.0", output="u16.0")
+        for travel in (copy.copy, copy.deepcopy, lambda job: pickle.loads(pickle.dumps(job))):
+            numpy.testing.assert_array_equal(travel(smooth).run(self.base), smooth.run(self.base))
+            self.assertEqual(travel(find).run(self.base).location, find.run(self.base).location)
+            numpy.testing.assert_array_equal(travel(fixed).run(frame).raw, fixed.run(frame).raw)
+            self.assertEqual(travel(spot).run(frame).location, (2, 4))
 
 
 if __name__ == "__main__":
