@@ -1,11 +1,13 @@
 """Builds the Python module by CMake, with the shared libraries beside it: pip install --no-build-isolation .
 
-ORVANE_BUILD_DIR names a build folder that is there already, whose module is then taken.
+ORVANE_BUILD_DIR names a build folder that is there already, whose module is then taken. CMAKE_ARGS has further options
+for CMake, as in "-DCMAKE_CXX_COMPILER=clang++".
 """
 
 import os
 import pathlib
 import re
+import shlex
 import shutil
 import subprocess
 import sys
@@ -41,7 +43,8 @@ class CMakeBuild(build_ext):
         subprocess.run(["cmake", "-S", ROOT, "-B", build, *ninja, "-DCMAKE_BUILD_TYPE=Release",
                         "-DORVANE_BUILD_TESTS=OFF", "-DORVANE_BUILD_TOOL=OFF", "-DORVANE_BUILD_BENCH=OFF",
                         "-DORVANE_BUILD_PYTHON=ON", f"-DORVANE_PYTHON={sys.executable}",
-                        f"-DPYTHON_EXECUTABLE={sys.executable}"], check=True)
+                        f"-DPYTHON_EXECUTABLE={sys.executable}", *shlex.split(os.environ.get("CMAKE_ARGS", ""))],
+                       check=True)
         subprocess.run(["cmake", "--build", build, "--parallel", str(os.cpu_count() or 1)], check=True)
         return build
 
