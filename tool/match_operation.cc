@@ -181,7 +181,7 @@ std::string details() {
   return "A position is where the middle of TEMPLATE lies, of an even side the pixel further left or up of the two;\n"
          "the window is what of IMAGE lies under TEMPLATE then. The best match has the least score, or the greatest; "
          "of equal scores "
-         "the\nfirst, row by row. Metrics, with a of the window and t of TEMPLATE:\n"
+         "the\nfirst, row by row, and those at an edge last. Metrics, with a of the window and t of TEMPLATE:\n"
          "  sad          sum of |a - t|\n"
          "  ssd          sum of (a - t)^2\n"
          "  maxad        greatest |a - t|\n"

@@ -38,8 +38,9 @@ class PlainMatchElements;
 
 /// The best match is the position with the least score; with `Metric::cosine` and `Metric::correlationCoefficient` it
 /// is the one with the greatest. Complex scores compare by squared magnitude. Of equal scores the one visited first
-/// wins. Positions where the template lies inside the image come before the others. Each of these groups is visited row
-/// by row. A score of NaN is ignored, except at the very first position, where it wins if the least score is the best.
+/// wins. Positions where the template lies inside the image come first, row by row. The others follow sector by sector
+/// of the plan, row by row in each. A score of NaN is ignored, except at the very first position, where it wins if the
+/// least score is the best.
 ///
 /// A score is summed in its own type, element by element in the order of the template, and every operation rounds once.
 /// The result has the same bits on every machine, unless the application has named a vendor's library (see `ZdLoader`).
