@@ -19,6 +19,7 @@
 #include "orvane/filters/fixed_median.h"
 #include "orvane/filters/fixed_template_matcher.h"
 #include "orvane/filters/median.h"
+#include "orvane/filters/peaks.h"
 #include "orvane/filters/template_matcher.h"
 #include "orvane/filters/tile.h"
 #include "tests/support/array_store.h"
@@ -384,6 +385,9 @@ RandomJob matching(auto& random) {
     options.metric = pick(random, 0, 1) == 0 ? Metric::cosine : Metric::correlationCoefficient;
     options.search = Search::exhaustive;
   }
+  constexpr bool isReal = std::is_floating_point_v<Score>;
+  options.refine = isReal && options.neighbourhood % 3 == 0 && pick(random, 0, 1) == 0;
+  const PeakOptions peaks{.count = 3, .distance = 2, .refine = options.refine};
   const Bytes values = bytesOf(valuesOf<In>(random, g.input)), pattern = bytesOf(valuesOf<Tap>(random, g.window));
   const auto open = [=](const Variation& how) -> OpenJob {
     ArrayStore image(layoutOf(how, g.input), sizeof(In)), taps(layoutOf(how, g.window), sizeof(Tap));
@@ -397,6 +401,14 @@ RandomJob matching(auto& random) {
       std::vector<Score> scores(match.map.begin(), match.map.end());
       scores.insert(scores.end(), match.neighbourhood.begin(), match.neighbourhood.end());
       scores.push_back(match.score);
+      if constexpr (isReal) {
+        const auto put = [&](const std::array<double, 2>& spot) {
+          for (const double at : spot) scores.push_back(static_cast<Score>(at));
+        };
+        put(match.refined);
+        if (!options.map) return resultOf(match, bytesOf(scores));
+        for (const Peak<Score>& peak : matches(match, peaks)) put(peak.refined);
+      }
       return resultOf(match, bytesOf(scores));
     };
   };
