@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "orvane/correlation/correlation.h"
+#include "orvane/plan/band_in_use.h"
 
 namespace BP {
 
@@ -143,10 +144,9 @@ void Correlation<HT, UT, YT, InputT, AllocT>::getPhaseBox(int /*phase*/, int* lo
 /// The stage makes the plan's lists of sectors anew, for the band alone.
 template <class HT, class UT, class YT, class InputT, class AllocT>
 void Correlation<HT, UT, YT, InputT, AllocT>::runBand(int /*phase*/, const PositionBox& band) {
-  plan->setBand(band);
+  const BandInUse inUse(*plan, band);
   plan->setup(setupStart);
   invoke();
-  plan->setBand({});  // the caller's tables need not outlive the band
 }
 
 template <class HT, class UT, class YT, class InputT, class AllocT>

@@ -5,6 +5,7 @@
 
 #include "orvane/exec/terminal_kernel.h"
 #include "orvane/exec/window_processor.h"
+#include "orvane/plan/band_in_use.h"
 
 /// Functions with which derived processors make their parts.
 namespace BP {
@@ -54,10 +55,9 @@ void WindowProcessor<RootT, UT, YT, AllocT>::runSectors(ProcessorT* processor, O
                                                         const PositionBox& band) {
   plan->setOutput(&target);
   plan->setScope(&targetScope);
-  plan->setBand(band);
+  const BandInUse inUse(*plan, band);
   plan->setup(setupInvoke);
   if (nDims >= 2) plan->forEachSector(processor);
-  plan->setBand({});  // the caller's tables need not outlive the band
 }
 
 }  // namespace BP
