@@ -22,13 +22,16 @@ namespace BP::fuzz {
 namespace {
 
 /// Extents as a host gives them. Most have two entries; there can be up to three, none, or a negative number of them.
+/// One extent can be 0 or negative; two negative ones would make a number of elements that are not there.
 struct Shape {
   int rank;
   std::vector<int> dims;
 
   Shape(ByteSource& source, int most) : rank(pick(source, 0, 7) != 0 ? 2 : pick(source, -1, 3)) {
-    for (int d = 0; d < rank; ++d)
-      dims.push_back(pick(source, 0, 31) == 0 ? pick(source, -2, 0) : pick(source, 1, most));
+    for (int d = 0; d < rank; ++d) dims.push_back(pick(source, 1, most));
+    if (rank > 0 && pick(source, 0, 15) == 0) {
+      dims[static_cast<std::size_t>(pick(source, 0, rank - 1))] = pick(source, -2, 0);
+    }
   }
   int* table() { return rank > 0 ? dims.data() : nullptr; }
   int at(int d) const { return d < rank ? dims[static_cast<std::size_t>(d)] : 1; }
